@@ -1,0 +1,93 @@
+// The renderer of com.tencent.tmgp.sgame.
+//
+// It draws what the game aims at the window into FboBase's smaller target and
+// presents that at each swap; it can also put a smaller framebuffer in the
+// place of one of the game's own high-precision ("HDR") framebuffers. Whether
+// it does is read from `gameInfo` after each swap.
+//
+// One object serves all threads of the SGAME context. It holds no lock: its
+// calls come from the game's one rendering thread, with its context current.
+// The line numbers in its log lines are part of the log's contract.
+#pragma once
+
+#include "GameImpl/FBOBase/FBOBase.h"
+#include "interception/DefaultImplV2.h"
+
+namespace android {
+
+class PLUGIN_API SGAMEImpl : public DefaultImplV2, public FboBase {
+public:
+    SGAMEImpl();
+    explicit SGAMEImpl(gl_hooks_t* driverTable);
+    // Drops the frame target; an HDR target is left to its GL context.
+    ~SGAMEImpl() override;
+
+    // Destroys and constructs the object in place. The driver table and the
+    // surface and HDR sizes survive. An HDR target is forgotten, not deleted.
+    void reset() override;
+
+    // Drops the frame target while the old context is still current.
+    unsigned eglMakeCurrent(void* display, void* draw, void* read, void* context) override;
+    // Presents the frame, swaps, and decides how the next frame is drawn.
+    // Returns 1 or 0.
+    unsigned eglSwapBuffers(void* display, void* surface) override;
+
+    void glBindFramebuffer(unsigned target, unsigned framebuffer) override;
+    void glViewport(int x, int y, int width, int height) override;
+    void glScissor(int x, int y, int width, int height) override;
+    void glBindTexture(unsigned target, unsigned texture) override;
+    // Lowers "precision highp" to mediump in the first string, when switched on.
+    void glShaderSource(unsigned shader, int count, const char* const* strings,
+                        const int* lengths) override;
+    // Both look at n + 1 names, one more than the caller gave, and drop both
+    // targets when the redirected framebuffer or its texture is among them.
+    void glDeleteFramebuffers(int n, const unsigned* names) override;
+    void glDeleteTextures(int n, const unsigned* names) override;
+
+    // Takes the switches and scale factors over from `gameInfo`. False when
+    // scaling is off. A factor of exactly 1 leaves its switch as it was.
+    bool checkIfEnableFunc();
+    // Binds the frame target in place of `framebuffer`, or forwards the bind and
+    // drops both targets when the target is not complete.
+    void renderTextureToFbo(unsigned target, unsigned framebuffer, bool flag);
+    // Presents the frame if it was redirected.
+    void renderfboTodisplay(void* display, void* surface);
+    // Learns the current draw surface's size and sets FboBase up for it.
+    void Fbosetup(float scale);
+    void releaseResourcesAll();
+    // Redirects the framebuffer just bound if it looks like the HDR one.
+    void checkIfHdrFbo(unsigned target, unsigned framebuffer);
+    void createHdrFbo(int width, int height, int param, int multisample);
+    void releaseHdrFbo();
+    void FboEnableVRS(bool enable);
+    void FboDisableVRS();
+
+    bool frameRedirected = false;
+    bool resourcesReleased = true;
+    // Follows the property vendor.debug.sgame.mediump, read whenever a frame
+    // target is created.
+    bool shaderRewriteEnabled = false;
+    int surfaceWidth = 0;
+    int surfaceHeight = 0;
+    unsigned hdrFbo = 0;
+    unsigned hdrTexture = 0;
+    unsigned hdrDepth = 0;
+    unsigned hdrSourceFbo = 0;
+    unsigned hdrSourceTexture = 0;
+    bool hdrBound = false;
+    bool hdrReleased = true;
+    int hdrWidth = 0;
+    int hdrHeight = 0;
+    float hdrScale = 0.7f;
+    float fboScale = 0.75f;
+    bool enabled = false;
+    bool hdrEnabled = false;
+
+private:
+    PLUGIN_LOCAL void dropFrameTarget();
+    PLUGIN_LOCAL void bindHdrFbo(unsigned target, bool enableVRS);
+    // The scale of a viewport or scissor box of this width; 0 for none.
+    PLUGIN_LOCAL float scaleFor(int width) const;
+};
+
+}  // namespace android

@@ -1,0 +1,14 @@
+# libtolvernvesko, from the folders' object libraries.
+add_library(tolvernvesko SHARED
+    $<TARGET_OBJECTS:hook> $<TARGET_OBJECTS:interception>
+    $<TARGET_OBJECTS:GameImpl> $<TARGET_OBJECTS:monitor>)
+set_target_properties(tolvernvesko PROPERTIES
+    LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}
+    LINK_DEPENDS ${CMAKE_SOURCE_DIR}/libtolvernvesko.map)
+target_link_libraries(tolvernvesko PRIVATE android_log android_base android_utils pthread)
+# Functions bind inside the library, so that internal calls cost no detour;
+# exported data stays with the dynamic linker, since a program that refers to it
+# may hold the only copy.
+target_link_options(tolvernvesko PRIVATE
+    -Wl,-Bsymbolic-functions -Wl,--version-script=${CMAKE_SOURCE_DIR}/libtolvernvesko.map
+    -Wl,-z,relro -Wl,--gc-sections)

@@ -1,0 +1,8 @@
+# plugin_module(NAME SOURCES...): one folder of the library as a build target.
+function(plugin_module name)
+    add_library(${name} OBJECT ${ARGN})
+    target_compile_options(${name} PRIVATE
+        -fno-rtti -fvisibility=hidden -fvisibility-inlines-hidden
+        -ffunction-sections -fdata-sections)
+    target_include_directories(${name} SYSTEM PRIVATE ${ANDROID_INCLUDE_DIR})
+endfunction()

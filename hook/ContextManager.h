@@ -1,0 +1,73 @@
+// Binds threads to contexts.
+//
+// Every EGL hook calls bindAHookContext first, on the calling thread; GL calls
+// only read the binding. A thread that has made no EGL call has none, and
+// nothing guards a GL call that it makes.
+//
+// There are no locks. The binding is thread-local; `hookingEnabled` and
+// `inited` are plain flags whose change a thread sees at its next binding.
+#pragma once
+
+#include <pthread.h>
+
+#include <map>
+
+#include "hook/HookContext.h"
+#include "platform/visibility.h"
+
+namespace android {
+
+class PLUGIN_API ContextManager {
+public:
+    static void validateTLSKey();
+    // Null on a thread that was never bound.
+    static HookContext* getCurrentContext();
+    static HookContext* getNullContext();
+
+    // Chooses the thread's context by process name, for SGAME also by thread
+    // name, and starts the context's monitor. In a Genshin Impact process it
+    // asks for the game configuration until that has been read once.
+    static void bindAHookContext();
+
+    // Take effect at each thread's next binding. While disabled, all threads
+    // are bound to the null context.
+    static void enableHooking();
+    static void disableHooking();
+
+    // Resets the SGAME and PUBGMHD contexts. The Genshin Impact context keeps
+    // its target size, the null context has nothing to lose.
+    static void reset();
+
+    // The game of this process by its command line, read anew on every call;
+    // NO_GAME for any other process and when the name cannot be learnt.
+    static ImplFactory::GAME getGameType();
+    // Whether the calling thread renders for `game`: always once its bound
+    // context has recorded it, else only for SGAME and by the thread's name.
+    static bool isMainRenderringThread(ImplFactory::GAME game);
+
+    // Asks the game service and reads the configuration file, once a process.
+    // Returns true when width and height (pixels) are to be used; they keep
+    // their values where the file does not say otherwise. False after a failed
+    // service transaction, which is tried again at the next call.
+    static bool getGameConfig(int& width, int& height);
+    // Reads the file only. `game` is the service's answer, for the log.
+    static void parseGameConfig(int game, int& width, int& height);
+
+    static pthread_key_t sKey;
+    static pthread_once_t sOnceKey;
+    static bool hookingEnabled;
+    static bool inited;  // the game configuration has been read
+    // Ordered by pointer, not by text: it is only ever walked.
+    static std::map<const char*, ImplFactory::GAME> gameList;
+    static HookContext nullContext;
+    static HookContext sgameContext;
+    static HookContext pubgmhdContext;
+    static HookContext genshinImpactContext;
+
+private:
+    struct TlsKeyInitializer {
+        static void create();
+    };
+};
+
+}  // namespace android

@@ -1,0 +1,51 @@
+// What a thread is bound to: the Impl that serves its calls, and the game that
+// it belongs to. There are four of them in a process, shared by all threads;
+// ContextManager owns and chooses them.
+#pragma once
+
+#include "GameImpl/ImplFactory.h"
+#include "monitor/MonitorThread.h"
+#include "platform/loader_records.h"
+#include "platform/visibility.h"
+
+namespace android {
+
+class Impl;
+
+class PLUGIN_API HookContext {
+public:
+    HookContext();
+    HookContext(bool needToHook, Impl* impl, ImplFactory::GAME game);
+    ~HookContext();
+
+    bool isCurrentThreadNeedToHook();
+    // The Impl is not owned; it may be null, and then calls do nothing.
+    void setImpl(Impl* newImpl);
+    Impl* getImpl();
+    // Hands the driver's GL table to the Impl, if there is one.
+    void initImpl(const gl_hooks_t* driverTable);
+
+    // Starts the monitor of the kernel parameters, at most once per context.
+    void startMonitor();
+    void setmainRenderringThreadId(int threadId);
+    int getmainRenderringThreadId();
+    // Both need an Impl.
+    void setTargetTexResolution(int& width, int& height);
+    void reset();
+
+    bool needToHook;
+    Impl* impl;
+    ImplFactory::GAME game;
+    MonitorThread monitor;
+    int mainRenderringThreadId;  // -1: none
+};
+
+#if defined(__arm__)
+static_assert(offsetof(HookContext, impl) == 4);
+static_assert(offsetof(HookContext, game) == 8);
+static_assert(offsetof(HookContext, monitor) == 12);
+static_assert(offsetof(HookContext, mainRenderringThreadId) == 32);
+static_assert(sizeof(HookContext) == 36);
+#endif
+
+}  // namespace android

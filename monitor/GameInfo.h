@@ -1,0 +1,40 @@
+// The game parameters as the kernel last reported them.
+//
+// The monitor thread writes the values, rendering threads read them, without
+// locks: all nine keys exist before a monitor thread writes, so the tree itself
+// never changes under a reader. The map is never destroyed.
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "platform/visibility.h"
+
+namespace android {
+
+extern PLUGIN_API std::map<std::string, int> gameInfo;
+
+// The keys that code refers to, built once so that a lookup allocates nothing.
+struct GameInfoKeys {
+    const std::string name{"name"};
+    const std::string status{"status"};
+    const std::string picture{"picture"};
+    const std::string resolution{"resolution"};
+    const std::string enable{"enable"};
+    const std::string fb0Factor{"FB0Factor"};  // with the digit zero
+    const std::string gameInternalFboFactor{"gameInternalFBOFactor"};
+    const std::string gameVersion{"gameVersion"};
+    const std::string internalEnable{"internalEnable"};
+};
+
+const GameInfoKeys& gameInfoKeys();
+
+// A missing key is inserted with 0.
+int readGameInfo(const std::string& key);
+void writeGameInfo(const std::string& key, int value);
+
+// Gives every key its default: 0 for "internalEnable", -1 for the others. May
+// run on two threads at once.
+void resetGameInfo();
+
+}  // namespace android

@@ -1,0 +1,64 @@
+// Follows the kernel's game parameter node and keeps `gameInfo` up to date.
+//
+// Each HookContext embeds one. Only the contexts of SGAME and PUBGMHD ever start
+// a thread, at their first binding; it sleeps in poll until the node changes.
+#pragma once
+
+#include <poll.h>
+#include <pthread.h>
+
+#include <cstddef>
+
+#include "GameImpl/ImplFactory.h"
+#include "monitor/GameInfo.h"
+#include "platform/visibility.h"
+
+namespace android {
+
+class PLUGIN_API MonitorThread {
+public:
+    // All fields zero.
+    MonitorThread();
+    explicit MonitorThread(ImplFactory::GAME game);
+    // As reset().
+    ~MonitorThread();
+
+    // Starts the thread, once per object and never for GENSHIN_IMPACT and
+    // NO_GAME. The thread is created before the node is opened. A node that
+    // cannot be opened is logged, and the thread ends by itself.
+    void start();
+
+    // Ends the poll thread if one is running and waits for it, closes the
+    // descriptor and gives `gameInfo` its defaults. The monitor does not start
+    // again. On a monitor that never started this closes descriptor 0, which is
+    // what its zero-filled record holds.
+    void reset();
+
+    // Gives all keys of `gameInfo` their defaults.
+    void initGameInfo();
+
+    // Thread entry; `arg` is the MonitorThread. Returns null.
+    static void* threadProc(void* arg);
+    void eventProcess();
+
+    // Takes over the entries "name:value#" of `data`, which ends at its first
+    // NUL (`length` is not used), and derives "internalEnable". Names that
+    // `gameInfo` does not hold are logged and skipped. A value that is no
+    // number throws what std::stoi throws; on the monitor thread nothing
+    // catches that.
+    bool parseprocessData(const char* data, int length);
+
+    pthread_t thread;
+    bool started;
+    ImplFactory::GAME game;
+    struct pollfd pollRecord;
+};
+
+#if defined(__arm__)
+static_assert(offsetof(MonitorThread, started) == 4);
+static_assert(offsetof(MonitorThread, game) == 8);
+static_assert(offsetof(MonitorThread, pollRecord) == 12);
+static_assert(sizeof(MonitorThread) == 20);
+#endif
+
+}  // namespace android

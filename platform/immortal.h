@@ -1,0 +1,16 @@
+// Static objects that stay usable until the last instruction of the process.
+//
+// Other threads may still be inside GL and EGL calls while exit handlers run,
+// and an application's own exit handlers may make such calls after ours, so
+// nothing on those paths may be destroyed. An object declared in a header as
+// `extern T name` or as a static member is defined here as raw storage under
+// the object's own symbol and constructed in place; the compiler then never
+// registers its destructor.
+#pragma once
+
+#include <new>
+
+// `symbol` is the mangled name of the variable that the header declares.
+#define IMMORTAL_STORAGE(T, storageName, symbol)                         \
+    extern char storageName[sizeof(T)] __asm__(symbol);                  \
+    __attribute__((used, visibility("default"))) alignas(T) char storageName[sizeof(T)]
