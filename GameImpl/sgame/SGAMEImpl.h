@@ -10,6 +10,8 @@
 // The line numbers in its log lines are part of the log's contract.
 #pragma once
 
+#include <optional>
+
 #include "GameImpl/FBOBase/FBOBase.h"
 #include "interception/DefaultImplV2.h"
 
@@ -84,10 +86,15 @@ public:
     bool hdrEnabled = false;
 
 private:
-    PLUGIN_LOCAL void dropFrameTarget();
-    PLUGIN_LOCAL void bindHdrFbo(unsigned target, bool enableVRS);
-    // The scale of a viewport or scissor box of this width; 0 for none.
-    PLUGIN_LOCAL float scaleFor(int width) const;
+    struct Box {
+        int x, y, width, height;
+    };
+
+    PLUGIN_LOCAL void updateScaling();
+    PLUGIN_LOCAL void bindHdrFbo(unsigned target);
+    // The scale of a viewport or scissor box of this width, if there is one.
+    PLUGIN_LOCAL std::optional<float> scaleFor(int width) const;
+    PLUGIN_LOCAL Box scaled(const Box& box) const;
 };
 
 }  // namespace android

@@ -1,0 +1,78 @@
+#include "GameImpl/FBOBase/FBOBase.h"
+
+#include "GameImpl/FBOBase/fbo_internal.h"
+
+namespace android {
+
+namespace {
+
+constexpr double kVersion = 0.65;
+
+}  // namespace
+
+#if defined(__arm__)
+static_assert(offsetof(FboBase, fboId) == 8);
+static_assert(offsetof(FboBase, fboProgram) == 20);
+static_assert(offsetof(FboBase, fboVertexBuffer) == 36);
+static_assert(offsetof(FboBase, fboWidth) == 48);
+static_assert(offsetof(FboBase, fboFactor) == 56);
+static_assert(offsetof(FboBase, fboReady) == 60);
+static_assert(offsetof(FboBase, graphicsReady) == 61);
+static_assert(offsetof(FboBase, savedBlendSrcRGB) == 64);
+static_assert(offsetof(FboBase, savedColorMask) == 80);
+static_assert(offsetof(FboBase, savedTexture2D) == 100);
+static_assert(offsetof(FboBase, savedBlend) == 104);
+static_assert(offsetof(FboBase, vrsSupported) == 108);
+static_assert(sizeof(FboBase) == 112);
+#endif
+
+FboBase::FboBase() { FBO_LOG(DEBUG, "Lumivane version %.2f", kVersion); }
+
+FboBase::~FboBase() {
+    FBO_LOG(INFO, "~FboBase");
+    releaseResourcesAll();
+}
+
+void FboBase::Fbosetup(float factor, const gl_hooks_t* gl, const platform_impl_t* platform,
+                       int width, int height) {
+    fboFactor = factor;
+    glHooks = gl;
+    platformHooks = platform;
+    fboHeight = static_cast<int>(static_cast<float>(height) * factor);
+    fboWidth = static_cast<int>(static_cast<float>(width) * factor);
+    FBO_LOG(INFO, "fbo factor=%f width=%d height=%d ", static_cast<double>(factor), fboWidth,
+            fboHeight);
+}
+
+void FboBase::releaseResourcesAll() {
+    if (fboReady) {
+        FBO_LOG(INFO, "start release all of the resources");
+        GL(glDeleteFramebuffers(1, &fboId));
+        GL(glDeleteTextures(1, &fboTexture));
+        GL(glDeleteRenderbuffers(1, &fboDepthStencil));
+        fboReady = false;
+    }
+    if (graphicsReady) {
+        GLint status = 0;
+        glHooks->gl.glGetShaderiv(fboVertexShader, GL_DELETE_STATUS, &status);
+        FBO_LOG(INFO, "GL_DELETE_STATUS %d --> %d ", static_cast<int>(fboVertexShader), status);
+        glHooks->gl.glGetShaderiv(fboVertexShader, GL_COMPILE_STATUS, &status);
+        FBO_LOG(INFO, "GL_COMPILE_STATUS %d --> %d ", static_cast<int>(fboVertexShader), status);
+        FBO_LOG(INFO, "%d %d %u %u", static_cast<int>(fboVertexShader),
+                static_cast<int>(fboFragmentShader), static_cast<unsigned>(fboProgram),
+                fboVertexBuffer);
+        GL(glDeleteShader(fboVertexShader));
+        GL(glDeleteShader(fboFragmentShader));
+        GL(glDeleteProgram(static_cast<GLuint>(fboProgram)));
+        GL(glDeleteBuffers(1, &fboVertexBuffer));
+        graphicsReady = false;
+    }
+}
+
+// Empty, and still members: a game renderer that has variable-rate shading of
+// its own shadows them.
+void FboBase::FboEnableVRS(bool) {}
+
+void FboBase::FboDisableVRS() {}
+
+}  // namespace android

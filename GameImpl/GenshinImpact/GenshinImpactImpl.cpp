@@ -1,0 +1,57 @@
+#include "GameImpl/GenshinImpact/GenshinImpactImpl.h"
+
+#include "GameImpl/rebuild_in_place.h"
+#include "GameImpl/renderer_log.h"
+
+namespace android {
+
+namespace {
+
+constexpr char kLogPath[] = "GameImpl/GenshinImpact/GenshinImpactImpl";
+
+// The sizes that the game renders its scene at.
+constexpr struct {
+    int width;
+    int height;
+} kInternalSizes[] = {{1440, 648}, {1280, 576}, {1080, 486}};
+
+}  // namespace
+
+GenshinImpactImpl::GenshinImpactImpl() = default;
+
+GenshinImpactImpl::GenshinImpactImpl(gl_hooks_t* table) : DefaultImplV2(table) {}
+
+GenshinImpactImpl::~GenshinImpactImpl() = default;
+
+void GenshinImpactImpl::setTargetTexResolution(int& width, int& height) {
+    RENDERER_LOG_AT(DEBUG, kLogPath, 48, __func__, "setTargetTexResolution %dx%d", width, height);
+    targetWidth = width;
+    targetHeight = height;
+}
+
+void GenshinImpactImpl::reset() { rebuildInPlace(*this); }
+
+// Only the width is compared with the target, and only exact sizes count:
+// anything else may be a shadow map or a texture that the game samples by texel.
+bool GenshinImpactImpl::isLowered(int width, int height) const {
+    if (targetWidth >= width) return false;
+    for (const auto& size : kInternalSizes) {
+        if (width == size.width && height == size.height) return true;
+    }
+    return false;
+}
+
+void GenshinImpactImpl::glTexStorage2D(unsigned target, int levels, unsigned internalformat,
+                                       int width, int height) {
+    const bool lowered = isLowered(width, height);
+    driverTable->gl.glTexStorage2D(target, levels, internalformat, lowered ? targetWidth : width,
+                                   lowered ? targetHeight : height);
+}
+
+void GenshinImpactImpl::glViewport(int x, int y, int width, int height) {
+    const bool lowered = isLowered(width, height);
+    driverTable->gl.glViewport(x, y, lowered ? targetWidth : width,
+                               lowered ? targetHeight : height);
+}
+
+}  // namespace android

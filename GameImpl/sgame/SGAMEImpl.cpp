@@ -1,0 +1,173 @@
+#include "GameImpl/sgame/SGAMEImpl.h"
+
+#include <android-base/properties.h>
+
+#include <string>
+
+#include "GameImpl/rebuild_in_place.h"
+#include "GameImpl/sgame/sgame_internal.h"
+#include "monitor/GameInfo.h"
+
+namespace android {
+
+namespace {
+
+constexpr char kShaderRewriteProperty[] = "vendor.debug.sgame.mediump";
+
+float factorOf(const std::string& percentKey) {
+    return static_cast<float>(readGameInfo(percentKey) / 100.0);
+}
+
+}  // namespace
+
+SGAMEImpl::SGAMEImpl() = default;
+
+SGAMEImpl::SGAMEImpl(gl_hooks_t* table) : DefaultImplV2(table) {}
+
+SGAMEImpl::~SGAMEImpl() { releaseResourcesAll(); }
+
+void SGAMEImpl::reset() {
+    const int surface[] = {surfaceWidth, surfaceHeight};
+    const int hdr[] = {hdrWidth, hdrHeight};
+    SGAMEImpl& rebuilt = rebuildInPlace(*this);
+    rebuilt.surfaceWidth = surface[0];
+    rebuilt.surfaceHeight = surface[1];
+    rebuilt.hdrWidth = hdr[0];
+    rebuilt.hdrHeight = hdr[1];
+}
+
+void SGAMEImpl::releaseResourcesAll() {
+    if (resourcesReleased) return;
+    frameRedirected = false;
+    resourcesReleased = true;
+    FboBase::releaseResourcesAll();
+}
+
+unsigned SGAMEImpl::eglMakeCurrent(void* display, void* draw, void* read, void* context) {
+    releaseResourcesAll();
+    return getEGLPlatformImpl()->eglMakeCurrent(display, draw, read, context);
+}
+
+bool SGAMEImpl::checkIfEnableFunc() {
+    if (readGameInfo(gameInfoKeys().internalEnable) == 0) {
+        hdrEnabled = false;
+        enabled = false;
+        return false;
+    }
+    hdrScale = factorOf(gameInfoKeys().gameInternalFboFactor);
+    fboScale = factorOf(gameInfoKeys().fb0Factor);
+    // A factor of 1 switches nothing off: only "internalEnable" does.
+    if (hdrScale != 1.0f) hdrEnabled = true;
+    if (fboScale != 1.0f) enabled = true;
+    return true;
+}
+
+void SGAMEImpl::Fbosetup(float scale) {
+    platform_impl_t* egl = getEGLPlatformImpl();
+    const EGLDisplay display = egl->eglGetCurrentDisplay();
+    const EGLSurface surface = egl->eglGetCurrentSurface(EGL_DRAW);
+    egl->eglQuerySurface(display, surface, EGL_WIDTH, &surfaceWidth);
+    egl->eglQuerySurface(display, surface, EGL_HEIGHT, &surfaceHeight);
+    FboBase::Fbosetup(scale, driverTable, egl, surfaceWidth, surfaceHeight);
+}
+
+void SGAMEImpl::renderTextureToFbo(unsigned target, unsigned framebuffer, bool flag) {
+    if (resourcesReleased) {
+        Fbosetup(fboScale);
+        resourcesReleased = false;
+    }
+    if (!fboReady) shaderRewriteEnabled = base::GetProperty(kShaderRewriteProperty, "0") == "1";
+    if (FboBase::renderTextureToFbo(flag)) {
+        frameRedirected = true;
+        return;
+    }
+    driverTable->gl.glBindFramebuffer(target, framebuffer);
+    SGAME_LOG_AT(ERROR, 242, "glBindFramebuffer 0");
+    releaseResourcesAll();
+    releaseHdrFbo();
+}
+
+void SGAMEImpl::renderfboTodisplay(void* display, void* surface) {
+    if (!frameRedirected) return;
+    FboBase::renderfboTodisplay(display, surface, surfaceWidth, surfaceHeight);
+    frameRedirected = false;
+}
+
+unsigned SGAMEImpl::eglSwapBuffers(void* display, void* surface) {
+    renderfboTodisplay(display, surface);
+    const unsigned swapped = getEGLPlatformImpl()->eglSwapBuffers(display, surface);
+    updateScaling();
+    if (enabled) {
+        renderTextureToFbo(1, 0, false);
+    } else if (!resourcesReleased) {
+        releaseResourcesAll();
+        driverTable->gl.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+        driverTable->gl.glViewport(0, 0, surfaceWidth, surfaceHeight);
+        driverTable->gl.glScissor(0, 0, surfaceWidth, surfaceHeight);
+    }
+    return swapped != 0 ? 1 : 0;
+}
+
+// A target made for another factor must go: viewports are scaled by the new one
+// from now on and would no longer fill it.
+void SGAMEImpl::updateScaling() {
+    const float oldHdrScale = hdrScale;
+    checkIfEnableFunc();
+    if (hdrScale != oldHdrScale) releaseHdrFbo();
+    if (enabled && fboFactor != fboScale) releaseResourcesAll();
+}
+
+void SGAMEImpl::glBindFramebuffer(unsigned target, unsigned framebuffer) {
+    hdrBound = false;
+    if (framebuffer != 0 || !enabled) {
+        driverTable->gl.glBindFramebuffer(target, framebuffer);
+        frameRedirected = false;
+    } else {
+        renderTextureToFbo(target, 0, false);
+    }
+    if (hdrEnabled) {
+        if (framebuffer != 0 && hdrReleased) checkIfHdrFbo(target, framebuffer);
+        if (!hdrReleased && hdrFbo != 0 && hdrSourceFbo == framebuffer && !hdrBound) {
+            bindHdrFbo(target);
+            FboBase::FboEnableVRS(false);
+            return;
+        }
+    } else {
+        releaseHdrFbo();
+    }
+    FboBase::FboDisableVRS();
+}
+
+// The width is compared with the HDR target's height: what is not wider than
+// that is a buffer of the game's own, not the window.
+std::optional<float> SGAMEImpl::scaleFor(int width) const {
+    if (hdrHeight >= width) return std::nullopt;
+    if (hdrBound) return hdrScale;
+    if (frameRedirected) return fboScale;
+    return std::nullopt;
+}
+
+SGAMEImpl::Box SGAMEImpl::scaled(const Box& box) const {
+    const std::optional<float> scale = scaleFor(box.width);
+    if (!scale) return box;
+    const auto times = [&scale](int value) {
+        return static_cast<int>(*scale * static_cast<float>(value));
+    };
+    return {times(box.x), times(box.y), times(box.width), times(box.height)};
+}
+
+void SGAMEImpl::glViewport(int x, int y, int width, int height) {
+    const Box box = scaled({x, y, width, height});
+    driverTable->gl.glViewport(box.x, box.y, box.width, box.height);
+}
+
+void SGAMEImpl::glScissor(int x, int y, int width, int height) {
+    const Box box = scaled({x, y, width, height});
+    driverTable->gl.glScissor(box.x, box.y, box.width, box.height);
+}
+
+void SGAMEImpl::FboEnableVRS(bool enable) { FboBase::FboEnableVRS(enable); }
+
+void SGAMEImpl::FboDisableVRS() { FboBase::FboDisableVRS(); }
+
+}  // namespace android

@@ -1,0 +1,37 @@
+#include "hook/GPUVeskoMode.h"
+
+#include "hook/ContextManager.h"
+#include "hook/HookManager.h"
+#include "platform/init_order.h"
+#include "platform/log.h"
+
+namespace android {
+
+extern PLUGIN_API QoGPUVeskoModeImpl impl;
+INIT_ORDER(kInitEntryObject) QoGPUVeskoModeImpl impl;
+
+QoGPUVeskoModeImpl::~QoGPUVeskoModeImpl() = default;
+
+platform_impl_t* QoGPUVeskoModeImpl::getEGLPlatformHooks(platform_impl_t* platform) {
+    return HookManager::getEGLPlatformHooks(platform);
+}
+
+void QoGPUVeskoModeImpl::init(egl_connection_t* cnx) {
+    HOOK_LOG(DEBUG, "QoGPUVeskoModeImpl init");
+    HookManager::setEGLImpl(cnx);
+    HookManager::reset();
+}
+
+void QoGPUVeskoModeImpl::setGLHooksThreadSpecific(const gl_hooks_t* driverTable, int apiIndex) {
+    HookManager::setGLHooksThreadSpecific(driverTable, apiIndex);
+}
+
+bool QoGPUVeskoModeImpl::isInWhiteList() {
+    return ContextManager::getGameType() != ImplFactory::NO_GAME;
+}
+
+}  // namespace android
+
+android::QoGPUVeskoModeImpl* createImplInstance() { return &android::impl; }
+
+void destroyImplInstance(android::QoGPUVeskoModeImpl*) {}

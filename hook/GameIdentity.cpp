@@ -1,0 +1,62 @@
+// ContextManager: which game this process is, and which thread renders.
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstring>
+
+#include "hook/ContextManager.h"
+#include "platform/log.h"
+
+namespace android {
+
+namespace {
+
+constexpr char kRenderingThreadName[] = "UnityGfx";
+constexpr size_t kThreadNameSize = 16;  // the kernel's limit, terminator included
+constexpr size_t kPathSize = 128;
+constexpr size_t kProcessNameSize = 64;
+
+// The arguments of a process are separated by NULs, so the line ends, as a
+// string, with the first one.
+bool readProcessName(char (&name)[kProcessNameSize]) {
+    char path[kPathSize] = {};
+    if (snprintf(path, sizeof(path), "/proc/%d/cmdline", getpid()) < 0) {
+        HOOK_LOG(ERROR, "error get process id...");
+        return false;
+    }
+    FILE* file = fopen(path, "r");
+    if (file == nullptr) {
+        HOOK_LOG(ERROR, "error open file: %s", path);
+        return false;
+    }
+    const bool read = fgets(name, sizeof(name), file) != nullptr;
+    if (!read) HOOK_LOG(ERROR, "error get process name:%s", path);
+    fclose(file);
+    return read;
+}
+
+}  // namespace
+
+ImplFactory::GAME ContextManager::getGameType() {
+    char name[kProcessNameSize] = {};
+    if (!readProcessName(name)) return ImplFactory::NO_GAME;
+    ImplFactory::GAME game = ImplFactory::NO_GAME;
+    for (const auto& [packageName, packageGame] : gameList) {
+        if (strcmp(name, packageName) == 0) game = packageGame;
+    }
+    return game;
+}
+
+bool ContextManager::isMainRenderringThread(ImplFactory::GAME game) {
+    if (HookContext* context = getCurrentContext()) {
+        const int recorded = context->getmainRenderringThreadId();
+        if (recorded != -1 && recorded == gettid()) return true;
+    }
+    if (game != ImplFactory::SGAME) return false;
+    char name[kThreadNameSize] = {};
+    prctl(PR_GET_NAME, name);
+    return memcmp(name, kRenderingThreadName, sizeof(kRenderingThreadName)) == 0;
+}
+
+}  // namespace android

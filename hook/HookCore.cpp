@@ -1,0 +1,42 @@
+#include "hook/HookCore.h"
+
+#include "hook/ContextManager.h"
+#include "interception/egl_hooks.h"
+#include "interception/gl_trampolines.h"
+#include "platform/gl_slot.h"
+#include "platform/log.h"
+
+namespace android {
+
+HookCore::HookCore() : glTables{}, platformTable{} { initGLHooks(); }
+
+HookCore::~HookCore() = default;
+
+void HookCore::initGLHooks() {
+    auto& gl = glTables[egl_connection_t::GLESv2_INDEX].gl;
+#define GL_ENTRY(result, name, parameters, arguments) gl.name = name##_hook;
+#include "platform/gl_entries.in"
+}
+
+platform_impl_t* HookCore::getEGLPlatformHooks(platform_impl_t* loaderTable) {
+    platformTable = *loaderTable;
+#define EGL_ENTRY(result, name, parameters, arguments) platformTable.name = name##_hook;
+#include "platform/egl_entries.in"
+    return &platformTable;
+}
+
+void HookCore::setGLHooksThreadSpecific(const gl_hooks_t* driverTable, int apiIndex) {
+    if (apiIndex < 1) HOOK_LOG(INFO, "GLESv1 not supported.");
+    HookContext* context = ContextManager::getCurrentContext();
+    android::setGLHooksThreadSpecific(&glTables[apiIndex]);
+    context->initImpl(driverTable);
+    ContextManager::getNullContext()->initImpl(driverTable);
+}
+
+void HookCore::setEGLHooksThreadSpecific() { ContextManager::bindAHookContext(); }
+
+void setGLHooksThreadSpecific(const gl_hooks_t* table) { writeGLSlot(table); }
+
+void setGlThreadSpecific(const gl_hooks_t* table) { writeGLSlot(table); }
+
+}  // namespace android

@@ -1,0 +1,70 @@
+#include "monitor/GameInfo.h"
+
+#include <pthread.h>
+
+#include "platform/immortal.h"
+#include "platform/init_order.h"
+
+namespace android {
+
+namespace {
+
+using GameInfoMap = std::map<std::string, int>;
+IMMORTAL_STORAGE(GameInfoMap, gameInfoStorage, "_ZN7android8gameInfoE");
+
+// The contexts outlive this module's objects and reset the map when they are
+// destroyed, so neither it nor the keys may ever be.
+alignas(GameInfoKeys) char keyStorage[sizeof(GameInfoKeys)];
+
+struct GameInfoBuilder {
+    GameInfoBuilder() {
+        new (keyStorage) GameInfoKeys;
+        new (&gameInfo) GameInfoMap;
+    }
+};
+INIT_ORDER(kInitMonitor) GameInfoBuilder gameInfoBuilder;
+
+struct Default {
+    const std::string GameInfoKeys::*key;
+    int value;
+};
+constexpr Default kDefaults[] = {
+    {&GameInfoKeys::name, -1},
+    {&GameInfoKeys::status, -1},
+    {&GameInfoKeys::picture, -1},
+    {&GameInfoKeys::resolution, -1},
+    {&GameInfoKeys::enable, -1},
+    {&GameInfoKeys::fb0Factor, -1},
+    {&GameInfoKeys::gameInternalFboFactor, -1},
+    {&GameInfoKeys::gameVersion, -1},
+    {&GameInfoKeys::internalEnable, 0},
+};
+
+// A monitor's starting thread and its poll thread both reset the map, at the
+// same time; only one of them may insert the keys.
+pthread_once_t keysInserted = PTHREAD_ONCE_INIT;
+
+void insertKeys() {
+    for (const Default& entry : kDefaults) gameInfo.emplace(gameInfoKeys().*entry.key, entry.value);
+}
+
+}  // namespace
+
+const GameInfoKeys& gameInfoKeys() {
+    return *std::launder(reinterpret_cast<const GameInfoKeys*>(keyStorage));
+}
+
+int readGameInfo(const std::string& key) {
+    return __atomic_load_n(&gameInfo[key], __ATOMIC_RELAXED);
+}
+
+void writeGameInfo(const std::string& key, int value) {
+    __atomic_store_n(&gameInfo[key], value, __ATOMIC_RELAXED);
+}
+
+void resetGameInfo() {
+    pthread_once(&keysInserted, insertKeys);
+    for (const Default& entry : kDefaults) writeGameInfo(gameInfoKeys().*entry.key, entry.value);
+}
+
+}  // namespace android

@@ -1,0 +1,69 @@
+// Ends a monitor's poll thread.
+//
+// A MonitorThread has no room for this: its layout is fixed. So what belongs to
+// a poll thread beyond it is kept here, under the monitor's address. Nothing of
+// it is on a GL path; the registry is guarded by a lock that no thread holds for
+// longer than a list walk.
+#pragma once
+
+#include <pthread.h>
+#include <semaphore.h>
+#include <sys/types.h>
+
+#include <atomic>
+
+namespace android {
+
+class PollStop {
+public:
+    // Before the thread is created. False when the monitor has a thread
+    // already, or another thread is just starting one.
+    static bool prepare(const void* monitor);
+    // After the thread could not be created.
+    static void discard(const void* monitor);
+    // Makes a running thread look at its poll record again.
+    static void wake(const void* monitor);
+    // Ends the monitor's thread and waits until it is gone. A thread that has
+    // not begun is not waited for: it will find itself cancelled. Nor is one
+    // of another process, which is what it is after a fork.
+    static void end(const void* monitor, pthread_t thread);
+
+    // A poll thread's own membership, for as long as it polls.
+    class Running {
+    public:
+        explicit Running(const void* monitor);
+        ~Running();
+        Running(const Running&) = delete;
+        Running& operator=(const Running&) = delete;
+
+        bool cancelled() const { return stop == nullptr; }
+        bool requested() const { return stop->stopRequested; }
+        // To be polled for POLLIN together with the node; negative where the
+        // process had no descriptor left.
+        int wakeDescriptor() const { return stop->wakeFd; }
+        void consumeWake() const;
+
+    private:
+        PollStop* stop;
+    };
+
+private:
+    enum class State { Created, Running, Cancelled };
+
+    explicit PollStop(const void* monitor);
+    ~PollStop();
+    static PollStop** find(const void* monitor);
+    void signal() const;
+    void waitUntilEnded(pthread_t thread);
+
+    const void* const monitor;
+    const pid_t process;
+    const int wakeFd;
+    State state = State::Created;
+    pthread_t self{};
+    std::atomic<bool> stopRequested{false};
+    sem_t ended;
+    PollStop* next = nullptr;
+};
+
+}  // namespace android
