@@ -11,12 +11,12 @@
 
 namespace android {
 
-namespace {
-
 IMMORTAL_STORAGE(SGAMEImpl, sgameStorage, "_ZN7android11ImplFactory9sgameImplE");
 IMMORTAL_STORAGE(GenshinImpactImpl, genshinStorage, "_ZN7android11ImplFactory17genshinImpactImplE");
 IMMORTAL_STORAGE(PUBGMHDImpl, pubgmhdStorage, "_ZN7android11ImplFactory11pubgmhdImplE");
 IMMORTAL_STORAGE(DefaultImplV2, defaultStorage, "_ZN7android11ImplFactory13defaultImplV2E");
+
+namespace {
 
 // Builds an Impl when the library is loaded and destroys it at exit. Calls may
 // still arrive then, from other threads and from exit handlers of the

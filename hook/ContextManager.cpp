@@ -9,14 +9,14 @@
 
 namespace android {
 
+using GameList = std::map<const char*, ImplFactory::GAME>;
+IMMORTAL_STORAGE(GameList, gameListStorage, "_ZN7android14ContextManager8gameListE");
+
 namespace {
 
 // What Genshin Impact gets where no configuration says otherwise.
 constexpr int kDefaultTargetWidth = 1440;
 constexpr int kDefaultTargetHeight = 648;
-
-using GameList = std::map<const char*, ImplFactory::GAME>;
-IMMORTAL_STORAGE(GameList, gameListStorage, "_ZN7android14ContextManager8gameListE");
 
 struct GameListBuilder {
     GameListBuilder() {

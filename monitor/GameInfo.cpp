@@ -7,10 +7,16 @@
 
 namespace android {
 
-namespace {
-
+// The GNU library marks the names of variables whose type contains its string.
+#if defined(__GLIBCXX__) && _GLIBCXX_USE_CXX11_ABI
+#define GAME_INFO_SYMBOL "_ZN7android8gameInfoB5cxx11E"
+#else
+#define GAME_INFO_SYMBOL "_ZN7android8gameInfoE"
+#endif
 using GameInfoMap = std::map<std::string, int>;
-IMMORTAL_STORAGE(GameInfoMap, gameInfoStorage, "_ZN7android8gameInfoE");
+IMMORTAL_STORAGE(GameInfoMap, gameInfoStorage, GAME_INFO_SYMBOL);
+
+namespace {
 
 // The contexts outlive this module's objects and reset the map when they are
 // destroyed, so neither it nor the keys may ever be.
