@@ -39,7 +39,8 @@ bool ContextManager::hookingEnabled = true;
 bool ContextManager::inited = false;
 
 #define GAME_CONTEXT(name, hook, game) \
-    INIT_ORDER(kInitContexts) HookContext ContextManager::name(hook, ImplFactory::getImpl(game), game)
+    INIT_ORDER(kInitContexts)          \
+    HookContext ContextManager::name(hook, ImplFactory::getImpl(game), game)
 GAME_CONTEXT(nullContext, false, ImplFactory::NO_GAME);
 GAME_CONTEXT(sgameContext, true, ImplFactory::SGAME);
 GAME_CONTEXT(pubgmhdContext, true, ImplFactory::PUBGMHD);

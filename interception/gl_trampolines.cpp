@@ -13,6 +13,5 @@ extern "C" {
         return impl->name arguments;                        \
     }
 #include "platform/gl_entries.in"
-
 }
 }  // namespace android

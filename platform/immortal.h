@@ -12,6 +12,6 @@
 
 // `symbol` is the mangled name of the variable that the header declares. To be
 // used at namespace scope, but not in an unnamed one, which would hide it.
-#define IMMORTAL_STORAGE(T, storageName, symbol)                         \
-    extern char storageName[sizeof(T)] __asm__(symbol);                  \
-    __attribute__((visibility("default"))) alignas(T) char storageName[sizeof(T)]
+#define IMMORTAL_STORAGE(T, storageName, symbol)                   \
+    alignas(T) extern char storageName[sizeof(T)] __asm__(symbol); \
+    [[gnu::visibility("default")]] alignas(T) char storageName[sizeof(T)]

@@ -141,8 +141,7 @@ bool FboBase::setupGraphics() {
 
 void FboBase::queryGlFunctions() {
     if (vrsIsDisabled()) return;
-    const auto* extensions =
-        reinterpret_cast<const char*>(glHooks->gl.glGetString(GL_EXTENSIONS));
+    const auto* extensions = reinterpret_cast<const char*>(glHooks->gl.glGetString(GL_EXTENSIONS));
     if (extensions == nullptr || strstr(extensions, "GL_QCOM_shading_rate") == nullptr) return;
     vrsSupported = true;
     FBO_LOG(INFO, "support GL_QCOM_shading_rate extension");

@@ -79,8 +79,8 @@ void FboBase::createFBO(unsigned& fbo, unsigned& texture, unsigned& depthStencil
 
     textures.createBound(depthStencil, kDepthStencilFormat, levels, w, h);
     textures.set(kLinearFilters).set(kOneLevel).set(kClampToEdge).set(kDecodeSRGB);
-    GL(glFramebufferTexture2D(GL_DRAW_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_TEXTURE_2D,
-                              depthStencil, 0));
+    GL(glFramebufferTexture2D(GL_DRAW_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_TEXTURE_2D, depthStencil,
+                              0));
     GL(glFramebufferTexture2D(GL_DRAW_FRAMEBUFFER, GL_STENCIL_ATTACHMENT, GL_TEXTURE_2D,
                               depthStencil, 0));
     GL(glBindTexture(GL_TEXTURE_2D, 0));

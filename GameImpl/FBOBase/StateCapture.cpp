@@ -43,10 +43,9 @@ void FboBase::collectParametersState() {
 }
 
 unsigned FboBase::reinstallParametersState() const {
-    GL(glBlendFuncSeparate(static_cast<GLenum>(savedBlendSrcRGB),
-                           static_cast<GLenum>(savedBlendDstRGB),
-                           static_cast<GLenum>(savedBlendSrcAlpha),
-                           static_cast<GLenum>(savedBlendDstAlpha)));
+    GL(glBlendFuncSeparate(
+        static_cast<GLenum>(savedBlendSrcRGB), static_cast<GLenum>(savedBlendDstRGB),
+        static_cast<GLenum>(savedBlendSrcAlpha), static_cast<GLenum>(savedBlendDstAlpha)));
     GL(glColorMask(savedColorMask[0] != 0, savedColorMask[1] != 0, savedColorMask[2] != 0,
                    savedColorMask[3] != 0));
     GL(glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(savedTexture2D)));

@@ -16,8 +16,8 @@ GLenum drainGLErrors(const gl_hooks_t* glHooks, int line, const char* operation)
 #define FBO_LOG(priority, ...) RENDERER_LOG(priority, "GameImpl/FBOBase/FBOBase", __VA_ARGS__)
 #define DRAIN() drainGLErrors(glHooks, __LINE__, __func__)
 // A driver call followed by a drain, in operations of FboBase.
-#define GL(call)            \
-    do {                    \
-        glHooks->gl.call;   \
-        (void)DRAIN();      \
+#define GL(call)          \
+    do {                  \
+        glHooks->gl.call; \
+        (void)DRAIN();    \
     } while (false)

@@ -59,11 +59,10 @@ void SGAMEImpl::checkIfHdrFbo(unsigned target, unsigned framebuffer) {
     createHdrFbo(hdrWidth, hdrHeight, 1, sampleBuffers);
     hdrSourceFbo = framebuffer;
     hdrSourceTexture = static_cast<unsigned>(texture);
-    SGAME_LOG_AT(INFO, 181,
-                 " (%d  %d %d %d) for fd(%d) obj=%x  sample=%d name=%d HDRscaleFactor=%f", red,
-                 green, blue, alpha, static_cast<int>(framebuffer),
-                 static_cast<unsigned>(colorType), sampleBuffers, texture,
-                 static_cast<double>(hdrScale));
+    SGAME_LOG_AT(
+        INFO, 181, " (%d  %d %d %d) for fd(%d) obj=%x  sample=%d name=%d HDRscaleFactor=%f", red,
+        green, blue, alpha, static_cast<int>(framebuffer), static_cast<unsigned>(colorType),
+        sampleBuffers, texture, static_cast<double>(hdrScale));
     bindHdrFbo(target);
     FboBase::FboEnableVRS(true);
 }
