@@ -1,0 +1,130 @@
+#include <cinttypes>
+#include <cstdio>
+
+#include "support/recording_driver.h"
+
+namespace test {
+
+namespace {
+
+// No value below 0x0b00 is here, and none that a test uses as a size.
+#define NAMED(constant) \
+    { constant, #constant }
+const std::map<uint64_t, const char*> kConstants = {
+    NAMED(GL_ACTIVE_TEXTURE),
+    NAMED(GL_ARRAY_BUFFER),
+    NAMED(GL_BLEND),
+    NAMED(GL_BLEND_DST_ALPHA),
+    NAMED(GL_BLEND_DST_RGB),
+    NAMED(GL_BLEND_SRC_ALPHA),
+    NAMED(GL_BLEND_SRC_RGB),
+    NAMED(GL_CLAMP_TO_EDGE),
+    NAMED(GL_COLOR_ATTACHMENT0),
+    NAMED(GL_COLOR_WRITEMASK),
+    NAMED(GL_COMPILE_STATUS),
+    NAMED(GL_CURRENT_PROGRAM),
+    NAMED(GL_DECODE_EXT),
+    NAMED(GL_DELETE_STATUS),
+    NAMED(GL_DEPTH24_STENCIL8),
+    NAMED(GL_DEPTH_ATTACHMENT),
+    NAMED(GL_DEPTH_STENCIL_ATTACHMENT),
+    NAMED(GL_DEPTH_TEST),
+    NAMED(GL_DRAW_FRAMEBUFFER),
+    NAMED(GL_EXTENSIONS),
+    NAMED(GL_FLOAT),
+    NAMED(GL_FRAGMENT_SHADER),
+    NAMED(GL_FRAMEBUFFER),
+    NAMED(GL_FRAMEBUFFER_ATTACHMENT_ALPHA_SIZE),
+    NAMED(GL_FRAMEBUFFER_ATTACHMENT_BLUE_SIZE),
+    NAMED(GL_FRAMEBUFFER_ATTACHMENT_GREEN_SIZE),
+    NAMED(GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME),
+    NAMED(GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE),
+    NAMED(GL_FRAMEBUFFER_ATTACHMENT_RED_SIZE),
+    NAMED(GL_INFO_LOG_LENGTH),
+    NAMED(GL_LINEAR),
+    NAMED(GL_LINK_STATUS),
+    NAMED(GL_RENDERBUFFER),
+    NAMED(GL_RGB),
+    NAMED(GL_RGB8),
+    NAMED(GL_RGBA8),
+    NAMED(GL_SAMPLE_BUFFERS),
+    NAMED(GL_SAMPLE_SHADING),
+    NAMED(GL_SCISSOR_TEST),
+    NAMED(GL_STATIC_DRAW),
+    NAMED(GL_STENCIL_ATTACHMENT),
+    NAMED(GL_STENCIL_TEST),
+    NAMED(GL_TEXTURE0),
+    NAMED(GL_TEXTURE_2D),
+    NAMED(GL_TEXTURE_BASE_LEVEL),
+    NAMED(GL_TEXTURE_BINDING_2D),
+    NAMED(GL_TEXTURE_MAG_FILTER),
+    NAMED(GL_TEXTURE_MAX_ANISOTROPY_EXT),
+    NAMED(GL_TEXTURE_MAX_LEVEL),
+    NAMED(GL_TEXTURE_MIN_FILTER),
+    NAMED(GL_TEXTURE_SRGB_DECODE_EXT),
+    NAMED(GL_TEXTURE_WRAP_R),
+    NAMED(GL_TEXTURE_WRAP_S),
+    NAMED(GL_TEXTURE_WRAP_T),
+    NAMED(GL_UNSIGNED_BYTE),
+    NAMED(GL_VERTEX_SHADER),
+};
+constexpr uint64_t kLargestSize = 0x1400;
+
+std::string print(const char* format, uint64_t value) {
+    char text[32];
+    snprintf(text, sizeof(text), format, value);
+    return text;
+}
+
+std::string formatInteger(const Argument& argument) {
+    const auto found = kConstants.find(argument.bits);
+    const bool maybeSize = argument.kind == Argument::Signed && argument.bits <= kLargestSize;
+    if (found != kConstants.end() && !maybeSize) return found->second;
+    if (argument.kind == Argument::Signed) return print("%" PRId64, argument.bits);
+    return print(argument.bits < 0x1000 ? "%" PRIu64 : "0x%" PRIx64, argument.bits);
+}
+
+// An array of names follows its length.
+std::string formatNames(const Argument& length, const Argument& array) {
+    if (length.kind != Argument::Signed || length.bits > 8) return "ptr";
+    std::string text;
+    for (uint64_t i = 0; i < length.bits; ++i) {
+        const auto* names = reinterpret_cast<const unsigned*>(array.bits);
+        text += (i == 0 ? "" : ", ") + formatInteger(Argument(names[i]));
+    }
+    return "[" + text + "]";
+}
+
+std::string format(const Argument& argument, const Argument& previous) {
+    switch (argument.kind) {
+        case Argument::Real: {
+            char text[32];
+            snprintf(text, sizeof(text), "%g", argument.real);
+            return text;
+        }
+        case Argument::Signed:
+        case Argument::Unsigned:
+            return formatInteger(argument);
+        default:
+            break;
+    }
+    if (argument.bits == 0) return "null";
+    // Handles and buffer offsets are small numbers; other addresses vary.
+    if (argument.bits < 0x10000) return print("0x%" PRIx64, argument.bits);
+    if (argument.kind == Argument::Names) return formatNames(previous, argument);
+    if (argument.kind != Argument::Text) return "ptr";
+    return "\"" + std::string(reinterpret_cast<const char*>(argument.bits)) + "\"";
+}
+
+}  // namespace
+
+std::string formatCall(const char* name, const Argument* arguments, size_t count) {
+    std::string text = std::string(name) + "(";
+    for (size_t i = 0; i < count; ++i) {
+        if (i != 0) text += ", ";
+        text += format(arguments[i], i == 0 ? Argument() : arguments[i - 1]);
+    }
+    return text + ")";
+}
+
+}  // namespace test
