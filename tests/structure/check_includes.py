@@ -1,0 +1,34 @@
+#!/usr/bin/env python3
+"""Fails where a folder of the library includes what it must not know."""
+import pathlib
+import re
+import sys
+
+ALLOWED = {
+    "platform": ["platform/"],
+    "monitor": ["monitor/", "platform/", "GameImpl/ImplFactory.h"],
+    "GameImpl": ["GameImpl/", "interception/", "monitor/GameInfo.h", "platform/"],
+    "interception": ["interception/", "platform/", "hook/"],
+    "hook": ["hook/", "interception/", "GameImpl/ImplFactory.h", "monitor/MonitorThread.h",
+             "platform/"],
+}
+FOLDERS = tuple(f"{name}/" for name in (*ALLOWED, "desktop", "tests"))
+INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.M)
+
+
+def violations(root):
+    for folder, allowed in ALLOWED.items():
+        sources = [p for p in (root / folder).rglob("*") if p.suffix in (".h", ".cpp", ".in")]
+        if not sources:
+            yield f"{folder}: no sources found under {root}"
+        for source in sources:
+            for include in INCLUDE.findall(source.read_text()):
+                if not include.startswith(FOLDERS):
+                    yield f"{source}: {include} is not named from the repository's root"
+                elif not include.startswith(tuple(allowed)):
+                    yield f"{source}: {folder} must not include {include}"
+
+
+found = list(violations(pathlib.Path(sys.argv[1])))
+print("\n".join(found) or "all includes are allowed")
+sys.exit(1 if found else 0)
