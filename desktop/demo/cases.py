@@ -1,0 +1,116 @@
+"""The cases of the demo and the runs in which they are played."""
+
+from dataclasses import dataclass
+
+INTERNAL_SIZES = ((1440, 648), (1280, 576), (1080, 486))
+LOWERED_TO = (1080, 486)
+
+# What the contact sheet enlarges: centres, in parts of the picture. In the
+# arena a fighter's name and bar, and the fine text at the bottom; of the
+# internal sizes the middles of the first two columns.
+ARENA_PLACES = ((0.5, 0.625), (0.42, 0.955))
+SIZES_PLACES = ((0.18, 0.55), (0.5, 0.55))
+
+
+@dataclass
+class Case:
+    slug: str
+    title: str
+    # Frames of the run, counted from 1; the last one is the picture.
+    first: int
+    last: int
+    # The case whose picture this one is held against; its own for a native one.
+    reference: str
+    # What the case claims, to be proved from pixels and from the driver.
+    identical: bool = False
+    window_factor: int = 100
+    game_factor: int = 100
+    # The sizes at which the game may draw away from the window, or None when
+    # they follow from the window and the factors.
+    internal: tuple = None
+
+    @property
+    def places(self):
+        return ARENA_PLACES if self.internal is None else SIZES_PLACES
+
+
+@dataclass
+class Run:
+    slug: str
+    title: str
+    options: list
+    scene_options: list
+    cases: list
+    # Texture sizes that must appear in the run and sizes that must not.
+    textures: tuple = ()
+    no_textures: tuple = ()
+
+    @property
+    def frames(self):
+        return self.cases[-1].last
+
+
+def _common(size, driver):
+    return ["--size", size, "--driver", driver]
+
+
+def baseline(size, driver, frames):
+    """The game without the plug-in."""
+    case = Case("native", "native, without the plug-in", 1, frames, "native", identical=True)
+    return Run("baseline", "the game without the plug-in", [*_common(size, driver), "--no-plugin"],
+               ["--size", size, "--period", str(frames)], [case])
+
+
+def _switch(after, *, window, game):
+    """Node changes after the swap `after`.
+
+    A target keeps its size until scaling has been off for a frame, so each new
+    factor comes with one frame off.
+    """
+    return ["--at", f"{after}:enable=0", "--at", f"{after + 1}:FB0Factor={window}",
+            "--at", f"{after + 1}:gameInternalFBOFactor={game}", "--at", f"{after + 1}:enable=1"]
+
+
+def live(size, driver, frames):
+    """SGAME in one process whose factors change through the kernel node."""
+    steps = ((100, 100, "sgame-100", "FB0Factor 100"), (90, 100, "sgame-90", "FB0Factor 90"),
+             (75, 100, "sgame-75", "FB0Factor 75"), (50, 100, "sgame-50", "FB0Factor 50"),
+             (75, 70, "sgame-75-game-70", "FB0Factor 75, gameInternalFBOFactor 70"))
+    # The quirk is on all along; it has no effect until gameInternalFBOFactor
+    # asks for a smaller game framebuffer.
+    options = [*_common(size, driver), "--game", "sgame", "--quirk", "attachment-sizes"]
+    cases = []
+    for index, (window, game, slug, title) in enumerate(steps):
+        last = index * frames
+        if index > 0:
+            options += _switch(last, window=window, game=game)
+        cases.append(Case(slug, title, last + 1, last + frames, "native",
+                          identical=window == 100, window_factor=window, game_factor=game))
+    last = len(steps) * frames
+    options += ["--at", f"{last}:enable=0"]
+    cases.append(Case("sgame-off", "scaling switched off", last + 1, last + frames, "native",
+                      identical=True))
+    return Run("sgame", "SGAME, one process, switched live", options,
+               ["--size", size, "--period", str(frames)], cases)
+
+
+def internal_sizes(size, driver, frames, config):
+    """A game whose own render sizes are lowered through the configuration file."""
+    scene = ["--mode", "sizes", "--size", size, "--period", str(frames)]
+    common = _common(size, driver)
+    native = Case("genshin-native", "internal sizes, without the plug-in", 1, frames,
+                  "genshin-native", identical=True, internal=INTERNAL_SIZES)
+    same = Case("genshin-default", "Genshin Impact, nothing configured", 1, frames,
+                "genshin-native", identical=True, internal=INTERNAL_SIZES)
+    lowered = Case("genshin-1080", "Genshin Impact lowered to 1080x486", 1, frames,
+                   "genshin-native", internal=(LOWERED_TO,))
+    return [
+        Run("genshin-native", "internal sizes without the plug-in", [*common, "--no-plugin"],
+            scene, [native], textures=INTERNAL_SIZES),
+        Run("genshin-default", "Genshin Impact without a configuration",
+            [*common, "--game", "genshin"], scene, [same], textures=INTERNAL_SIZES),
+        Run("genshin-1080", "Genshin Impact with 'yuanshen 1080 486 0'",
+            [*common, "--game", "genshin", "--config", str(config)], scene, [lowered],
+            textures=(LOWERED_TO,),
+            no_textures=tuple(s for s in INTERNAL_SIZES if s != LOWERED_TO)),
+    ]

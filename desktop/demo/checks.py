@@ -1,0 +1,124 @@
+"""Whether a case did what its name says: from the pixels and from the sizes of
+the framebuffers that the driver saw. Times and settings prove nothing here."""
+
+import numpy as np
+
+import measure
+
+# Frames after a switch that still belong to it: one without scaling, and the
+# one in which the targets are made.
+SETTLING = 2
+# Mean luma, of 255, that no picture of the scene comes near to.
+NEARLY_BLACK = 20.0
+# How far the mean luma of a block may move when only detail is lost.
+BLOCK_SHIFT = 30.0
+# The least part of the detail that each step down in resolution must cost.
+LEAST_LOSS = 0.02
+# The most of it that cutting the resolution may leave.
+MOST_LEFT = 0.95
+
+
+def scaled(size, percent):
+    """The scaled size, in single precision and cut off, as a driver is given it."""
+    factor = np.float32(percent / 100.0)
+    return tuple(int(np.float32(n) * factor) for n in size)
+
+
+def text_size(size):
+    return f"{size[0]}x{size[1]}"
+
+
+def text_sizes(sizes):
+    return ", ".join(text_size(s) for s in sorted(sizes, reverse=True)) or "nothing"
+
+
+def expected_sizes(case, window):
+    """The sizes drawn at away from the window itself."""
+    if case.internal is not None:
+        return set(case.internal)
+    world = scaled(window, case.game_factor)
+    return {world} if case.window_factor == 100 else {world, scaled(window, case.window_factor)}
+
+
+def check_sizes(case, frames, window):
+    """Messages about frames in which the driver saw other sizes than it should."""
+    expected = expected_sizes(case, window)
+    for frame in frames[case.first + SETTLING - 1 : case.last]:
+        if frame.window != window:
+            return [f"the window measured {text_size(frame.window)} in frame {frame.number}, "
+                    f"not {text_size(window)}"]
+        if not frame.window_drawn:
+            return [f"nothing was drawn to the window in frame {frame.number}"]
+        if frame.offscreen != expected:
+            return [f"the driver drew off the window at {text_sizes(frame.offscreen)} in frame "
+                    f"{frame.number}, not at {text_sizes(expected)}"]
+        if frame.uncovered:
+            return [f"in frame {frame.number} the viewport was not the whole of the framebuffer "
+                    f"of {text_sizes(frame.uncovered)}"]
+    return []
+
+
+def check_textures(run, frames):
+    seen = set().union(*(frame.textures for frame in frames))
+    failures = [f"no texture of {text_size(s)} was made" for s in run.textures if s not in seen]
+    failures += [f"a texture of {text_size(s)} was made" for s in run.no_textures if s in seen]
+    if failures:
+        failures.append(f"textures made: {text_sizes(seen)}")
+    return failures
+
+
+def check_picture(case, picture, reference):
+    """Messages about a picture that is not what the case claims."""
+    mean = float(measure.luma(picture).mean())
+    if mean < NEARLY_BLACK:
+        return [f"the picture is nearly black (mean luma {mean:.1f} of 255)"]
+    if picture.shape != reference.shape:
+        return [f"the picture has {picture.shape[1]}x{picture.shape[0]} pixels, the native one "
+                f"{reference.shape[1]}x{reference.shape[0]}"]
+    if case.identical:
+        different = int((picture != reference).any(2).sum())
+        if different == 0:
+            return []
+        return [f"{different} pixels differ from the native picture "
+                f"(PSNR {measure.psnr(picture, reference):.1f} dB), none may"]
+    failures = []
+    shift = measure.worst_block(picture, reference)
+    if shift > BLOCK_SHIFT:
+        failures.append("the picture does not show what the native one shows: the mean luma of a "
+                        f"{measure.BLOCK}-pixel block is off by {shift:.1f}, over {BLOCK_SHIFT:.0f}")
+    left = measure.detail(picture) / measure.detail(reference)
+    if left > MOST_LEFT:
+        failures.append(f"{left:.1%} of the native picture's fine detail is left, "
+                        f"over {MOST_LEFT:.0%}: the resolution was not lowered")
+    return failures
+
+
+def check_order(results):
+    """Cases of falling resolution must lose more and more: (case, message) pairs."""
+    failures = []
+    for higher, lower in zip(results, results[1:]):
+        if lower.detail > higher.detail - LEAST_LOSS:
+            failures.append((lower.case, f"keeps {lower.detail:.1%} of the fine detail, "
+                             f"'{higher.case.title}' {higher.detail:.1%}: "
+                             f"at least {LEAST_LOSS:.0%} less was due"))
+        if lower.psnr >= higher.psnr:
+            failures.append((lower.case, f"is as close to the native picture ({lower.psnr:.1f} dB) "
+                             f"as '{higher.case.title}' ({higher.psnr:.1f} dB)"))
+    return failures
+
+
+def check_columns(case, picture, reference):
+    """Of the three internal sizes the larger two lose detail, the third none."""
+    failures = []
+    for index, name in enumerate(("1440x648", "1280x576", "1080x486")):
+        own, native = measure.third(picture, index), measure.third(reference, index)
+        if index == 2:
+            if (own != native).any():
+                failures.append(f"the column of {name} changed, which was not to be lowered "
+                                f"(PSNR {measure.psnr(own, native):.1f} dB)")
+            continue
+        left = measure.detail(own) / measure.detail(native)
+        if left > MOST_LEFT:
+            failures.append(f"the column of {name} keeps {left:.1%} of its fine detail, "
+                            f"over {MOST_LEFT:.0%}")
+    return failures
