@@ -11,7 +11,7 @@ const Vec3 kToSun = normalize({-0.55F, 0.50F, -0.62F});
 constexpr float kFieldOfView = 0.82F;
 constexpr float kGroundSize = 120;
 constexpr int kFighters = 10;
-constexpr Vec3 kWhite{1, 1, 1};
+constexpr Vec3 kWhite{1, 1, 1}, kSkin{1.25F, 0.85F, 0.62F};
 
 const std::vector<ProfilePoint> kColumnProfile{
     {0.62F, 0},    {0.62F, 0.12F}, {0.50F, 0.2F},  {0.42F, 0.26F}, {0.36F, 1.5F},
@@ -124,8 +124,8 @@ void Arena::poseFighters(float phase) {
         const float turn = angle + kPi / 2;
         moving_.push_back(
             {Shape::Figure, Surface::Cloth, place(at, {1.1F, 1.1F, 1.1F}, turn), tint, 0, 1});
-        moving_.push_back({Shape::Ball, Surface::Gold,
-                           place(at + Vec3{0, 1.62F, 0}, {0.25F, 0.28F, 0.25F}, turn), kWhite, 0,
+        moving_.push_back({Shape::Ball, Surface::Cloth,
+                           place(at + Vec3{0, 1.62F, 0}, {0.25F, 0.28F, 0.25F}, turn), kSkin, 0,
                            1});
         const Vec3 hand = at + Vec3{0.42F * std::sin(turn), 0.9F, 0.42F * std::cos(turn)};
         moving_.push_back({Shape::Box,

@@ -108,7 +108,7 @@ Sample gold(float u, float v) {
     const float x = std::sin(u * 16 * kPi), y = std::sin(v * 16 * kPi);
     const float dent = std::exp(-(x * x + y * y) * 1.5F);
     const float tarnish = cloud(u, v, 8, 77);
-    return {mix({0.95F, 0.68F, 0.26F}, {0.50F, 0.30F, 0.10F}, smooth(0.45F, 0.7F, tarnish)),
+    return {mix({0.95F, 0.68F, 0.26F}, {0.50F, 0.30F, 0.10F}, 0.7F * smooth(0.35F, 0.75F, tarnish)),
             0.95F - 0.4F * tarnish, 0.9F - 0.8F * dent};
 }
 
