@@ -1,0 +1,285 @@
+// Which context a thread is bound to, by process name, thread name and switch;
+// and what the game configuration does to the Genshin Impact context.
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <functional>
+#include <thread>
+
+#include "GameImpl/GenshinImpact/GenshinImpactImpl.h"
+#include "hook/ContextManager.h"
+#include "hook/GPUVeskoMode.h"
+#include "hook/HookManager.h"
+#include "interception/egl_hooks.h"
+#include "interception/gl_trampolines.h"
+#include "support/host.h"
+#include "support/recording_driver.h"
+
+using namespace android;
+
+namespace {
+
+constexpr char kSgame[] = "com.tencent.tmgp.sgame";
+constexpr char kPubgmhd[] = "com.tencent.tmgp.pubgmhd";
+constexpr char kGenshin[] = "com.miHoYo.ys.qo";
+
+class Binding : public testing::Test {
+protected:
+    Binding() {
+        HookManager::setEGLImpl(&driver.connection);
+        ContextManager::inited = false;
+        ContextManager::hookingEnabled = true;
+        ContextManager::sgameContext.setmainRenderringThreadId(-1);
+        ImplFactory::genshinImpactImpl.reset();
+        host::gameService() = {};
+        host::properties().clear();
+        host::takeLog();
+    }
+    ~Binding() override { host::setProcessName("unit_tests"); }
+
+    test::RecordingDriver driver;
+};
+
+void onThread(const std::string& name, const std::function<void()>& body) {
+    std::thread thread([&] {
+        pthread_setname_np(pthread_self(), name.c_str());
+        body();
+    });
+    thread.join();
+}
+
+// The context of a new thread after an EGL call that has nothing to do with games.
+HookContext* contextOf(const std::string& process, const std::string& threadName) {
+    HookContext* context = nullptr;
+    onThread(threadName, [&] {
+        host::setProcessName(process);
+        ContextManager::validateTLSKey();
+        EXPECT_EQ(ContextManager::getCurrentContext(), nullptr);
+        eglGetCurrentContext_hook();
+        context = ContextManager::getCurrentContext();
+    });
+    return context;
+}
+
+}  // namespace
+
+TEST_F(Binding, ProcessAndThreadNamesChooseTheContext) {
+    HookContext* const none = ContextManager::getNullContext();
+    EXPECT_EQ(none, &ContextManager::nullContext);
+    const struct {
+        const char* process;
+        const char* thread;
+        HookContext* context;
+    } cases[] = {
+        {"unit_tests", "UnityGfx", none},
+        {kSgame, "UnityGfx", &ContextManager::sgameContext},
+        {kSgame, "UnityGfxDevice", none},
+        {kSgame, "UnityGf", none},
+        {kSgame, "UnityMain", none},
+        {"com.tencent.tmgp.sgame:service", "UnityGfx", none},
+        {"com.tencent.tmgp.sgam", "UnityGfx", none},
+        {kPubgmhd, "RenderThread 1", &ContextManager::pubgmhdContext},
+        {"com.tencent.tmgp.pubgmhd:push", "RenderThread 1", none},
+        {kGenshin, "any", &ContextManager::genshinImpactContext},
+        {"com.miHoYo.ys.qo.x", "any", none},
+    };
+    for (const auto& test : cases) {
+        HookContext* const context = contextOf(test.process, test.thread);
+        EXPECT_EQ(context, test.context) << test.process << ", " << test.thread;
+        EXPECT_EQ(context->isCurrentThreadNeedToHook(), context != none);
+        const bool isListed = std::string(test.process) == kSgame ||
+                              std::string(test.process) == kPubgmhd ||
+                              std::string(test.process) == kGenshin;
+        EXPECT_EQ(createImplInstance()->isInWhiteList(), isListed) << test.process;
+    }
+}
+
+TEST_F(Binding, GamesHaveTheirNumbersAndImpls) {
+    EXPECT_EQ(ContextManager::gameList.size(), 3u);
+    const std::pair<const char*, int> games[] = {
+        {"unit_tests", 4}, {kSgame, 1}, {kPubgmhd, 2}, {kGenshin, 3}};
+    for (const auto& [process, game] : games) {
+        host::setProcessName(process);
+        EXPECT_EQ(ContextManager::getGameType(), game) << process;
+    }
+    const std::pair<HookContext*, void*> impls[] = {
+        {&ContextManager::nullContext, &ImplFactory::defaultImplV2},
+        {&ContextManager::sgameContext, &ImplFactory::sgameImpl},
+        {&ContextManager::pubgmhdContext, &ImplFactory::pubgmhdImpl},
+        {&ContextManager::genshinImpactContext, &ImplFactory::genshinImpactImpl}};
+    for (const auto& [context, impl] : impls) EXPECT_EQ(context->getImpl(), impl);
+}
+
+TEST_F(Binding, TheMainThreadIsRememberedByItsId) {
+    host::setProcessName(kSgame);
+    onThread("UnityGfx", [] {
+        EXPECT_TRUE(ContextManager::isMainRenderringThread(ImplFactory::SGAME));
+        EXPECT_FALSE(ContextManager::isMainRenderringThread(ImplFactory::PUBGMHD));
+        eglGetCurrentContext_hook();
+        EXPECT_EQ(ContextManager::sgameContext.getmainRenderringThreadId(), gettid());
+
+        pthread_setname_np(pthread_self(), "renamed");
+        EXPECT_TRUE(ContextManager::isMainRenderringThread(ImplFactory::GENSHIN_IMPACT));
+        eglGetCurrentContext_hook();
+        EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::sgameContext);
+    });
+    onThread("worker", [] {
+        eglGetCurrentContext_hook();
+        EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::nullContext);
+        // Named later, it takes over at its next EGL call.
+        pthread_setname_np(pthread_self(), "UnityGfx");
+        EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::nullContext);
+        eglGetCurrentContext_hook();
+        EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::sgameContext);
+        EXPECT_EQ(ContextManager::sgameContext.getmainRenderringThreadId(), gettid());
+    });
+}
+
+TEST_F(Binding, HookingCanBeSwitchedOffForLaterBindings) {
+    host::setProcessName(kPubgmhd);
+    onThread("render", [] {
+        eglGetCurrentContext_hook();
+        HookManager::disableHooking();
+        EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::pubgmhdContext);
+        HookManager::setEGLHooksThreadSpecific();
+        EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::nullContext);
+        HookManager::enableHooking();
+        EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::nullContext);
+        HookManager::setEGLHooksThreadSpecific();
+        EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::pubgmhdContext);
+    });
+    HookManager::disableHooking();
+    EXPECT_EQ(contextOf(kGenshin, "any"), &ContextManager::nullContext);
+    EXPECT_TRUE(ContextManager::inited) << "the configuration is read all the same";
+}
+
+TEST_F(Binding, AnUnknownProcessNameIsNoGame) {
+    const std::string path = "/proc/" + std::to_string(getpid()) + "/cmdline";
+    host::setProcessName(kSgame);
+    rlimit limit;
+    getrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit none = {0, limit.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    const int game = ContextManager::getGameType();
+    setrlimit(RLIMIT_NOFILE, &limit);
+    EXPECT_EQ(game, 4);
+    EXPECT_EQ(host::takeLog(), "E EGL_HOOK error open file: " + path + "\n");
+
+    host::setProcessName(std::string(63, 'x'));
+    EXPECT_EQ(ContextManager::getGameType(), 4);
+    EXPECT_EQ(host::takeLog(), "");
+}
+
+TEST_F(Binding, ResetSparesTheGenshinImpactContext) {
+    int width = 1000;
+    int height = 500;
+    ContextManager::genshinImpactContext.setTargetTexResolution(width, height);
+    ImplFactory::genshinImpactImpl.setGLDriverImpl(&driver.hooks);
+    HookManager::reset();
+    EXPECT_EQ(ImplFactory::genshinImpactImpl.targetWidth, 1000);
+    EXPECT_EQ(ImplFactory::genshinImpactImpl.targetHeight, 500);
+}
+
+TEST_F(Binding, AGenshinImpactThreadAsksForTheConfigurationOnce) {
+    const std::string defaults =
+        "D EGL_HOOK getGameConfig Success\n"
+        "I EGL_HOOK set targetTexWidth 1440 targetTexHeight:648\n"
+        "D EGL_HOOK [GameImpl/GenshinImpact/GenshinImpactImpl][48][setTargetTexResolution]: "
+        "setTargetTexResolution 1440x648\n";
+    contextOf(kGenshin, "one");
+    EXPECT_EQ(host::takeLog(), defaults);
+    contextOf(kGenshin, "two");
+    EXPECT_EQ(host::takeLog(), "");
+}
+
+namespace {
+
+struct Answer {
+    bool result;
+    bool inited;
+    std::string log;
+};
+
+Answer askForConfig() {
+    int width = 1440;
+    int height = 648;
+    host::takeLog();
+    const bool result = ContextManager::getGameConfig(width, height);
+    EXPECT_EQ(std::make_pair(width, height), std::make_pair(1440, 648));
+    return {result, ContextManager::inited, host::takeLog()};
+}
+
+void expectAnswer(bool result, bool inited, const std::string& log) {
+    const Answer answer = askForConfig();
+    EXPECT_EQ(answer.result, result);
+    EXPECT_EQ(answer.inited, inited);
+    EXPECT_EQ(answer.log, log);
+}
+
+constexpr char kFileRead[] = "D EGL_HOOK getGameConfig Success\n";
+
+}  // namespace
+
+TEST_F(Binding, TheGameServiceDecidesWhetherTheFileIsRead) {
+    ASSERT_NE(access("/data/system/vkd/qogl", F_OK), 0) << "this test needs the file absent";
+    using Service = host::GameService;
+    const struct {
+        const char* process;
+        decltype(Service::state) state;
+        int answer;
+        bool result;
+        bool read;
+    } cases[] = {
+        {kGenshin, Service::Absent, 0, true, true},
+        {kGenshin, Service::Answering, 0, true, true},
+        {kGenshin, Service::Answering, 5, true, true},
+        {kGenshin, Service::Answering, -5, true, true},
+        {kGenshin, Service::Throwing, 5, true, true},
+        {kSgame, Service::Absent, 0, false, false},
+        {kSgame, Service::Answering, 0, false, false},
+        {kSgame, Service::Answering, 5, true, true},
+        {kSgame, Service::Answering, -5, true, false},
+        {kSgame, Service::Throwing, 5, false, false},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(std::string(test.process) + " " + std::to_string(test.state) + " " +
+                     std::to_string(test.answer));
+        host::setProcessName(test.process);
+        host::gameService() = {test.state, test.answer, {}};
+        ContextManager::inited = false;
+        expectAnswer(test.result, test.read, test.read ? kFileRead : "");
+        // Later the file is left alone, and the service alone decides.
+        ContextManager::inited = true;
+        const bool answered = test.state == Service::Answering && test.answer != 0;
+        expectAnswer(answered, true, "");
+    }
+}
+
+TEST_F(Binding, AFailedTransactionIsTriedAgain) {
+    host::gameService().state = host::GameService::Failing;
+    contextOf(kGenshin, "any");
+    EXPECT_EQ(host::takeLog(), "E EGL_HOOK getGameConfig Failed\n");
+    EXPECT_FALSE(ContextManager::inited);
+
+    host::gameService().state = host::GameService::Answering;
+    contextOf(kGenshin, "any");
+    EXPECT_TRUE(ContextManager::inited);
+    const std::string request =
+        "orvane.pelune: transact(11, 0) com.orvane.pelune.IPeluneInterface " +
+        std::to_string(getuid());
+    EXPECT_EQ(host::gameService().requests, std::vector<std::string>(2, request));
+}
+
+TEST_F(Binding, DiagnosticsAreOnForExactlyTrue) {
+    host::gameService() = {host::GameService::Answering, 7, {}};
+    const std::pair<const char*, bool> cases[] = {
+        {"true", true}, {"TRUE", false}, {"true1", false}, {"tru", false}, {"1", false}};
+    for (const auto& [value, on] : cases) {
+        host::properties()["vendor.qogl.debug"] = value;
+        ContextManager::inited = false;
+        const std::string diagnostics = on ? "D EGL_HOOK initGameModify, game: 7\n" : "";
+        expectAnswer(true, true, diagnostics + kFileRead);
+    }
+}
