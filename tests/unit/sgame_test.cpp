@@ -1,0 +1,280 @@
+// SGAMEImpl: the frame target, viewports, swaps, the shader rewrite, reset.
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "GameImpl/sgame/SGAMEImpl.h"
+#include "support/host.h"
+#include "support/sgame_fixture.h"
+
+using namespace android;
+
+using Sgame = test::SgameFixture;
+
+TEST_F(Sgame, SwitchesAndFactorsComeFromTheParameters) {
+    EXPECT_FALSE(game.enabled || game.hdrEnabled || game.shaderRewriteEnabled);
+    EXPECT_EQ(std::make_pair(game.hdrScale, game.fboScale), std::make_pair(0.7f, 0.75f));
+    const struct {
+        int internalEnable, fb0, internalFbo;
+        bool result, enabled, hdrEnabled;
+        float fboScale, hdrScale;
+    } cases[] = {
+        {0, 50, 50, false, false, false, 0.75f, 0.7f},
+        {1, 100, 100, true, false, false, 1.0f, 1.0f},
+        {1, 60, 100, true, true, false, 0.6f, 1.0f},
+        // A factor of 100 leaves its switch as it was.
+        {1, 100, 70, true, true, true, 1.0f, 0.7f},
+        {2, 33, 100, true, true, true, 0.33f, 1.0f},
+        {0, 90, 90, false, false, false, 0.33f, 1.0f},
+        {-1, 100, 90, true, false, true, 1.0f, 0.9f},
+        {0, 100, 100, false, false, false, 1.0f, 0.9f},
+        {1, -1, 100, true, true, false, -0.01f, 1.0f},
+    };
+    for (const auto& test : cases) {
+        setParameters(test.internalEnable, test.fb0, test.internalFbo);
+        EXPECT_EQ(game.checkIfEnableFunc(), test.result);
+        EXPECT_EQ(game.enabled, test.enabled);
+        EXPECT_EQ(game.hdrEnabled, test.hdrEnabled);
+        EXPECT_FLOAT_EQ(game.fboScale, test.fboScale);
+        EXPECT_FLOAT_EQ(game.hdrScale, test.hdrScale);
+    }
+    gameInfo.erase("internalEnable");
+    EXPECT_FALSE(game.checkIfEnableFunc());
+    EXPECT_EQ(gameInfo.at("internalEnable"), 0) << "a missing key is inserted";
+}
+
+TEST_F(Sgame, ASwapWithScalingOffOnlySwaps) {
+    setParameters(0, 50, 70);
+    EXPECT_EQ(game.eglSwapBuffers(display, surface), 1u);
+    EXPECT_EQ(driver.takeAllCalls(), "eglSwapBuffers(0x10, 0x20)\n");
+    game.glBindFramebuffer(GL_FRAMEBUFFER, 0);
+    EXPECT_EQ(driver.takeAllCalls(), "glBindFramebuffer(GL_FRAMEBUFFER, 0)\n");
+    driver.on(&test::EGL::eglSwapBuffers, [](void*, void*) { return 0u; });
+    EXPECT_EQ(game.eglSwapBuffers(display, surface), 0u);
+    driver.on(&test::EGL::eglSwapBuffers, [](void*, void*) { return 0x100u; });
+    EXPECT_EQ(game.eglSwapBuffers(display, surface), 1u);
+}
+
+TEST_F(Sgame, AFrameGoesThroughTheTarget) {
+    setParameters(1, 50, 100);
+    game.eglSwapBuffers(display, surface);
+    const std::string setup =
+        "eglSwapBuffers(0x10, 0x20)\n"
+        "eglQuerySurface(0x11, 0x21, 12375, ptr)\neglQuerySurface(0x11, 0x21, 12374, ptr)\n";
+    EXPECT_EQ(driver.takeCalls().find(setup + "glGenFramebuffers(1, [1])\n"), 0u);
+    EXPECT_EQ(std::make_pair(game.fboWidth, game.fboHeight), std::make_pair(500, 250));
+    EXPECT_TRUE(game.frameRedirected);
+    EXPECT_FALSE(game.resourcesReleased);
+
+    // Any other framebuffer is the game's own business; the window is ours.
+    game.glBindFramebuffer(GL_FRAMEBUFFER, 90);
+    EXPECT_EQ(driver.takeCalls(), "glBindFramebuffer(GL_FRAMEBUFFER, 90)\n");
+    EXPECT_FALSE(game.frameRedirected);
+    const std::string begin =
+        "glBindFramebuffer(GL_FRAMEBUFFER, 1)\n"
+        "glInvalidateFramebuffer(GL_FRAMEBUFFER, 1, [GL_DEPTH_STENCIL_ATTACHMENT])\n"
+        "glClearColor(0, 0, 0, 0)\nglClear(0x4500)\n"
+        "glCheckFramebufferStatus(GL_FRAMEBUFFER)\nglViewport(0, 0, 500, 250)\n";
+    game.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+    EXPECT_EQ(driver.takeCalls(), begin);
+    EXPECT_TRUE(game.frameRedirected);
+
+    game.eglSwapBuffers(display, surface);
+    const std::string frame = driver.takeCalls();
+    const size_t blit = frame.find("glViewport(0, 0, 1000, 500)\nglScissor(0, 0, 1000, 500)\n");
+    const size_t swap = frame.find("eglSwapBuffers(0x10, 0x20)\n" + begin);
+    EXPECT_LT(blit, frame.find("glDrawArrays(6, 0, 4)\n"));
+    EXPECT_LT(frame.find("glDrawArrays(6, 0, 4)\n"), swap);
+    EXPECT_EQ(frame.size(), swap + strlen("eglSwapBuffers(0x10, 0x20)\n") + begin.size());
+
+    // Not redirected at the swap: nothing to present.
+    game.glBindFramebuffer(GL_FRAMEBUFFER, 90);
+    driver.takeCalls();
+    game.eglSwapBuffers(display, surface);
+    EXPECT_EQ(driver.takeCalls(), "eglSwapBuffers(0x10, 0x20)\n" + begin);
+}
+
+TEST_F(Sgame, SwitchedOffTheWindowComesBackAtFullSize) {
+    setParameters(1, 50, 100);
+    game.eglSwapBuffers(display, surface);
+    game.eglSwapBuffers(display, surface);
+    setParameters(0, 50, 100);
+    driver.takeCalls();
+    game.eglSwapBuffers(display, surface);
+    const std::string calls = driver.takeCalls();
+    const size_t swap = calls.find("eglSwapBuffers(");
+    EXPECT_LT(calls.find("glDrawArrays(6, 0, 4)\n"), swap) << "the last frame is presented";
+    EXPECT_EQ(calls.substr(swap),
+              "eglSwapBuffers(0x10, 0x20)\n"
+              "glDeleteFramebuffers(1, [1])\nglDeleteTextures(1, [2])\n"
+              "glDeleteRenderbuffers(1, [3])\n"
+              "glGetShaderiv(4, GL_DELETE_STATUS, ptr)\nglGetShaderiv(4, GL_COMPILE_STATUS, ptr)\n"
+              "glDeleteShader(4)\nglDeleteShader(5)\nglDeleteProgram(6)\n"
+              "glDeleteBuffers(1, [7])\n"
+              "glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0)\n"
+              "glViewport(0, 0, 1000, 500)\nglScissor(0, 0, 1000, 500)\n");
+    EXPECT_TRUE(game.resourcesReleased);
+    EXPECT_FALSE(game.frameRedirected);
+    game.eglSwapBuffers(display, surface);
+    EXPECT_EQ(driver.takeCalls(), "eglSwapBuffers(0x10, 0x20)\n");
+}
+
+TEST_F(Sgame, AnIncompleteTargetGivesTheWindowBack) {
+    driver.framebufferStatus = 0x8cd6;
+    makeHdrTarget();
+    game.enabled = true;
+    driver.takeCalls();
+    host::takeLog();
+    game.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+    const std::string calls = driver.takeCalls();
+    const std::string end =
+        "glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0)\n"
+        "glDeleteFramebuffers(1, [4])\nglDeleteTextures(1, [5])\nglDeleteRenderbuffers(1, [6])\n"
+        "glDeleteTextures(1, [3])\nglDeleteRenderbuffers(1, [3])\n"
+        "glDeleteTextures(1, [2])\nglDeleteFramebuffers(1, [1])\n";
+    EXPECT_EQ(calls.substr(calls.size() - end.size()), end) << calls;
+    EXPECT_TRUE(host::logHolds(
+        "E EGL_HOOK [GameImpl/sgame/SGAMEImpl][242][renderTextureToFbo]: glBindFramebuffer 0"));
+    EXPECT_TRUE(game.resourcesReleased && game.hdrReleased);
+    EXPECT_FALSE(game.frameRedirected);
+}
+
+TEST_F(Sgame, ViewportsAndScissorBoxesAreScaledAlike) {
+    const struct {
+        bool redirected, hdrBound;
+        int hdrHeight;
+        int box[4];
+        int expected[4];
+    } cases[] = {
+        {true, false, 600, {0, 0, 1920, 1080}, {0, 0, 1440, 810}},
+        {true, false, 2000, {0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
+        {true, false, 1920, {0, 0, 1920, 1080}, {0, 0, 1920, 1080}},
+        {true, false, 1919, {1, 3, 1920, 1}, {0, 2, 1440, 0}},
+        {true, true, 600, {10, 20, 1000, 500}, {5, 10, 500, 250}},
+        {false, true, 600, {10, 20, 1000, 500}, {5, 10, 500, 250}},
+        {false, true, 1000, {10, 20, 1000, 500}, {10, 20, 1000, 500}},
+        {false, false, 0, {10, 20, 1000, 500}, {10, 20, 1000, 500}},
+        {true, false, 0, {-3, -5, 2001, 1001}, {-2, -3, 1500, 750}},
+        {true, false, 0, {1, 1, 0, 0}, {1, 1, 0, 0}},
+    };
+    game.fboScale = 0.75f;
+    game.hdrScale = 0.5f;
+    for (const auto& test : cases) {
+        game.frameRedirected = test.redirected;
+        game.hdrBound = test.hdrBound;
+        game.hdrHeight = test.hdrHeight;
+        const auto [x, y, width, height] = test.box;
+        game.glViewport(x, y, width, height);
+        game.glScissor(x, y, width, height);
+        const auto [sx, sy, sw, sh] = test.expected;
+        const test::Argument box[] = {test::Argument(sx), test::Argument(sy), test::Argument(sw),
+                                      test::Argument(sh)};
+        EXPECT_EQ(driver.takeAllCalls(), test::formatCall("glViewport", box, 4) + "\n" +
+                                             test::formatCall("glScissor", box, 4) + "\n");
+    }
+}
+
+TEST_F(Sgame, MakeCurrentDropsTheTargetFirst) {
+    game.renderTextureToFbo(GL_FRAMEBUFFER, 0, false);
+    driver.takeCalls();
+    driver.on(&test::EGL::eglMakeCurrent, [](void*, void*, void*, void*) { return 5u; });
+    void* const context = reinterpret_cast<void*>(0x30);
+    EXPECT_EQ(game.eglMakeCurrent(display, surface, surface, context), 5u);
+    const std::string forwarded = "eglMakeCurrent(0x10, 0x20, 0x20, 0x30)\n";
+    EXPECT_EQ(driver.takeCalls(),
+              "glDeleteFramebuffers(1, [1])\nglDeleteTextures(1, [2])\n"
+              "glDeleteRenderbuffers(1, [3])\n" +
+                  forwarded);
+    game.eglMakeCurrent(display, surface, surface, context);
+    EXPECT_EQ(driver.takeAllCalls(), forwarded);
+}
+
+TEST_F(Sgame, ResetKeepsTheDriversTableAndTheSizes) {
+    makeHdrTarget();
+    game.renderTextureToFbo(GL_FRAMEBUFFER, 0, false);
+    game.hdrEnabled = game.enabled = game.shaderRewriteEnabled = true;
+    game.fboScale = game.hdrScale = 0.1f;
+    const int sizes[] = {game.surfaceWidth, game.surfaceHeight, game.hdrWidth, game.hdrHeight};
+    driver.takeCalls();
+    host::takeLog();
+    game.reset();
+    EXPECT_EQ(driver.takeCalls(),
+              "glDeleteFramebuffers(1, [4])\nglDeleteTextures(1, [5])\n"
+              "glDeleteRenderbuffers(1, [6])\n")
+        << "the HDR target is forgotten, not deleted";
+    EXPECT_EQ(host::takeLog(),
+              "I EGL_HOOK FBOBase.releaseResourcesAll: start release all of the resources\n"
+              "I EGL_HOOK FBOBase.~FboBase: ~FboBase\n"
+              "D EGL_HOOK FBOBase.FboBase: Lumivane version 0.65\n");
+    EXPECT_EQ(game.getGLDriverImpl(), &driver.hooks);
+    EXPECT_GT(sizes[2], 0);
+    EXPECT_TRUE(game.surfaceWidth == sizes[0] && game.surfaceHeight == sizes[1] &&
+                game.hdrWidth == sizes[2] && game.hdrHeight == sizes[3]);
+    EXPECT_FALSE(game.enabled || game.hdrEnabled || game.shaderRewriteEnabled ||
+                 game.frameRedirected || game.hdrBound);
+    EXPECT_TRUE(game.resourcesReleased && game.hdrReleased);
+    EXPECT_EQ(std::make_pair(game.hdrScale, game.fboScale), std::make_pair(0.7f, 0.75f));
+    EXPECT_EQ(game.hdrFbo + game.hdrSourceFbo + game.hdrSourceTexture, 0u);
+    EXPECT_EQ(std::make_pair(game.fboWidth, game.fboHeight), std::make_pair(1716, 772));
+}
+
+namespace {
+
+struct ShaderSource {
+    int count = 0;
+    std::string text;
+    bool hasLength = false;
+    int length = 0;
+};
+
+}  // namespace
+
+TEST_F(Sgame, ShaderPrecisionIsLoweredWhenSwitchedOn) {
+    ShaderSource got;
+    const char* passed = nullptr;
+    driver.on(&test::GL::glShaderSource,
+              [&](GLuint, GLsizei count, const GLchar* const* strings, const GLint* lengths) {
+                  got = {count, strings[0], lengths != nullptr, lengths ? lengths[0] : 0};
+                  passed = strings[0];
+              });
+    const char* const source = "precision highp float;\nprecision highp int;\nhighp vec4 a;";
+    const char* const rewritten = "precision mediump float;\nprecision mediump int;\nhighp vec4 a;";
+    const int length = static_cast<int>(strlen(source));
+    game.glShaderSource(9, 1, &source, &length);
+    EXPECT_EQ(passed, source) << "switched off";
+
+    game.shaderRewriteEnabled = true;
+    const char* const other = "precision mediump float;";
+    game.glShaderSource(9, 1, &other, nullptr);
+    EXPECT_EQ(passed, other);
+    EXPECT_EQ(host::takeLog(), "");
+
+    game.glShaderSource(9, 1, &source, nullptr);
+    EXPECT_EQ(got.text, rewritten);
+    EXPECT_FALSE(got.hasLength);
+    EXPECT_EQ(got.count, 1);
+    std::string text = host::takeLog();
+    EXPECT_NE(text.find("source shader : precision highp float;\\n"), text.npos);
+    EXPECT_NE(text.find(" \\n length=null count =1\n"), text.npos) << text;
+
+    game.glShaderSource(9, 1, &source, &length);
+    EXPECT_EQ(got.text, rewritten);
+    EXPECT_EQ(got.length, length + 2) << "one adjustment, however many replacements";
+    text = host::takeLog();
+    EXPECT_NE(text.find(" \\n length=" + std::to_string(length) + " count =1\n"), text.npos);
+    EXPECT_NE(text.find("customized shader : precision mediump float;"), text.npos) << text;
+}
+
+TEST_F(Sgame, TheRewriteFollowsAPropertyReadForEachNewTarget) {
+    const std::pair<const char*, bool> cases[] = {{"1", true},  {"0", false},    {"1", true},
+                                                  {"2", false}, {"true", false}, {"", false}};
+    for (const auto& [value, on] : cases) {
+        host::properties()["vendor.debug.sgame.mediump"] = value;
+        game.releaseResourcesAll();
+        game.renderTextureToFbo(GL_FRAMEBUFFER, 0, false);
+        EXPECT_EQ(game.shaderRewriteEnabled, on) << value;
+        host::properties()["vendor.debug.sgame.mediump"] = on ? "0" : "1";
+        game.renderTextureToFbo(GL_FRAMEBUFFER, 0, false);
+        EXPECT_EQ(game.shaderRewriteEnabled, on) << "the target exists";
+    }
+}
