@@ -1,0 +1,16 @@
+// libcutils' property_get, over the same in-process properties that libbase's
+// GetProperty answers from on a desktop.
+#include <android-base/properties.h>
+
+#include <algorithm>
+#include <cstring>
+
+#include "platform/properties.h"
+
+extern "C" int property_get(const char* key, char* value, const char* defaultValue) {
+    const std::string text = android::base::GetProperty(key, defaultValue ? defaultValue : "");
+    const size_t length = std::min(text.size(), android::kPropertyValueMax - 1);
+    memcpy(value, text.data(), length);
+    value[length] = '\0';
+    return static_cast<int>(length);
+}

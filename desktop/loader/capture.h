@@ -1,0 +1,13 @@
+// A picture of the window as it is about to be presented.
+#pragma once
+
+#include <string>
+
+namespace rig {
+
+// Reads framebuffer 0 of the current context and writes it as PNG: upright,
+// RGB, of the surface's size. All GL state is as before afterwards. Complains
+// on stderr where it fails.
+void captureWindow(void* display, void* surface, const std::string& file);
+
+}  // namespace rig

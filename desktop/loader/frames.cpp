@@ -1,0 +1,58 @@
+#include "desktop/loader/frames.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+
+#include "desktop/loader/capture.h"
+#include "desktop/loader/loader.h"
+#include "desktop/loader/parameters.h"
+#include "desktop/loader/statistics.h"
+
+namespace rig {
+
+namespace {
+
+std::atomic<int> frame{1};
+
+// Programs may swap on several threads; frames are counted over all of them.
+std::mutex& frameMutex() {
+    static auto* mutex = new std::mutex;
+    return *mutex;
+}
+
+}  // namespace
+
+int currentFrame() { return frame.load(std::memory_order_relaxed); }
+
+void beginFrames() {
+    std::lock_guard<std::mutex> lock(frameMutex());
+    if (frame == 1) statisticsFrameBegins(1);
+}
+
+void beforeSwap(void* display, void* surface) {
+    std::lock_guard<std::mutex> lock(frameMutex());
+    statisticsFrameDrawn(display, surface);
+    for (const Capture& capture : loader().settings.captures)
+        if (capture.frame == frame) captureWindow(display, surface, capture.file);
+    statisticsSwapBegins();
+}
+
+void afterSwap() {
+    std::lock_guard<std::mutex> lock(frameMutex());
+    statisticsFrameEnds();
+    for (const ParameterChange& change : loader().settings.changes)
+        if (change.frame == frame) changeParameter(change.name, change.value);
+    awaitChanges();
+    ++frame;
+    statisticsFrameBegins(frame);
+}
+
+void endAfterLastFrame() {
+    const int last = loader().settings.frames;
+    if (last == 0 || currentFrame() <= last) return;
+    exit(EXIT_SUCCESS);
+}
+
+}  // namespace rig

@@ -1,0 +1,33 @@
+// What the core library (libveskorig) offers to the libraries that programs
+// link: libEGL, libGLESv2 and libGLESv1_CM hold nothing but exported entries.
+#pragma once
+
+#include "platform/gl_slot.h"
+#include "platform/loader_records.h"
+
+#define RIG_EXPORT __attribute__((visibility("default")))
+
+extern "C" {
+
+// The thread-pointer array. Initial-exec: a GL call reads its slot without a
+// call into the dynamic linker.
+extern RIG_EXPORT __thread void* rig_tls_slots[8] __attribute__((tls_model("initial-exec")));
+
+// Entries that do nothing, for threads without a current context.
+extern RIG_EXPORT const android::gl_hooks_t rig_no_context_table;
+
+// The table that serves an application's call of this EGL entry. The first call
+// starts the loader; the process ends with a message where that fails.
+RIG_EXPORT const android::platform_impl_t* rig_egl_table(int entry);
+
+// Around an application's eglMakeCurrent and after its swaps.
+RIG_EXPORT void rig_before_make_current(void* context);
+RIG_EXPORT void rig_after_make_current(void* context);
+RIG_EXPORT void rig_after_swap(void);
+}
+
+inline const android::gl_hooks_t* rigThreadTable() {
+    const void* table = rig_tls_slots[android::TLS_SLOT_OPENGL_API];
+    return table != nullptr ? static_cast<const android::gl_hooks_t*>(table)
+                            : &rig_no_context_table;
+}

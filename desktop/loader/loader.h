@@ -1,0 +1,41 @@
+// The loader's state inside the program: settings, driver, plug-in, tables.
+//
+// It comes into being at the program's first EGL call and lives as long as the
+// process: the plug-in makes GL calls from its own destructors at exit.
+#pragma once
+
+#include "desktop/device/settings.h"
+#include "desktop/loader/driver.h"
+#include "desktop/loader/plugin.h"
+#include "platform/loader_records.h"
+
+namespace rig {
+
+// What is current on the calling thread.
+enum class ContextApi { none, es1, es2, desktop };
+
+struct Loader {
+    Settings settings;
+    Driver driver;
+    // The table for contexts: the driver's, behind statistics and quirks.
+    android::gl_hooks_t contextTable;
+    android::egl_connection_t connection = {};
+    void* ownEgl = nullptr;
+    void* ownGles2 = nullptr;
+    Plugin plugin;
+    // What serves the application's EGL calls.
+    const android::platform_impl_t* applicationTable = nullptr;
+};
+
+Loader& loader();
+
+ContextApi currentApi();
+void setCurrentApi(ContextApi api);
+
+// The loader's own EGL entries, which call the driver: what the plug-in gets.
+android::platform_impl_t driverCallingEntries(const Driver& driver);
+
+// Ends the process with a message.
+[[noreturn]] void giveUp(const char* what);
+
+}  // namespace rig

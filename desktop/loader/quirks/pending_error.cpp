@@ -1,0 +1,32 @@
+// pending-error: after every call glGetError answers GL_INVALID_OPERATION once.
+// Only once, or a caller that drains all errors would never end.
+#include "desktop/loader/quirks/quirks.h"
+#include "platform/gl_constants.h"
+
+namespace rig {
+
+namespace {
+
+QuirkSwitch quirk;
+GLTable next;
+thread_local bool pending;
+
+void onCall() { pending = true; }
+
+GLenum getError() {
+    if (!quirk.on() || !pending) return next.glGetError();
+    pending = false;
+    return GL_INVALID_OPERATION;
+}
+
+}  // namespace
+
+void installPendingError(GLTable& table, int fromFrame) {
+    quirk.from(fromFrame);
+    next = table;
+#define GL_ENTRY(result, name, parameters, arguments) precede<&GLTable::name, onCall>(table);
+#include "platform/gl_entries.in"
+    table.glGetError = getError;
+}
+
+}  // namespace rig

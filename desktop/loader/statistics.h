@@ -1,0 +1,23 @@
+// What the driver was made to do, frame by frame, for --stats FILE.
+//
+// Without the option every function here returns at once and no entry of the
+// driver's table is replaced. The framebuffers are seen at the driver, below
+// the plug-in, with the sizes that the driver answers for their attachments.
+#pragma once
+
+#include "desktop/device/settings.h"
+#include "desktop/loader/driver.h"
+
+namespace rig {
+
+// Puts the counting entries into `table`.
+void startStatistics(const Driver& driver, const Settings& settings, android::gl_hooks_t& table);
+
+// A frame's time runs from its beginning until it is drawn (after a glFinish)
+// and again while it is swapped: captures and waits between are left out.
+void statisticsFrameBegins(int frame);
+void statisticsFrameDrawn(void* display, void* surface);
+void statisticsSwapBegins();
+void statisticsFrameEnds();
+
+}  // namespace rig

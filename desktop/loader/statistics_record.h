@@ -1,0 +1,35 @@
+// One frame of the statistics while it is being recorded.
+#pragma once
+
+#include <array>
+#include <map>
+#include <vector>
+
+namespace rig {
+
+using Box = std::array<int, 4>;
+
+struct FramebufferUse {
+    int width = 0;
+    int height = 0;
+    int draws = 0;
+    int clears = 0;
+    std::vector<Box> viewports;  // each that was in force at a draw, once
+};
+
+struct TextureStorage {
+    int width;
+    int height;
+    unsigned internalFormat;
+    int levels;
+};
+
+struct FrameRecord {
+    int frame = 0;
+    // By name; a framebuffer whose attachments change size within the frame
+    // appears once per size.
+    std::map<unsigned, std::vector<FramebufferUse>> framebuffers;
+    std::vector<TextureStorage> textureStorage;
+};
+
+}  // namespace rig
