@@ -1,0 +1,28 @@
+# 32-bit ARM Linux as a stand-in for a device: the same processor, calling
+# convention and data layout, under emulation. Included by the two toolchain
+# files that name a compiler.
+#
+# The file tree of the target is ARM_ROOT. Its own ABI is the soft-float one, to
+# which softfp code is compatible.
+if(NOT ARM_ROOT)
+    get_filename_component(ARM_ROOT "${CMAKE_CURRENT_LIST_DIR}/../../build/armel-root" ABSOLUTE)
+endif()
+if(NOT EXISTS "${ARM_ROOT}/usr/lib/arm-linux-gnueabi")
+    message(FATAL_ERROR "No ARM file tree in ${ARM_ROOT}: run ./dev arm, or name one with "
+                        "-DARM_ROOT=DIR")
+endif()
+list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ARM_ROOT)
+
+set(CMAKE_SYSTEM_NAME Linux)
+set(CMAKE_SYSTEM_PROCESSOR armv7-a)
+set(CMAKE_SYSROOT "${ARM_ROOT}")
+set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabi)
+set(CMAKE_CXX_FLAGS_INIT "-march=armv7-a -mfloat-abi=softfp -mfpu=neon -mthumb")
+
+set(CMAKE_FIND_ROOT_PATH "${ARM_ROOT}")
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
+
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm-static -L "${ARM_ROOT}")
