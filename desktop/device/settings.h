@@ -40,6 +40,8 @@ struct ParameterChange {
 
 struct Settings {
     bool plugin = true;
+    bool bare = false;         // do not guard the application's program
+    std::string log = "info";  // debug, info, error or none
     std::string game = "none";
     std::string threadName;      // empty: leave thread names alone
     std::string parametersFile;  // see ParameterNode; empty: there is no node

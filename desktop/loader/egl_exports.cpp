@@ -26,18 +26,19 @@ struct Surroundings<kEntry_eglMakeCurrent> {
     }
 };
 
-struct AfterSwap {
+struct AroundSwap {
     template <class Call, class... Arguments>
     static EGLBoolean run(Call call, Arguments...) {
+        const unsigned before = rig_before_swap();
         const EGLBoolean done = call();
-        rig_after_swap();
+        rig_after_swap(before);
         return done;
     }
 };
 template <>
-struct Surroundings<kEntry_eglSwapBuffers> : AfterSwap {};
+struct Surroundings<kEntry_eglSwapBuffers> : AroundSwap {};
 template <>
-struct Surroundings<kEntry_eglSwapBuffersWithDamageKHR> : AfterSwap {};
+struct Surroundings<kEntry_eglSwapBuffersWithDamageKHR> : AroundSwap {};
 
 template <int Entry, class Call, class... Arguments>
 auto surrounded(Call call, Arguments... arguments) {

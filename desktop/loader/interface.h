@@ -20,10 +20,12 @@ extern RIG_EXPORT const android::gl_hooks_t rig_no_context_table;
 // starts the loader; the process ends with a message where that fails.
 RIG_EXPORT const android::platform_impl_t* rig_egl_table(int entry);
 
-// Around an application's eglMakeCurrent and after its swaps.
+// Around an application's eglMakeCurrent and around its swaps.
 RIG_EXPORT void rig_before_make_current(void* context);
 RIG_EXPORT void rig_after_make_current(void* context);
-RIG_EXPORT void rig_after_swap(void);
+// Returns what rig_after_swap wants to have back.
+RIG_EXPORT unsigned rig_before_swap(void);
+RIG_EXPORT void rig_after_swap(unsigned before);
 }
 
 inline const android::gl_hooks_t* rigThreadTable() {

@@ -13,6 +13,7 @@
 #include "desktop/loader/frames.h"
 #include "desktop/loader/interface.h"
 #include "desktop/loader/parameters.h"
+#include "desktop/loader/program_guard.h"
 #include "desktop/loader/quirks/quirks.h"
 #include "desktop/loader/statistics.h"
 
@@ -119,4 +120,9 @@ void rig_after_make_current(void* context) {
     rig::beginFrames();
 }
 
-void rig_after_swap(void) { rig::endAfterLastFrame(); }
+unsigned rig_before_swap(void) { return rig::programInUse(); }
+
+void rig_after_swap(unsigned before) {
+    rig::useProgramAgain(before);
+    rig::endAfterLastFrame();
+}

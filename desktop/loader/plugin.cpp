@@ -1,6 +1,7 @@
 #include "desktop/loader/plugin.h"
 
 #include <android-base/properties.h>
+#include <android/log.h>
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <unistd.h>
@@ -42,6 +43,12 @@ void providePlatform(const std::string& directory, const Settings& settings) {
         android::base::SetProperty(property.name, property.value);
 }
 
+int logPriority(const std::string& level) {
+    if (level == "debug") return ANDROID_LOG_DEBUG;
+    if (level == "error") return ANDROID_LOG_ERROR;
+    return level == "none" ? ANDROID_LOG_SILENT : ANDROID_LOG_INFO;
+}
+
 // The plug-in closes descriptor 0 while it starts: the monitor that never ran
 // closes its zero-filled descriptor. Descriptor 0 is the program's.
 class StandardInputKeeper {
@@ -62,6 +69,7 @@ private:
 
 Plugin openPlugin(const std::string& directory, const Settings& settings) {
     providePlatform(directory, settings);
+    __android_log_set_minimum_priority(logPriority(settings.log));
     void* library = openLibrary(directory + kPluginFile, RTLD_NOW | RTLD_LOCAL);
     Plugin plugin;
     plugin.entryObject = function<decltype(createImplInstance)>(library, "createImplInstance")();

@@ -198,6 +198,8 @@ Plan planFrom(const Given& given) {
     if (given.threadName.size() > kThreadNameMax)
         refuse("--thread-name", "'" + given.threadName + "' is longer than 15 characters");
     settings.plugin = !given.noPlugin;
+    settings.bare = given.bare;
+    settings.log = given.log;
     settings.game = given.game;
     settings.threadName = given.threadName;
     settings.changes = changesFrom(given.at);

@@ -24,7 +24,9 @@ struct Given {
     std::string stats;
     std::vector<std::string> quirks;
     std::string display = "auto";
+    std::string log = "info";
     bool noPlugin = false;
+    bool bare = false;
 };
 
 // Throws CLI::ValidationError that names the option and the remedy.

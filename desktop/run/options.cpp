@@ -2,9 +2,9 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <climits>
 #include <cstdio>
 #include <cstring>
+#include <sstream>
 
 #include "desktop/device/quirk_names.h"
 #include "desktop/run/exit_codes.h"
@@ -14,6 +14,8 @@
 namespace rig {
 
 namespace {
+
+constexpr size_t kHelpTextWidth = 70;
 
 constexpr char kExamples[] = R"(
 Examples:
@@ -34,16 +36,39 @@ cannot be run or found.)";
 
 std::string quirkHelp() {
     std::string help =
-        "Make the driver behave in another way, NAME@FRAME from that frame on; "
+        "Make the driver behave in another way, from FRAME on; "
         "repeatable:";
     for (const QuirkName& quirk : kQuirkNames)
         help += std::string("\n") + quirk.name + ": " + quirk.effect;
     return help;
 }
 
+std::string wrapped(const std::string& line) {
+    std::istringstream words(line);
+    std::string result;
+    size_t column = 0;
+    for (std::string word; words >> word; column += word.size() + 1) {
+        const bool full = column + word.size() > kHelpTextWidth;
+        if (full) column = 0;
+        result += (result.empty() ? "" : full ? "\n" : " ") + word;
+    }
+    return result;
+}
+
 class HelpText : public CLI::Formatter {
 public:
     HelpText() { column_width(28); }
+    // One indented paragraph per line of the description.
+    std::string make_option_desc(const CLI::Option* option) const override {
+        std::istringstream lines(option->get_description());
+        std::string result;
+        for (std::string line; std::getline(lines, line);)
+            result += (result.empty() ? "" : "\n") + wrapped(line);
+        return result;
+    }
+    std::string make_option_opts(const CLI::Option* option) const override {
+        return option->get_type_name().empty() ? "" : " " + option->get_type_name();
+    }
     std::string make_usage(const CLI::App*, std::string name) const override {
         return "Usage: " + name + " [OPTIONS] -- PROGRAM [ARGS...]\n";
     }
@@ -53,52 +78,76 @@ void addPluginOptions(CLI::App& app, Given& given) {
     app.add_option("--game", given.game,
                    "The process name that the plug-in sees: sgame, genshin, pubgmhd, or none for "
                    "the program's own (default sgame)")
+        ->type_name("GAME")
         ->check(CLI::IsMember({"sgame", "genshin", "pubgmhd", "none"}));
     app.add_option("--thread-name", given.threadName,
                    "Name given to a thread that makes a context current; '' gives none (default "
-                   "UnityGfx, the name of sgame's render thread)");
+                   "UnityGfx, the name of sgame's render thread)")
+        ->type_name("NAME");
     app.add_option("--set", given.set,
-                   "NAME=VALUE: a parameter of the kernel node; repeatable (status=7, enable=1, "
+                   "A parameter of the kernel node; repeatable (status=7, enable=1, "
                    "FB0Factor=100 and gameInternalFBOFactor=100 unless given)")
-        ->take_all();
-    app.add_option("--at", given.at,
-                   "FRAME:NAME=VALUE: change a parameter right after that swap; repeatable")
-        ->take_all();
+        ->allow_extra_args(false)
+        ->type_name("NAME=VALUE");
+    app.add_option("--at", given.at, "Change a parameter right after swap FRAME; repeatable")
+        ->allow_extra_args(false)
+        ->type_name("FRAME:NAME=VALUE");
     app.add_option("--config", given.config,
-                   "The device's configuration file /data/system/vkd/qogl (absent by default)");
-    app.add_option("--property", given.properties, "NAME=VALUE: a system property; repeatable")
-        ->take_all();
+                   "The device's configuration file /data/system/vkd/qogl (absent by default)")
+        ->type_name("FILE");
+    app.add_option("--property", given.properties, "A system property; repeatable")
+        ->allow_extra_args(false)
+        ->type_name("NAME=VALUE");
     app.add_option("--service", given.service,
                    "What the game service does: absent, fail, exception, or the number that it "
-                   "answers (default absent)");
+                   "answers (default absent)")
+        ->type_name("ANSWER");
     app.add_flag("--no-plugin", given.noPlugin, "The same loader with the driver alone");
+    app.add_flag("--bare", given.bare,
+                 "Do not put the program's own shader program back into use after a swap; the "
+                 "plug-in's first blit leaves its own, which programs that set theirs only once "
+                 "do not expect");
+    app.add_option("--log", given.log,
+                   "Which of the plug-in's log lines appear on standard error: debug (all), info, "
+                   "error or none (default info)")
+        ->type_name("LEVEL")
+        ->check(CLI::IsMember({"debug", "info", "error", "none"}));
 }
 
 void addRunOptions(CLI::App& app, Given& given) {
     app.add_option("--driver", given.driver,
                    "Mesa's driver: llvmpipe, softpipe, zink (over lavapipe), or system for its "
                    "own choice (default system)")
+        ->type_name("DRIVER")
         ->check(CLI::IsMember({"llvmpipe", "softpipe", "zink", "system"}));
     app.add_option("--display", given.display,
                    "auto: a private Xvfb where neither DISPLAY nor WAYLAND_DISPLAY is set; xvfb: "
                    "always; none: no window system, for programs on pbuffers (default auto)")
+        ->type_name("MODE")
         ->check(CLI::IsMember({"auto", "xvfb", "none"}));
-    app.add_option("--size", given.size, "WIDTHxHEIGHT: the size that every pbuffer gets");
+    app.add_option("--size", given.size, "The size that every pbuffer gets")
+        ->type_name("WIDTHxHEIGHT");
     app.add_option("--capture", given.captures,
-                   "FILE.png: the window as frame 1 presents it, or the frame of the --frame "
+                   "A picture of the window as frame 1 presents it, or the frame of the --frame "
                    "that belongs to it; repeatable")
-        ->take_all();
+        ->allow_extra_args(false)
+        ->type_name("FILE.png");
     app.add_option("--frame", given.captureFrames,
                    "The frame, counted from 1, of the --capture in the same place; repeatable")
-        ->check(CLI::Range(1, INT_MAX))
-        ->take_all();
+        ->type_name("N")
+        ->check(CLI::PositiveNumber)
+        ->allow_extra_args(false);
     app.add_option("--frames", given.frames, "End the program, with exit code 0, after that swap")
-        ->check(CLI::Range(1, INT_MAX));
+        ->type_name("N")
+        ->check(CLI::PositiveNumber);
     app.add_option("--stats", given.stats,
-                   "FILE.json: for each frame its time, the framebuffers drawn to with their "
+                   "For each frame its time, the framebuffers drawn to with their "
                    "sizes, and the parameters in force. The driver finishes each frame before "
-                   "its time is taken (glFinish), so that software drivers are timed honestly");
-    app.add_option("--quirk", given.quirks, quirkHelp())->take_all();
+                   "its time is taken (glFinish), so that software drivers are timed honestly")
+        ->type_name("FILE.json");
+    app.add_option("--quirk", given.quirks, quirkHelp())
+        ->allow_extra_args(false)
+        ->type_name("NAME[@FRAME]");
 }
 
 }  // namespace
