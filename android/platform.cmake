@@ -53,10 +53,11 @@ target_link_libraries(pthread INTERFACE c)
 # What a game loads should be small; nothing here computes for long.
 add_compile_options(
     -nostdinc++ -isystem ${CMAKE_SYSROOT}/usr/include/c++/v1 -D_LIBCPP_ABI_NAMESPACE=__1
-    -fexceptions -Oz -faddrsig)
+    -fexceptions -Oz -fomit-frame-pointer -faddrsig)
 # Relative relocations in the packed form that the platform's linker reads from
 # API 30 on, and everything bound before the library runs.
 add_link_options(
     -Wl,--pack-dyn-relocs=relr -Wl,-z,now -Wl,-z,defs -Wl,-z,noexecstack
     -Wl,--hash-style=gnu -Wl,--build-id -Wl,--icf=safe)
+set(VERSION_SCRIPT ${CMAKE_SOURCE_DIR}/android/libtolvernvesko.map)
 set(CMAKE_SKIP_RPATH ON)
