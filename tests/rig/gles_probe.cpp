@@ -1,0 +1,226 @@
+// A small GLES program for the rig's tests. It draws to a pbuffer that it asks
+// to be 64x48 and prints what it learnt, one "name value" a line.
+//
+// usage: gles_probe [loaded|procs] [es1|desktop] [facts] [frames N] [pause MS]
+//   loaded, procs   take the entries by dlsym, or by eglGetProcAddress alone
+//   es1, desktop    draw with an OpenGL ES 1, or a desktop GL context
+//   facts           print what the driver quirks change, after the first frame
+#define EGL_NO_X11
+#define GL_GLEXT_PROTOTYPES
+#include <EGL/egl.h>
+#include <GLES/gl.h>
+#include <GLES3/gl32.h>
+#include <dlfcn.h>
+#include <sys/prctl.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+bool onlyProcs;
+
+#ifdef PROBE_LINKED
+template <class Function>
+Function* entry(Function* linked, const char*) {
+    return linked;
+}
+#define CALL(name) entry(name, #name)
+#else
+template <class Function>
+Function* entry(const char* name) {
+    static void* const egl = dlopen("libEGL.so.1", RTLD_NOW | RTLD_LOCAL);
+    static void* const gl = dlopen("libGLESv2.so.2", RTLD_NOW | RTLD_LOCAL);
+    using GetProcAddress = void* (*)(const char*);
+    static const auto getProc = reinterpret_cast<GetProcAddress>(dlsym(egl, "eglGetProcAddress"));
+    void* found = onlyProcs ? getProc(name) : dlsym(strncmp(name, "egl", 3) == 0 ? egl : gl, name);
+    if (found == nullptr) {
+        fprintf(stderr, "no %s\n", name);
+        exit(1);
+    }
+    return reinterpret_cast<Function*>(found);
+}
+#define CALL(name) entry<decltype(name)>(#name)
+#endif
+
+constexpr float kTriangle[] = {-0.9f, -0.9f, 0.9f, -0.9f, 0.0f, 0.9f};
+
+EGLDisplay display;
+EGLSurface surface;
+
+void require(bool condition, const char* what) {
+    if (condition) return;
+    fprintf(stderr, "%s failed: 0x%x\n", what, CALL(eglGetError)());
+    exit(1);
+}
+
+void makeContext(bool es1, bool desktop) {
+    display = CALL(eglGetDisplay)(EGL_DEFAULT_DISPLAY);
+    require(CALL(eglInitialize)(display, nullptr, nullptr), "eglInitialize");
+    const EGLint wanted[] = {EGL_SURFACE_TYPE,
+                             EGL_PBUFFER_BIT,
+                             EGL_RENDERABLE_TYPE,
+                             desktop ? EGL_OPENGL_BIT
+                             : es1   ? EGL_OPENGL_ES_BIT
+                                     : EGL_OPENGL_ES3_BIT,
+                             EGL_RED_SIZE,
+                             8,
+                             EGL_ALPHA_SIZE,
+                             8,
+                             EGL_DEPTH_SIZE,
+                             24,
+                             EGL_NONE};
+    if (desktop) require(CALL(eglBindAPI)(EGL_OPENGL_API), "eglBindAPI");
+    EGLConfig config = nullptr;
+    EGLint count = 0;
+    CALL(eglChooseConfig)(display, wanted, &config, 1, &count);
+    require(count == 1, "eglChooseConfig");
+    const EGLint size[] = {EGL_WIDTH, 64, EGL_HEIGHT, 48, EGL_NONE};
+    surface = CALL(eglCreatePbufferSurface)(display, config, size);
+    const EGLint version[] = {EGL_CONTEXT_CLIENT_VERSION, es1 ? 1 : 3, EGL_NONE};
+    EGLContext context =
+        CALL(eglCreateContext)(display, config, EGL_NO_CONTEXT, desktop ? nullptr : version);
+    require(CALL(eglMakeCurrent)(display, surface, surface, context), "eglMakeCurrent");
+}
+
+GLuint shader(GLenum type, const char* text) {
+    const GLuint name = CALL(glCreateShader)(type);
+    CALL(glShaderSource)(name, 1, &text, nullptr);
+    CALL(glCompileShader)(name);
+    return name;
+}
+
+GLuint makeProgram() {
+    const GLuint program = CALL(glCreateProgram)();
+    CALL(glAttachShader)
+    (program, shader(GL_VERTEX_SHADER,
+                     "attribute vec2 p; varying vec2 v;"
+                     "void main() { v = p; gl_Position = vec4(p, 0, 1); }"));
+    CALL(glAttachShader)
+    (program, shader(GL_FRAGMENT_SHADER,
+                     "precision highp float; varying vec2 "
+                     "v; void main() { gl_FragColor = vec4(v * .5 + .5, 1, 1); }"));
+    CALL(glLinkProgram)(program);
+    CALL(glUseProgram)(program);  // once, as some programs do
+    return program;
+}
+
+void drawFrame() {
+    CALL(glBindFramebuffer)(GL_FRAMEBUFFER, 0);
+    CALL(glViewport)(0, 0, 64, 48);
+    CALL(glClearColor)(0.5f, 0, 0, 1);
+    CALL(glClear)(GL_COLOR_BUFFER_BIT);
+    CALL(glBindBuffer)(GL_ARRAY_BUFFER, 0);
+    CALL(glVertexAttribPointer)(0, 2, GL_FLOAT, GL_FALSE, 0, kTriangle);
+    CALL(glEnableVertexAttribArray)(0);
+    CALL(glDrawArrays)(GL_TRIANGLES, 0, 3);
+}
+
+void drawFrameDesktop() {
+    CALL(glDisable)(GL_SCISSOR_TEST);
+    CALL(glClearColor)(0.5f, 0, 0, 1);
+    CALL(glClear)(GL_COLOR_BUFFER_BIT);
+    CALL(glEnable)(GL_SCISSOR_TEST);
+    CALL(glScissor)(10, 10, 31, 17);
+    CALL(glClearColor)(0, 1, 0.5f, 1);
+    CALL(glClear)(GL_COLOR_BUFFER_BIT);
+}
+
+#ifdef PROBE_LINKED
+void drawFrameEs1() {}
+#else
+// The ES 1 entries are in a library of their own.
+template <class Function>
+Function* es1Entry(const char* name) {
+    static void* const gl = dlopen("libGLESv1_CM.so.1", RTLD_NOW | RTLD_LOCAL);
+    return reinterpret_cast<Function*>(dlsym(gl, name));
+}
+#define CALL1(name) es1Entry<decltype(name)>(#name)
+
+void drawFrameEs1() {
+    CALL1(glClearColor)(0.5f, 0, 0, 1);
+    CALL1(glClear)(GL_COLOR_BUFFER_BIT);
+    CALL1(glColor4f)(0, 1, 1, 1);
+    CALL1(glEnableClientState)(GL_VERTEX_ARRAY);
+    CALL1(glVertexPointer)(2, GL_FLOAT, 0, kTriangle);
+    CALL1(glDrawArrays)(GL_TRIANGLES, 0, 3);
+}
+#endif
+
+void printFacts(GLuint program) {
+    GLint value = 0;
+    CALL(glGetError)();
+    CALL(glGetIntegerv)(GL_MAX_TEXTURE_SIZE, &value);
+    const GLenum first = CALL(glGetError)();
+    printf("error 0x%x then 0x%x\n", first, CALL(glGetError)());
+    const GLuint vertexShader = shader(GL_VERTEX_SHADER, "void main() { gl_Position = vec4(0); }");
+    CALL(glGetShaderiv)(vertexShader, GL_COMPILE_STATUS, &value);
+    printf("compiled %d\n", value);
+    CALL(glGetProgramiv)(program, GL_LINK_STATUS, &value);
+    printf("linked %d\n", value);
+    GLuint names[3] = {7, 7, 7};
+    CALL(glGenTextures)(3, names);
+    printf("named %d\n", names[0] != 0 && names[2] != 0);
+    CALL(glGetIntegerv)(GL_NUM_EXTENSIONS, &value);
+    const auto* last = CALL(glGetStringi)(GL_EXTENSIONS, static_cast<GLuint>(value) - 1);
+    const char* all = reinterpret_cast<const char*>(CALL(glGetString)(GL_EXTENSIONS));
+    printf("shading-rate %d %d\n", strstr(all, "GL_QCOM_shading_rate") != nullptr,
+           strcmp(reinterpret_cast<const char*>(last), "GL_QCOM_shading_rate") == 0);
+
+    GLuint framebuffer = 0;
+    GLuint textures[2] = {0, 0};
+    CALL(glGenFramebuffers)(1, &framebuffer);
+    CALL(glGenTextures)(2, textures);
+    CALL(glBindFramebuffer)(GL_FRAMEBUFFER, framebuffer);
+    const GLenum formats[2] = {GL_RGBA8, GL_DEPTH24_STENCIL8};
+    const GLenum points[2] = {GL_COLOR_ATTACHMENT0, GL_DEPTH_STENCIL_ATTACHMENT};
+    for (int i = 0; i < 2; ++i) {
+        CALL(glBindTexture)(GL_TEXTURE_2D, textures[i]);
+        CALL(glTexStorage2D)(GL_TEXTURE_2D, 1, formats[i], 32, 16);
+        CALL(glFramebufferTexture2D)(GL_FRAMEBUFFER, points[i], GL_TEXTURE_2D, textures[i], 0);
+    }
+    CALL(glGetFramebufferAttachmentParameteriv)
+    (GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_FRAMEBUFFER_ATTACHMENT_BLUE_SIZE, &value);
+    printf("complete %d\n",
+           CALL(glCheckFramebufferStatus)(GL_FRAMEBUFFER) == GL_FRAMEBUFFER_COMPLETE);
+    printf("depth-blue %d\n", value);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    bool es1 = false;
+    bool desktop = false;
+    bool facts = false;
+    int frames = 3;
+    int pause = 0;
+    for (int i = 1; i < argc; ++i) {
+        onlyProcs = onlyProcs || strcmp(argv[i], "procs") == 0;
+        es1 = es1 || strcmp(argv[i], "es1") == 0;
+        desktop = desktop || strcmp(argv[i], "desktop") == 0;
+        facts = facts || strcmp(argv[i], "facts") == 0;
+        if (strcmp(argv[i], "frames") == 0) frames = atoi(argv[i + 1]);
+        if (strcmp(argv[i], "pause") == 0) pause = atoi(argv[i + 1]);
+    }
+    makeContext(es1, desktop);
+    char threadName[16] = {};
+    prctl(PR_GET_NAME, threadName);
+    printf("process %s\nthread %s\n", argv[0], threadName);
+    const GLuint program = es1 || desktop ? 0 : makeProgram();
+    for (int frame = 1; frame <= frames; ++frame) {
+        if (es1)
+            drawFrameEs1();
+        else if (desktop)
+            drawFrameDesktop();
+        else
+            drawFrame();
+        require(CALL(eglSwapBuffers)(display, surface), "eglSwapBuffers");
+        if (facts && frame == 1) printFacts(program);
+        printf("frame %d\n", frame);
+        fflush(stdout);
+        usleep(static_cast<useconds_t>(pause) * 1000);
+    }
+    return 0;
+}

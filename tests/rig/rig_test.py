@@ -1,0 +1,236 @@
+"""The rig from outside: a small GLES program under the launcher.
+
+usage: rig_test.py VESKO_RUN DIRECTORY_OF_THE_PROBES
+"""
+import json
+import os
+import signal
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+RUN = PROBES = None
+NOT_POSSIBLE = 77
+
+
+def probe(kind):
+    """The command of the probe that is linked, or that opens the libraries."""
+    if kind == "linked":
+        return [os.path.join(PROBES, "rig-probe-linked")]
+    return [os.path.join(PROBES, "rig-probe-loaded"), kind]
+
+
+class Rig(unittest.TestCase):
+    def setUp(self):
+        directory = tempfile.TemporaryDirectory()
+        self.addCleanup(directory.cleanup)
+        self.directory = directory.name
+
+    def path(self, name):
+        return os.path.join(self.directory, name)
+
+    def start(self, *arguments, display="none", **more):
+        environment = {k: v for k, v in os.environ.items()
+                       if k not in ("DISPLAY", "WAYLAND_DISPLAY")}
+        return subprocess.Popen([RUN, "--driver", "llvmpipe", "--display", display, *arguments],
+                                stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+                                stderr=subprocess.PIPE, text=True, env=environment, **more)
+
+    def run_rig(self, *arguments, code=0, display="none", lines=""):
+        process = self.start(*arguments, display=display)
+        out, err = process.communicate(lines, timeout=60)
+        self.assertEqual(process.returncode, code, err)
+        return out, err
+
+    def stats(self, *arguments, **more):
+        file = self.path("stats.json")
+        self.run_rig("--stats", file, *arguments, **more)
+        with open(file) as stream:
+            return json.load(stream)["frames"]
+
+    def picture(self, *arguments, frame=3):
+        file = self.path("picture.png")
+        self.run_rig("--capture", file, "--frame", str(frame), *arguments)
+        with open(file, "rb") as stream:
+            return stream.read()
+
+    @staticmethod
+    def size(png):
+        return struct.unpack(">II", png[16:24])
+
+
+def drawn(frame):
+    """The sizes of the framebuffers that a frame's draws went to, the window aside."""
+    return sorted((use["width"], use["height"]) for use in frame["framebuffers"]
+                  if use["name"] != 0 and use["draws"] > 0)
+
+
+class SamePicture(Rig):
+    def test_all_ways_of_linking_and_no_game_give_the_drivers_picture(self):
+        native = self.picture("--no-plugin", "--", *probe("linked"))
+        self.assertGreater(len(native), 200)  # a blank one is far smaller
+        for kind in ("linked", "loaded", "procs"):
+            for option in (["--no-plugin"], ["--game", "none"], ["--game", "pubgmhd"], []):
+                self.assertEqual(self.picture(*option, "--", *probe(kind)), native, (kind, option))
+        half = self.picture("--set", "FB0Factor=50", "--", *probe("linked"))
+        self.assertEqual(self.size(half), (64, 48))
+        self.assertNotEqual(half, native)
+
+    def test_contexts_of_other_apis_keep_the_drivers_table(self):
+        for command in (["--", *probe("loaded"), "es1"], ["--", *probe("procs"), "desktop"]):
+            native = self.picture("--no-plugin", *command)
+            self.assertGreater(len(native), 120)
+            self.assertEqual(self.picture("--set", "FB0Factor=50", *command), native, command)
+
+
+class Scaling(Rig):
+    def test_factors_are_in_force_from_the_first_swap_and_change_on_time(self):
+        frames = self.stats("--set", "FB0Factor=50", "--at", "3:FB0Factor=75", "--at", "5:enable=0",
+                            "--frames", "6", "--", *probe("linked"), "frames", "1000")
+        self.assertEqual([drawn(frame) for frame in frames],
+                         [[], [(32, 24)], [(32, 24)], [(48, 36)], [(48, 36)], []])
+        self.assertEqual([frame["FB0Factor"] for frame in frames], [50, 50, 50, 75, 75, 75])
+        self.assertEqual([frame["internalEnable"] for frame in frames], [1, 1, 1, 1, 1, 0])
+
+    def test_size_option_resizes_pbuffers(self):
+        frames = self.stats("--size", "128x96", "--set", "FB0Factor=50", "--", *probe("procs"))
+        self.assertEqual(frames[1]["window"], {"width": 128, "height": 96})
+        self.assertEqual(drawn(frames[1]), [(64, 48)])
+
+    def test_values_beyond_one_text_of_the_node_all_arrive(self):
+        names = ["name", "picture", "resolution", "gameVersion"]
+        values = [f"--set={name}={1234567 + i}" for i, name in enumerate(names)]
+        _, err = self.run_rig("--log", "debug", *values, "--", *probe("linked"))
+        for i, name in enumerate(names):
+            self.assertIn(f"name:{name},value:{1234567 + i} ", err)
+
+    def test_lines_on_standard_input_change_the_factor_live(self):
+        file = self.path("live.json")
+        process = self.start("--stats", file, "--", *probe("linked"), "frames", "60", "pause", "20")
+        for line in process.stdout:
+            if line == "frame 5\n":
+                break
+        process.stdin.write("nonsense\nFB0Factor=fifty\nother=1\nFB0Factor=50\n")
+        process.stdin.flush()
+        _, err = process.communicate(timeout=60)
+        self.assertEqual(process.returncode, 0, err)
+        for complaint in ("'nonsense' has no '='", "'FB0Factor=fifty' is not a whole number",
+                          "no parameter 'other'"):
+            self.assertIn(complaint, err)
+        with open(file) as stream:
+            frames = json.load(stream)["frames"]
+        self.assertEqual(drawn(frames[3]), [])
+        self.assertEqual(drawn(frames[-1]), [(32, 24)])
+
+
+class Device(Rig):
+    def test_configuration_file_and_service_answers_reach_the_plugin(self):
+        config = self.path("qogl")
+        with open(config, "w") as stream:
+            stream.write("yuanshen 1280 576 0\n")
+        given = "set targetTexWidth 1280 targetTexHeight:576"
+        defaults = "set targetTexWidth 1440 targetTexHeight:648"
+        for service, asked, expected in (("absent", 0, given), ("5", 5, given),
+                                         ("exception", 0, given), ("fail", None, None)):
+            _, err = self.run_rig("--game", "genshin", "--config", config, "--service", service,
+                                  "--property", "vendor.qogl.debug=true", "--log", "debug",
+                                  "--", *probe("linked"))
+            if expected is None:
+                self.assertIn("getGameConfig Failed", err)
+                self.assertNotIn("set targetTexWidth", err)
+            else:
+                self.assertIn(f"initGameModify, game: {asked}\n", err)
+                self.assertIn(expected, err)
+        _, err = self.run_rig("--game", "genshin", "--", *probe("linked"))
+        self.assertIn(defaults, err)
+
+    def test_names_input_and_the_host(self):
+        with open("/proc/sys/kernel/domainname") as stream:
+            before = stream.read()
+        out, _ = self.run_rig("--game", "pubgmhd", "--thread-name", "Other", "--",
+                              *probe("linked"))
+        self.assertIn("process com.tencent.tmgp.pubgmhd\nthread Other\n", out)
+        script = ("read x && echo input; test -t 0 || readlink /proc/self/fd/0;"
+                  "cat /sys/class/gpu_vesko/vesko/game_parameters; test -e /data/system/vkd/qogl")
+        out, _ = self.run_rig("--", "sh", "-c", script, lines="FB0Factor=60\n", code=1)
+        self.assertEqual(out.split()[0], "/dev/null")
+        self.assertRegex(out, r"status:7#enable:1#FB0Factor:(60|100)#gameInternalFBOFactor:100#")
+        with open("/proc/sys/kernel/domainname") as stream:
+            self.assertEqual(stream.read(), before)
+        self.assertFalse(os.path.exists("/.vesko-rig"))
+
+    def test_quirks(self):
+        def facts(*arguments):
+            out, _ = self.run_rig("--no-plugin", *arguments, "--", *probe("linked"), "facts",
+                                  "frames", "1")
+            return set(out.splitlines())
+
+        normal = facts()
+        for quirk, line in (("attachment-sizes", "depth-blue 8"),
+                            ("shading-rate", "shading-rate 1 1"),
+                            ("incomplete-framebuffer", "complete 0"), ("shader-compile", "compiled 0"),
+                            ("program-link", "linked 0"), ("no-names", "named 0"),
+                            ("pending-error", "error 0x502 then 0x0")):
+            self.assertNotIn(line, normal)
+            self.assertIn(line, facts("--quirk", quirk + "@2"), quirk)
+            self.assertEqual(facts("--quirk", quirk + "@3"), normal, quirk)
+
+
+class Launcher(Rig):
+    def test_exit_codes(self):
+        for command, code in ((["sh", "-c", "exit 7"], 7), (["sh", "-c", "kill -9 $$"], 137),
+                              (["no-such-program"], 127), (["/etc/passwd"], 126)):
+            self.run_rig("--", *command, code=code)
+
+    def test_bad_options_are_refused_by_name(self):
+        for arguments in (["--set", "FB0Factor"], ["--set", "FB0Factor=x"], ["--set", "FB0Factor=0"],
+                          ["--set", "enable=99999999999"], ["--at", "3"], ["--at", "0:enable=1"],
+                          ["--size", "3"], ["--size", "0x4"], ["--quirk", "odd"],
+                          ["--quirk", "no-names@x"], ["--driver", "odd"], ["--game", "odd"],
+                          ["--config", "/no/such/file"], ["--config", "/"], ["--service", "odd"],
+                          ["--property", "odd"], ["--frames", "0"], ["--frame", "2"],
+                          ["--capture", "/no/such/directory/a.png"], ["--odd"]):
+            _, err = self.run_rig(*arguments, "--", "true", code=2)
+            self.assertIn(arguments[0], err)
+        _, err = self.run_rig(code=2)
+        self.assertIn("after --", err)
+
+    def test_signals_are_passed_on_and_nothing_stays_behind(self):
+        script = "trap 'exit 9' TERM; echo $DISPLAY; while :; do sleep 0.05; done"
+        process = self.start("--", "sh", "-c", script, display="auto")
+        display = process.stdout.readline().strip()
+        self.assertTrue(display.startswith(":"))
+        socket = "/tmp/.X11-unix/X" + display[1:]
+        self.assertTrue(os.path.exists(socket))
+        process.send_signal(signal.SIGTERM)
+        self.assertEqual(process.wait(timeout=10), 9)
+        self.assertFalse(os.path.exists(socket))
+        process.communicate()
+
+        process = self.start("--", "sh", "-c", script, display="auto")
+        socket = "/tmp/.X11-unix/X" + process.stdout.readline().strip()[1:]
+        process.kill()
+        process.communicate()
+        for _ in range(100):
+            if not os.path.exists(socket):
+                return
+            time.sleep(0.05)
+        self.fail("the private display outlives a killed launcher")
+
+
+def main():
+    global RUN, PROBES
+    RUN, PROBES = sys.argv[1:3]
+    tried = subprocess.run([RUN, "--display", "none", "--", "true"], stdin=subprocess.DEVNULL,
+                           capture_output=True, text=True)
+    if tried.returncode == 3:
+        print("skipped, since the rig cannot run here:", tried.stderr)
+        sys.exit(NOT_POSSIBLE)
+    unittest.main(argv=sys.argv[:1] + sys.argv[3:])
+
+
+if __name__ == "__main__":
+    main()
