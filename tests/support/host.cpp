@@ -66,13 +66,19 @@ std::map<std::string, std::string>& properties() {
 
 namespace {
 
-constexpr size_t kReserved = 200;
-char* processName = nullptr;
-
 std::string property(const std::string& key, const std::string& defaultValue) {
     const auto found = properties().find(key);
     return found == properties().end() ? defaultValue : found->second;
 }
+
+}  // namespace
+
+#if !defined(__arm__)  // see tests/arm
+
+namespace {
+
+constexpr size_t kReserved = 200;
+char* processName = nullptr;
 
 }  // namespace
 
@@ -94,6 +100,8 @@ void setProcessName(const std::string& name) {
     memcpy(processName, name.data(), name.size());
 }
 
+#endif
+
 }  // namespace host
 
 extern "C" int __android_log_print(int priority, const char* tag, const char* format, ...) {
@@ -113,10 +121,12 @@ extern "C" int property_get(const char* key, char* value, const char* defaultVal
                     host::property(key, defaultValue).c_str());
 }
 
+#if !defined(__arm__)
 extern "C" void** platform_tls_slots(void) {
     thread_local void* slots[8] = {};
     return slots;
 }
+#endif
 
 namespace android::base {
 
