@@ -8,7 +8,7 @@ LOWERED_TO = (1080, 486)
 # What the contact sheet enlarges: centres, in parts of the picture. In the
 # arena a fighter's name and bar, and the fine text at the bottom; of the
 # internal sizes the middles of the first two columns.
-ARENA_PLACES = ((0.5, 0.625), (0.42, 0.955))
+ARENA_PLACES = ((0.49, 0.605), (0.42, 0.955))
 SIZES_PLACES = ((0.18, 0.55), (0.5, 0.55))
 
 
@@ -61,16 +61,6 @@ def baseline(size, driver, frames):
                ["--size", size, "--period", str(frames)], [case])
 
 
-def _switch(after, *, window, game):
-    """Node changes after the swap `after`.
-
-    A target keeps its size until scaling has been off for a frame, so each new
-    factor comes with one frame off.
-    """
-    return ["--at", f"{after}:enable=0", "--at", f"{after + 1}:FB0Factor={window}",
-            "--at", f"{after + 1}:gameInternalFBOFactor={game}", "--at", f"{after + 1}:enable=1"]
-
-
 def live(size, driver, frames):
     """SGAME in one process whose factors change through the kernel node."""
     steps = ((100, 100, "sgame-100", "FB0Factor 100"), (90, 100, "sgame-90", "FB0Factor 90"),
@@ -83,7 +73,8 @@ def live(size, driver, frames):
     for index, (window, game, slug, title) in enumerate(steps):
         last = index * frames
         if index > 0:
-            options += _switch(last, window=window, game=game)
+            options += ["--at", f"{last}:FB0Factor={window}",
+                        "--at", f"{last}:gameInternalFBOFactor={game}"]
         cases.append(Case(slug, title, last + 1, last + frames, "native",
                           identical=window == 100, window_factor=window, game_factor=game))
     last = len(steps) * frames

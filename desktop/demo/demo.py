@@ -49,10 +49,10 @@ def window_size(text):
     match = re.fullmatch(r"(\d{3,4})x(\d{3,4})", text)
     if match:
         width, height = int(match[1]), int(match[2])
-        if 320 <= width <= 4096 and 180 <= height < width:
+        if 640 <= width <= 4096 and 360 <= height < width:
             return f"{width}x{height}"
     raise argparse.ArgumentTypeError(
-        f"'{text}' is no size for the demo: a landscape WIDTHxHEIGHT from 320x180 to 4096 wide")
+        f"'{text}' is no size for the demo: a landscape WIDTHxHEIGHT from 640x360 to 4096 wide")
 
 
 def frame_count(text):

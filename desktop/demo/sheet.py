@@ -30,7 +30,7 @@ def draw(entries, path):
     """entries: (title, note, picture file, two places to enlarge), in order."""
     with Image.open(entries[0][2]) as first:
         whole = (CELL, CELL * first.height // first.width)
-    zoom = ((CELL - 6) // 2, CELL // 3)
+    zoom = ((CELL - 6) // 2, CELL * 2 // 5)
     pitch_y = LABEL + whole[1] + 6 + zoom[1] + GAP
     rows = -(-len(entries) // COLUMNS)
     sheet = Image.new("RGB", (GAP + COLUMNS * (CELL + GAP), GAP + rows * pitch_y), BACK)
