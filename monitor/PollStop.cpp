@@ -1,5 +1,6 @@
 #include "monitor/PollStop.h"
 
+#include <fcntl.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -14,10 +15,20 @@ namespace {
 std::mutex registryLock;
 PollStop* registry = nullptr;
 
+// Never descriptor 0: that one is closed by every reset of a monitor that never
+// started, and then nothing could wake the thread any more.
+int openWakeDescriptor() {
+    const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+    if (descriptor != 0) return descriptor;
+    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, 1);
+    close(descriptor);
+    return moved;
+}
+
 }  // namespace
 
 PollStop::PollStop(const void* owner)
-    : monitor(owner), process(getpid()), wakeFd(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+    : monitor(owner), process(getpid()), wakeFd(openWakeDescriptor()) {
     sem_init(&ended, 0, 0);
 }
 
