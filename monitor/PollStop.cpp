@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdint>
+#include <ctime>
 #include <mutex>
 
 namespace android {
@@ -15,12 +16,14 @@ namespace {
 std::mutex registryLock;
 PollStop* registry = nullptr;
 
+constexpr int kPatienceSeconds = 2;
+
 // Never descriptor 0: that one is closed by every reset of a monitor that never
 // started, and then nothing could wake the thread any more.
 int openWakeDescriptor() {
     const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
     if (descriptor != 0) return descriptor;
-    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, 1);
+    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     close(descriptor);
     return moved;
 }
@@ -94,18 +97,25 @@ void PollStop::end(const void* monitor, pthread_t thread) {
         stop->stopRequested = true;
         stop->signal();
     }
-    stop->waitUntilEnded(thread);
-    delete stop;
+    if (stop->waitUntilEnded(thread)) delete stop;
 }
 
-void PollStop::waitUntilEnded(pthread_t thread) {
-    if (process != getpid() || pthread_equal(self, pthread_self())) return;
-    while (sem_wait(&ended) != 0 && errno == EINTR) {
+// False where the thread may still refer to this object. The process must not
+// hang while it leaves, not even if the application closed the wake descriptor.
+bool PollStop::waitUntilEnded(pthread_t thread) {
+    if (process != getpid()) return true;
+    if (pthread_equal(self, pthread_self())) return false;
+    timespec deadline = {};
+    clock_gettime(CLOCK_REALTIME, &deadline);
+    deadline.tv_sec += kPatienceSeconds;
+    while (sem_timedwait(&ended, &deadline) != 0) {
+        if (errno != EINTR) return false;
     }
     { std::lock_guard<std::mutex> untilPosted(registryLock); }
     // Its last instructions are this library's code, which may be about to be
     // unloaded. Only the thread that start() created is ours to join.
     if (pthread_equal(self, thread)) pthread_join(thread, nullptr);
+    return true;
 }
 
 PollStop::Running::Running(const void* monitor) {

@@ -54,7 +54,7 @@ private:
     ~PollStop();
     static PollStop** find(const void* monitor);
     void signal() const;
-    void waitUntilEnded(pthread_t thread);
+    bool waitUntilEnded(pthread_t thread);
 
     const void* const monitor;
     const pid_t process;
