@@ -10,7 +10,10 @@ namespace {
 // No value below 0x0b00 is here, and none that a test uses as a size.
 #define NAMED(constant) \
     { constant, #constant }
-const std::map<uint64_t, const char*> kConstants = {
+constexpr struct {
+    uint64_t value;
+    const char* name;
+} kConstants[] = {
     NAMED(GL_ACTIVE_TEXTURE),
     NAMED(GL_ARRAY_BUFFER),
     NAMED(GL_BLEND),
@@ -77,9 +80,10 @@ std::string print(const char* format, uint64_t value) {
 }
 
 std::string formatInteger(const Argument& argument) {
-    const auto found = kConstants.find(argument.bits);
     const bool maybeSize = argument.kind == Argument::Signed && argument.bits <= kLargestSize;
-    if (found != kConstants.end() && !maybeSize) return found->second;
+    for (const auto& constant : kConstants) {
+        if (constant.value == argument.bits && !maybeSize) return constant.name;
+    }
     if (argument.kind == Argument::Signed) return print("%" PRId64, argument.bits);
     return print(argument.bits < 0x1000 ? "%" PRIu64 : "0x%" PRIx64, argument.bits);
 }

@@ -1,0 +1,109 @@
+// A game-like program that leaves while it is still drawing: a bound SGAME
+// thread with a scaled target and a started monitor, a second thread that never
+// stops making calls, and a last frame from an exit handler that runs after the
+// library's own.
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <thread>
+
+#include "GameImpl/sgame/SGAMEImpl.h"
+#include "hook/ContextManager.h"
+#include "hook/GPUVeskoMode.h"
+#include "monitor/GameInfo.h"
+#include "platform/gl_slot.h"
+#include "support/host.h"
+#include "support/recording_driver.h"
+
+using namespace android;
+
+namespace {
+
+constexpr int kExitCode = 23;
+constexpr int kTooEarly = 24;
+constexpr int kSilent = 25;
+
+test::RecordingDriver& driver() {
+    static auto* const instance = new test::RecordingDriver;
+    return *instance;
+}
+
+platform_impl_t* egl;
+
+const gl_hooks_t::gl_t& gl() {
+    return static_cast<const gl_hooks_t*>(threadPointerArray()[TLS_SLOT_OPENGL_API])->gl;
+}
+
+void drawFrame() {
+    gl().glBindFramebuffer(GL_FRAMEBUFFER, 0);
+    gl().glViewport(0, 0, 1000, 500);
+    gl().glDrawArrays(GL_TRIANGLES, 0, 3);
+    egl->eglSwapBuffers(nullptr, nullptr);
+}
+
+void makeCurrent() {
+    egl->eglMakeCurrent(nullptr, nullptr, nullptr, nullptr);
+    createImplInstance()->setGLHooksThreadSpecific(&driver().hooks, 1);
+}
+
+// Registered before any library is initialised, by the preinit array, and with
+// on_exit, which unlike atexit does not tie the handler to this program's own
+// destructors: so it runs after those of the library.
+void lastFrame(int, void*) {
+    // From the destructors of the contexts.
+    if (!host::logHolds("D EGL_MONITOR end MonitorThread")) _exit(kTooEarly);
+    driver().recording = true;
+    driver().takeCalls();
+    drawFrame();
+    makeCurrent();
+    const std::string calls = driver().takeCalls();
+    const bool drawn = calls.find("glDrawArrays(") != std::string::npos &&
+                       calls.find("eglSwapBuffers(") != std::string::npos &&
+                       calls.find("eglMakeCurrent(") != std::string::npos;
+    if (!drawn) _exit(kSilent);
+}
+
+void registerLastFrame(int, char**, char**) { on_exit(lastFrame, nullptr); }
+__attribute__((section(".preinit_array"), used)) void (*const preinit)(int, char**,
+                                                                       char**) = registerLastFrame;
+
+int run() {
+    host::setProcessName("com.tencent.tmgp.sgame");
+    pthread_setname_np(pthread_self(), "UnityGfx");
+    QoGPUVeskoModeImpl* const entry = createImplInstance();
+    driver().surfaceWidth = 1000;
+    driver().surfaceHeight = 500;
+    entry->init(&driver().connection);
+    egl = entry->getEGLPlatformHooks(&driver().connection.platform);
+    makeCurrent();
+    if (ContextManager::getCurrentContext() != &ContextManager::sgameContext) return 1;
+    if (!ContextManager::sgameContext.monitor.started) return 2;
+
+    // The monitor's thread may still be giving the parameters their defaults.
+    for (int i = 0; driver().takeCalls().find("glViewport(0, 0, 500, 250)") == std::string::npos;
+         ++i) {
+        if (i == 1000) return 3;
+        gameInfo["FB0Factor"] = 50;
+        gameInfo["gameInternalFBOFactor"] = 100;
+        gameInfo["internalEnable"] = 1;
+        drawFrame();
+    }
+    drawFrame();
+    driver().recording = false;
+
+    std::thread([] {
+        makeCurrent();
+        for (;;) drawFrame();
+    }).detach();
+    usleep(20000);
+    host::takeLog();
+    return kExitCode;
+}
+
+}  // namespace
+
+int main(int, char** argv) {
+    host::reserveProcessName(argv);
+    return run();
+}
