@@ -151,7 +151,6 @@ void drawFrameEs1() {
 
 void printFacts(GLuint program) {
     GLint value = 0;
-    CALL(glGetError)();
     CALL(glGetIntegerv)(GL_MAX_TEXTURE_SIZE, &value);
     const GLenum first = CALL(glGetError)();
     printf("error 0x%x then 0x%x\n", first, CALL(glGetError)());

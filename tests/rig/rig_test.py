@@ -162,13 +162,16 @@ class Device(Rig):
             self.assertEqual(stream.read(), before)
         self.assertFalse(os.path.exists("/.vesko-rig"))
 
-    def test_quirks(self):
+    def test_quirks_change_what_they_name_and_watching_changes_nothing(self):
         def facts(*arguments):
             out, _ = self.run_rig("--no-plugin", *arguments, "--", *probe("linked"), "facts",
                                   "frames", "1")
             return set(out.splitlines())
 
         normal = facts()
+        watched = facts("--stats", self.path("s.json"), "--capture", self.path("c.png"))
+        self.assertEqual(watched, normal)
+        self.assertIn("error 0x0 then 0x0", watched)
         for quirk, line in (("attachment-sizes", "depth-blue 8"),
                             ("shading-rate", "shading-rate 1 1"),
                             ("incomplete-framebuffer", "complete 0"), ("shader-compile", "compiled 0"),
