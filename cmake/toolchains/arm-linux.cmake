@@ -25,4 +25,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm-static -L "${ARM_ROOT}")
+# The graphics drivers are named because emulated programs may not be able to list
+# folders: the host's file offsets do not fit into 32 bits.
+file(GLOB vulkan_driver "${ARM_ROOT}/usr/share/vulkan/icd.d/lvp_icd.*.json")
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm-static -L "${ARM_ROOT}"
+    -E "VK_ICD_FILENAMES=${vulkan_driver}"
+    -E "__EGL_VENDOR_LIBRARY_FILENAMES=${ARM_ROOT}/usr/share/glvnd/egl_vendor.d/50_mesa.json")
