@@ -43,7 +43,7 @@ void handleSignals() {
     execvp(argv[0], argv.data());
     fprintf(stderr, "vesko-run: cannot run bwrap: %s; install the package bubblewrap\n",
             strerror(errno));
-    _exit(kExitDevice);
+    _exit(kExitNotFound);
 }
 
 std::string ownPath() {
@@ -96,6 +96,7 @@ int launch(const Plan& plan) {
     supervisor = readSupervisor(report[0]);
     const int exitCode = waitFor(child);
     if (supervisor > 0) return exitCode;
+    if (exitCode == kExitNotFound) return kExitDevice;  // there is no bwrap
     fprintf(stderr,
             "vesko-run: the private namespaces could not be made (bubblewrap says why above). Run "
             "it as root, or let users make namespaces: sysctl kernel.unprivileged_userns_clone=1; "
