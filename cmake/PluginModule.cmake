@@ -6,3 +6,8 @@ function(plugin_module name)
         -ffunction-sections -fdata-sections)
     target_include_directories(${name} SYSTEM PRIVATE ${ANDROID_INCLUDE_DIR})
 endfunction()
+
+# Not linked: it holds static assertions only.
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
+    plugin_module(arm_layout ${CMAKE_SOURCE_DIR}/arm/layout.cpp)
+endif()
