@@ -79,6 +79,8 @@ int run() {
     makeCurrent();
     if (ContextManager::getCurrentContext() != &ContextManager::sgameContext) return 1;
     if (!ContextManager::sgameContext.monitor.started) return 2;
+    const bool hasNode = ContextManager::sgameContext.monitor.pollRecord.fd >= 0;
+    if (hasNode && !host::waitForLog("D EGL_MONITOR ready to poll data")) return 4;
 
     // The monitor's thread may still be giving the parameters their defaults.
     for (int i = 0; driver().takeCalls().find("glViewport(0, 0, 500, 250)") == std::string::npos;

@@ -1,9 +1,10 @@
-// Leaving the process: see exit_probe.cpp.
+// Leaving the process: see exit_probe.cpp. Also run where the kernel node exists,
+// so that there is a poll thread to be ended.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
+#include <csignal>
 
 namespace {
 

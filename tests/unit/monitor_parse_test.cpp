@@ -1,9 +1,13 @@
-// The text of the kernel's parameter node, and a monitor whose node is missing.
+// The text of the kernel's parameter node, and monitors without a real node.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
+#include <csignal>
+#include <functional>
 #include <stdexcept>
+#include <thread>
 
 #include "monitor/MonitorThread.h"
 #include "support/host.h"
@@ -114,4 +118,70 @@ TEST_F(MonitorParse, ResetClosesTheDescriptorOfItsRecord) {
     EXPECT_LT(fcntl(descriptor, F_GETFD), 0);
     EXPECT_EQ(gameInfo, kDefaults);
     EXPECT_EQ(host::takeLog(), "D EGL_MONITOR end MonitorThread\n");
+}
+
+namespace {
+
+// The poll loop on a descriptor of our choice, ended by reset, which closes it.
+void poll(MonitorThread& monitor, int descriptor,
+          const std::function<void(std::thread& thread)>& during) {
+    monitor.pollRecord = {descriptor, POLLPRI | POLLERR, 0};
+    std::thread thread([&] { EXPECT_EQ(MonitorThread::threadProc(&monitor), nullptr); });
+    EXPECT_TRUE(host::waitForLog("D EGL_MONITOR ready to poll data"));
+    EXPECT_TRUE(host::logHolds("D EGL_MONITOR start eventProcess"));
+    EXPECT_TRUE(host::logHolds("D EGL_MONITOR poll once"));
+    during(thread);
+    monitor.reset();
+    thread.join();
+}
+
+}  // namespace
+
+TEST_F(MonitorParse, AnEventWithoutPriorityDataIsOnlyLogged) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[0]);  // so that the other end has an error pending
+    poll(monitor, ends[1],
+         [](std::thread&) { EXPECT_TRUE(host::waitForLog("D EGL_MONITOR loop again")); });
+    EXPECT_EQ(host::takeLog().find("E EGL_MONITOR"), std::string::npos);
+    EXPECT_EQ(gameInfo, kDefaults);
+}
+
+TEST_F(MonitorParse, ANodeThatCannotBeReadIsLogged) {
+    // Out-of-band data counts as priority data, and a socket has no position.
+    int ends[2];
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends), 0);
+    if (send(ends[1], "!", 1, MSG_OOB) != 1) GTEST_SKIP() << "no out-of-band data here";
+    poll(monitor, ends[0],
+         [](std::thread&) { EXPECT_TRUE(host::waitForLog("E EGL_MONITOR pread failed")); });
+    close(ends[1]);
+}
+
+TEST_F(MonitorParse, AnInterruptedPollIsLoggedAndRepeated) {
+    struct sigaction nothing = {};
+    nothing.sa_handler = [](int) {};
+    sigaction(SIGUSR1, &nothing, nullptr);
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    poll(monitor, ends[1], [](std::thread& thread) {
+        const std::string interrupted = "E EGL_MONITOR  poll failed err= Interrupted system call";
+        for (int round = 0; round < 2; ++round) {
+            host::takeLog();
+            // The thread may not be asleep yet when it is first told to wake.
+            for (int i = 0; i < 50 && !host::waitForLog(interrupted, 0.02); ++i) {
+                pthread_kill(thread.native_handle(), SIGUSR1);
+            }
+            EXPECT_TRUE(host::logHolds(interrupted)) << round;
+        }
+    });
+    close(ends[0]);
+}
+
+TEST_F(MonitorParse, WithoutADescriptorTheThreadEndsAtOnce) {
+    monitor.pollRecord.fd = -1;
+    gameInfo["status"] = 5;
+    EXPECT_EQ(MonitorThread::threadProc(&monitor), nullptr);
+    EXPECT_EQ(MonitorThread::threadProc(nullptr), nullptr);
+    EXPECT_EQ(host::takeLog(), "");
+    EXPECT_EQ(gameInfo["status"], 5);
 }

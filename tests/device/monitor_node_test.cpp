@@ -1,0 +1,193 @@
+// Monitors on the kernel's parameter node, which here is the system's domain
+// name: a change raises the same event as the node's own.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+#include <unistd.h>
+
+#include <deque>
+#include <filesystem>
+#include <thread>
+
+#include "hook/ContextManager.h"
+#include "hook/HookManager.h"
+#include "interception/egl_hooks.h"
+#include "support/host.h"
+#include "support/recording_driver.h"
+
+using namespace android;
+
+namespace {
+
+constexpr char kNode[] = "/sys/class/gpu_vesko/vesko/game_parameters";
+
+void writeNode(const std::string& text) { ASSERT_EQ(setdomainname(text.data(), text.size()), 0); }
+
+long entriesOf(const char* directory) {
+    return std::distance(std::filesystem::directory_iterator(directory), {});
+}
+long threads() { return entriesOf("/proc/self/task"); }
+long descriptors() { return entriesOf("/proc/self/fd"); }
+
+// Polls until the condition holds, up to `seconds`.
+template <typename Condition>
+bool within(double seconds, Condition condition) {
+    for (int i = 0; i < seconds * 1000; ++i) {
+        if (condition()) return true;
+        usleep(1000);
+    }
+    return false;
+}
+
+bool becomes(const char* key, int value) {
+    return within(2, [&] { return gameInfo[key] == value; });
+}
+
+class MonitorNode : public testing::Test {
+protected:
+    MonitorNode() {
+        writeNode("status:1#");
+        host::takeLog();
+    }
+
+    void start(MonitorThread& monitor) {
+        monitor.start();
+        ASSERT_TRUE(host::waitForLog("D EGL_MONITOR ready to poll data"));
+        // The thread gives the parameters their defaults, after start has.
+        host::takeLog();
+    }
+};
+
+}  // namespace
+
+TEST_F(MonitorNode, EventsChangeTheParameters) {
+    writeNode("enable:1#status:7#FB0Factor:60#");
+    MonitorThread monitor(ImplFactory::SGAME);
+    start(monitor);
+    usleep(50000);
+    EXPECT_EQ(gameInfo["FB0Factor"], -1) << "what the node held before does not count";
+    EXPECT_EQ(host::takeLog(), "");
+
+    writeNode("enable:1#status:7#FB0Factor:75#");
+    EXPECT_TRUE(becomes("internalEnable", 1));
+    EXPECT_EQ(gameInfo["FB0Factor"], 75);
+    ASSERT_TRUE(host::waitForLog("D EGL_MONITOR ready to poll data"));
+    EXPECT_EQ(host::takeLog(),
+              "D EGL_MONITOR start polling\n"
+              "D EGL_MONITOR read(32) enable:1#status:7#FB0Factor:75#\\n \n"
+              "D EGL_MONITOR name:enable,value:1 \n"
+              "D EGL_MONITOR name:status,value:7 \n"
+              "D EGL_MONITOR name:FB0Factor,value:75 \n"
+              "D EGL_MONITOR gameInfo[INTERNALENABLE]:1 \n"
+              "D EGL_MONITOR ready to poll data\n");
+
+    writeNode("foo:3#gameInternalFBOFactor:70#");
+    EXPECT_TRUE(becomes("gameInternalFBOFactor", 70));
+    EXPECT_TRUE(host::waitForLog("E EGL_MONITOR unknown values:name:foo,value:3"));
+    EXPECT_EQ(gameInfo.count("foo"), 0u);
+    EXPECT_EQ(gameInfo["FB0Factor"], 75) << "what the node does not name stays";
+    EXPECT_EQ(gameInfo["internalEnable"], 1);
+
+    writeNode("status:6#");
+    EXPECT_TRUE(becomes("internalEnable", 0));
+}
+
+TEST_F(MonitorNode, ResetEndsTheThreadForGood) {
+    const long threadsBefore = threads();
+    MonitorThread monitor(ImplFactory::PUBGMHD);
+    start(monitor);
+    EXPECT_EQ(threads(), threadsBefore + 1);
+    writeNode("FB0Factor:50#");
+    EXPECT_TRUE(becomes("FB0Factor", 50));
+    const int descriptor = monitor.pollRecord.fd;
+    char path[128] = {};
+    ASSERT_GT(readlink(("/proc/self/fd/" + std::to_string(descriptor)).c_str(), path, 127), 0);
+    EXPECT_STREQ(path, kNode);
+
+    const auto begin = std::chrono::steady_clock::now();
+    monitor.reset();
+    EXPECT_TRUE(within(1, [&] { return threads() == threadsBefore; }));
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+    EXPECT_LT(fcntl(descriptor, F_GETFD), 0) << "still open";
+    EXPECT_EQ(gameInfo["FB0Factor"], -1);
+    EXPECT_TRUE(host::logHolds("D EGL_MONITOR end MonitorThread"));
+    host::takeLog();
+
+    // The number belongs to somebody else now, whose events are not ours.
+    const int reused = open(kNode, O_RDONLY);
+    dup2(reused, descriptor);
+    writeNode("FB0Factor:40#");
+    usleep(100000);
+    EXPECT_EQ(gameInfo["FB0Factor"], -1);
+
+    monitor.start();
+    EXPECT_EQ(threads(), threadsBefore) << "started a second time";
+    EXPECT_EQ(host::takeLog(), "");
+
+    monitor.reset();
+    EXPECT_GE(fcntl(descriptor, F_GETFD), 0) << "closed somebody else's descriptor";
+    close(descriptor);
+    if (reused != descriptor) close(reused);
+}
+
+TEST_F(MonitorNode, ASecondStartDoesNothing) {
+    MonitorThread monitor(ImplFactory::SGAME);
+    start(monitor);
+    const long threadsBefore = threads();
+    const long descriptorsBefore = descriptors();
+    monitor.start();
+    EXPECT_EQ(threads(), threadsBefore);
+    EXPECT_EQ(descriptors(), descriptorsBefore);
+    EXPECT_EQ(host::takeLog(), "");
+}
+
+// The thread may be anywhere in its beginning when it is told to end.
+TEST_F(MonitorNode, AResetRightAfterTheStartLeavesNothingBehind) {
+    const long threadsBefore = threads();
+    const long descriptorsBefore = descriptors();
+    std::deque<MonitorThread> monitors;  // none at the address of another
+    for (int i = 0; i < 300; ++i) {
+        MonitorThread& monitor = monitors.emplace_back(ImplFactory::SGAME);
+        monitor.start();
+        EXPECT_TRUE(monitor.started);
+        if (i % 3 == 1) usleep(100);
+        if (i % 3 == 2) usleep(6000);
+        monitor.reset();
+    }
+    EXPECT_TRUE(within(1, [&] { return threads() == threadsBefore; })) << threads();
+    EXPECT_TRUE(within(1, [&] { return descriptors() == descriptorsBefore; }))
+        << descriptorsBefore << " before, now " << descriptors();
+    host::takeLog();
+    writeNode("FB0Factor:30#");
+    usleep(50000);
+    EXPECT_EQ(host::takeLog(), "");
+}
+
+TEST_F(MonitorNode, TheFirstBindingOfTheRenderingThreadStartsTheMonitor) {
+    test::RecordingDriver driver;
+    HookManager::setEGLImpl(&driver.connection);
+    MonitorThread& monitor = ContextManager::sgameContext.monitor;
+    const auto bind = [](const char* name) {
+        std::thread thread([name] {
+            pthread_setname_np(pthread_self(), name);
+            eglGetCurrentContext_hook();
+        });
+        thread.join();
+    };
+    bind("worker");
+    EXPECT_FALSE(monitor.started);
+    bind("UnityGfx");
+    EXPECT_TRUE(monitor.started);
+    ASSERT_TRUE(host::waitForLog("D EGL_MONITOR ready to poll data"));
+    const int descriptor = monitor.pollRecord.fd;
+    const long threadsBefore = threads();
+    bind("UnityGfx");
+    EXPECT_EQ(monitor.pollRecord.fd, descriptor);
+    EXPECT_EQ(threads(), threadsBefore);
+    EXPECT_FALSE(ContextManager::pubgmhdContext.monitor.started);
+
+    writeNode("FB0Factor:45#");
+    EXPECT_TRUE(becomes("FB0Factor", 45));
+    ContextManager::sgameContext.monitor.reset();
+    EXPECT_EQ(gameInfo["FB0Factor"], -1);
+}
