@@ -14,68 +14,32 @@ constexpr struct {
     uint64_t value;
     const char* name;
 } kConstants[] = {
-    NAMED(GL_ACTIVE_TEXTURE),
-    NAMED(GL_ARRAY_BUFFER),
-    NAMED(GL_BLEND),
-    NAMED(GL_BLEND_DST_ALPHA),
-    NAMED(GL_BLEND_DST_RGB),
-    NAMED(GL_BLEND_SRC_ALPHA),
-    NAMED(GL_BLEND_SRC_RGB),
-    NAMED(GL_CLAMP_TO_EDGE),
-    NAMED(GL_COLOR_ATTACHMENT0),
-    NAMED(GL_COLOR_WRITEMASK),
-    NAMED(GL_COMPILE_STATUS),
-    NAMED(GL_CURRENT_PROGRAM),
-    NAMED(GL_DECODE_EXT),
-    NAMED(GL_DELETE_STATUS),
-    NAMED(GL_DEPTH24_STENCIL8),
-    NAMED(GL_DEPTH_ATTACHMENT),
-    NAMED(GL_DEPTH_STENCIL_ATTACHMENT),
-    NAMED(GL_DEPTH_TEST),
-    NAMED(GL_DRAW_FRAMEBUFFER),
-    NAMED(GL_EXTENSIONS),
-    NAMED(GL_FLOAT),
-    NAMED(GL_FRAGMENT_SHADER),
-    NAMED(GL_FRAMEBUFFER),
-    NAMED(GL_FRAMEBUFFER_ATTACHMENT_ALPHA_SIZE),
-    NAMED(GL_FRAMEBUFFER_ATTACHMENT_BLUE_SIZE),
-    NAMED(GL_FRAMEBUFFER_ATTACHMENT_GREEN_SIZE),
-    NAMED(GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME),
-    NAMED(GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE),
-    NAMED(GL_FRAMEBUFFER_ATTACHMENT_RED_SIZE),
-    NAMED(GL_INFO_LOG_LENGTH),
-    NAMED(GL_LINEAR),
-    NAMED(GL_LINK_STATUS),
-    NAMED(GL_RENDERBUFFER),
-    NAMED(GL_RGB),
-    NAMED(GL_RGB8),
-    NAMED(GL_RGBA8),
-    NAMED(GL_SAMPLE_BUFFERS),
-    NAMED(GL_SAMPLE_SHADING),
-    NAMED(GL_SCISSOR_TEST),
-    NAMED(GL_STATIC_DRAW),
-    NAMED(GL_STENCIL_ATTACHMENT),
-    NAMED(GL_STENCIL_TEST),
-    NAMED(GL_TEXTURE0),
-    NAMED(GL_TEXTURE_2D),
-    NAMED(GL_TEXTURE_BASE_LEVEL),
-    NAMED(GL_TEXTURE_BINDING_2D),
-    NAMED(GL_TEXTURE_MAG_FILTER),
-    NAMED(GL_TEXTURE_MAX_ANISOTROPY_EXT),
-    NAMED(GL_TEXTURE_MAX_LEVEL),
-    NAMED(GL_TEXTURE_MIN_FILTER),
-    NAMED(GL_TEXTURE_SRGB_DECODE_EXT),
-    NAMED(GL_TEXTURE_WRAP_R),
-    NAMED(GL_TEXTURE_WRAP_S),
-    NAMED(GL_TEXTURE_WRAP_T),
-    NAMED(GL_UNSIGNED_BYTE),
-    NAMED(GL_VERTEX_SHADER),
+    // clang-format off
+    NAMED(GL_ACTIVE_TEXTURE), NAMED(GL_ARRAY_BUFFER), NAMED(GL_BLEND), NAMED(GL_BLEND_DST_ALPHA),
+    NAMED(GL_BLEND_DST_RGB), NAMED(GL_BLEND_SRC_ALPHA), NAMED(GL_BLEND_SRC_RGB),
+    NAMED(GL_CLAMP_TO_EDGE), NAMED(GL_COLOR_ATTACHMENT0), NAMED(GL_COLOR_WRITEMASK),
+    NAMED(GL_COMPILE_STATUS), NAMED(GL_CURRENT_PROGRAM), NAMED(GL_DECODE_EXT),
+    NAMED(GL_DELETE_STATUS), NAMED(GL_DEPTH24_STENCIL8), NAMED(GL_DEPTH_ATTACHMENT),
+    NAMED(GL_DEPTH_STENCIL_ATTACHMENT), NAMED(GL_DEPTH_TEST), NAMED(GL_DRAW_FRAMEBUFFER),
+    NAMED(GL_EXTENSIONS), NAMED(GL_FLOAT), NAMED(GL_FRAGMENT_SHADER), NAMED(GL_FRAMEBUFFER),
+    NAMED(GL_FRAMEBUFFER_ATTACHMENT_ALPHA_SIZE), NAMED(GL_FRAMEBUFFER_ATTACHMENT_BLUE_SIZE),
+    NAMED(GL_FRAMEBUFFER_ATTACHMENT_GREEN_SIZE), NAMED(GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME),
+    NAMED(GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE), NAMED(GL_FRAMEBUFFER_ATTACHMENT_RED_SIZE),
+    NAMED(GL_INFO_LOG_LENGTH), NAMED(GL_LINEAR), NAMED(GL_LINK_STATUS), NAMED(GL_RENDERBUFFER),
+    NAMED(GL_RGB), NAMED(GL_RGB8), NAMED(GL_RGBA8), NAMED(GL_SAMPLE_BUFFERS),
+    NAMED(GL_SAMPLE_SHADING), NAMED(GL_SCISSOR_TEST), NAMED(GL_STATIC_DRAW),
+    NAMED(GL_STENCIL_ATTACHMENT), NAMED(GL_STENCIL_TEST), NAMED(GL_TEXTURE0), NAMED(GL_TEXTURE_2D),
+    NAMED(GL_TEXTURE_BASE_LEVEL), NAMED(GL_TEXTURE_BINDING_2D), NAMED(GL_TEXTURE_MAG_FILTER),
+    NAMED(GL_TEXTURE_MAX_ANISOTROPY_EXT), NAMED(GL_TEXTURE_MAX_LEVEL), NAMED(GL_TEXTURE_MIN_FILTER),
+    NAMED(GL_TEXTURE_SRGB_DECODE_EXT), NAMED(GL_TEXTURE_WRAP_R), NAMED(GL_TEXTURE_WRAP_S),
+    NAMED(GL_TEXTURE_WRAP_T), NAMED(GL_UNSIGNED_BYTE), NAMED(GL_VERTEX_SHADER),
+    // clang-format on
 };
 constexpr uint64_t kLargestSize = 0x1400;
 
-std::string print(const char* format, uint64_t value) {
-    char text[32];
-    snprintf(text, sizeof(text), format, value);
+std::string hexadecimal(uint64_t value) {
+    char text[24];
+    snprintf(text, sizeof(text), "0x%" PRIx64, value);
     return text;
 }
 
@@ -84,8 +48,10 @@ std::string formatInteger(const Argument& argument) {
     for (const auto& constant : kConstants) {
         if (constant.value == argument.bits && !maybeSize) return constant.name;
     }
-    if (argument.kind == Argument::Signed) return print("%" PRId64, argument.bits);
-    return print(argument.bits < 0x1000 ? "%" PRIu64 : "0x%" PRIx64, argument.bits);
+    if (argument.kind == Argument::Signed) {
+        return std::to_string(static_cast<int64_t>(argument.bits));
+    }
+    return argument.bits < 0x1000 ? std::to_string(argument.bits) : hexadecimal(argument.bits);
 }
 
 // An array of names follows its length.
@@ -114,7 +80,7 @@ std::string format(const Argument& argument, const Argument& previous) {
     }
     if (argument.bits == 0) return "null";
     // Handles and buffer offsets are small numbers; other addresses vary.
-    if (argument.bits < 0x10000) return print("0x%" PRIx64, argument.bits);
+    if (argument.bits < 0x10000) return hexadecimal(argument.bits);
     if (argument.kind == Argument::Names) return formatNames(previous, argument);
     if (argument.kind != Argument::Text) return "ptr";
     return "\"" + std::string(reinterpret_cast<const char*>(argument.bits)) + "\"";

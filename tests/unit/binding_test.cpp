@@ -9,6 +9,7 @@
 #include <thread>
 
 #include "GameImpl/GenshinImpact/GenshinImpactImpl.h"
+#include "GameImpl/PUBGMHD/PUBGMHDImpl.h"
 #include "hook/ContextManager.h"
 #include "hook/GPUVeskoMode.h"
 #include "hook/HookManager.h"
@@ -110,6 +111,21 @@ TEST_F(Binding, GamesHaveTheirNumbersAndImpls) {
         {&ContextManager::pubgmhdContext, &ImplFactory::pubgmhdImpl},
         {&ContextManager::genshinImpactContext, &ImplFactory::genshinImpactImpl}};
     for (const auto& [context, impl] : impls) EXPECT_EQ(context->getImpl(), impl);
+}
+
+TEST_F(Binding, AContextIsMadeWithoutGameOrImpl) {
+    // Never started, its monitor closes the descriptor in its record.
+    HookContext context;
+    context.monitor.pollRecord.fd = -1;
+    EXPECT_FALSE(context.isCurrentThreadNeedToHook());
+    EXPECT_EQ(context.getImpl(), nullptr);
+    EXPECT_EQ(context.game, ImplFactory::NO_GAME);
+    EXPECT_EQ(context.getmainRenderringThreadId(), -1);
+    context.initImpl(&driver.hooks);
+    context.setImpl(&ImplFactory::pubgmhdImpl);
+    context.initImpl(&driver.hooks);
+    EXPECT_EQ(ImplFactory::pubgmhdImpl.getGLDriverImpl(), &driver.hooks);
+    ImplFactory::pubgmhdImpl.setGLDriverImpl(nullptr);
 }
 
 TEST_F(Binding, TheMainThreadIsRememberedByItsId) {
@@ -266,6 +282,7 @@ TEST_F(Binding, AFailedTransactionIsTriedAgain) {
     host::gameService().state = host::GameService::Answering;
     contextOf(kGenshin, "any");
     EXPECT_TRUE(ContextManager::inited);
+    contextOf(kGenshin, "any");  // asks nobody any more
     const std::string request =
         "orvane.pelune: transact(11, 0) com.orvane.pelune.IPeluneInterface " +
         std::to_string(getuid());

@@ -137,6 +137,13 @@ TEST_F(Sgame, AnIncompleteTargetGivesTheWindowBack) {
         "E EGL_HOOK [GameImpl/sgame/SGAMEImpl][242][renderTextureToFbo]: glBindFramebuffer 0"));
     EXPECT_TRUE(game.resourcesReleased && game.hdrReleased);
     EXPECT_FALSE(game.frameRedirected);
+
+    setParameters(1, 50, 100);
+    game.eglSwapBuffers(display, surface);
+    EXPECT_NE(driver.takeCalls().find("glBindFramebuffer(1, 0)\nglDeleteFramebuffers("),
+              std::string::npos)
+        << "the swap's own target value";
+    EXPECT_FALSE(game.frameRedirected);
 }
 
 TEST_F(Sgame, ViewportsAndScissorBoxesAreScaledAlike) {
