@@ -40,21 +40,6 @@ static_assert(sizeof(fboFullScreenVertices) == 64);
 constexpr char kDisableVRSProperty[] = "vendor.debug.disable.vrs";
 constexpr GLsizei kGuessedLogSize = 4096;
 
-// Variable-rate shading stays off unless the property is 0; a value that is no
-// number keeps it off too.
-bool vrsIsDisabled() {
-    const std::string value = base::GetProperty(kDisableVRSProperty, "1");
-    const char* const begin = value.c_str();
-    char* end = nullptr;
-    const long number = strtol(begin, &end, 10);
-    if (end == begin) {
-        FBO_LOG(ERROR, "property %s is not a number: \"%s\", taken as 1", kDisableVRSProperty,
-                begin);
-        return true;
-    }
-    return number != 0;
-}
-
 }  // namespace
 
 unsigned FboBase::loadShader(unsigned type, const char* source) {
@@ -139,8 +124,18 @@ bool FboBase::setupGraphics() {
     return true;
 }
 
+// Variable-rate shading stays off unless the property is 0; a value that is no
+// number keeps it off too.
 void FboBase::queryGlFunctions() {
-    if (vrsIsDisabled()) return;
+    const std::string value = base::GetProperty(kDisableVRSProperty, "1");
+    char* end = nullptr;
+    const long disabled = strtol(value.c_str(), &end, 10);
+    if (end == value.c_str()) {
+        FBO_LOG(ERROR, "property %s is not a number: \"%s\", taken as 1", kDisableVRSProperty,
+                value.c_str());
+        return;
+    }
+    if (disabled != 0) return;
     const auto* extensions = reinterpret_cast<const char*>(glHooks->gl.glGetString(GL_EXTENSIONS));
     if (extensions == nullptr || strstr(extensions, "GL_QCOM_shading_rate") == nullptr) return;
     vrsSupported = true;

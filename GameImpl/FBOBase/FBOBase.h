@@ -107,11 +107,6 @@ public:
     GLboolean savedScissorTest = 0;
 
     bool vrsSupported = false;
-
-private:
-    PLUGIN_LOCAL void createTarget();
-    PLUGIN_LOCAL void bindForBlit(int width, int height);
-    PLUGIN_LOCAL void drawBlit();
 };
 
 }  // namespace android

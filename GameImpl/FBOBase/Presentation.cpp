@@ -14,9 +14,36 @@ const void* bufferOffset(uintptr_t bytes) { return reinterpret_cast<const void*>
 
 }  // namespace
 
+// The target is unlike createFBO's: a mutable colour image, and one combined
+// depth-stencil renderbuffer.
 bool FboBase::renderTextureToFbo(bool createOnly) {
     DRAIN();
-    if (!fboReady) createTarget();
+    if (!fboReady) {
+        queryGlFunctions();
+        DRAIN();
+        GL(glGenFramebuffers(1, &fboId));
+        FBO_LOG(INFO, "create fbo(%d) done.", static_cast<int>(fboId));
+        GL(glBindFramebuffer(GL_FRAMEBUFFER, fboId));
+        FBO_LOG(INFO, "get current window size [0 0 %d %d] ", fboWidth, fboHeight);
+
+        GL(glGenTextures(1, &fboTexture));
+        GL(glBindTexture(GL_TEXTURE_2D, fboTexture));
+        GL(glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, fboWidth, fboHeight, 0, GL_RGB, GL_UNSIGNED_BYTE,
+                        nullptr));
+        GL(glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR));
+        GL(glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR));
+        GL(glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, fboTexture,
+                                  0));
+        GL(glBindTexture(GL_TEXTURE_2D, 0));
+
+        GL(glGenRenderbuffers(1, &fboDepthStencil));
+        FBO_LOG(INFO, "create a new rbo target(%d).", static_cast<int>(fboDepthStencil));
+        GL(glBindRenderbuffer(GL_RENDERBUFFER, fboDepthStencil));
+        GL(glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, fboWidth, fboHeight));
+        GL(glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER,
+                                     fboDepthStencil));
+        fboReady = true;
+    }
     if (createOnly) return true;
 
     static constexpr GLenum kDiscarded[] = {GL_DEPTH_STENCIL_ATTACHMENT};
@@ -32,34 +59,6 @@ bool FboBase::renderTextureToFbo(bool createOnly) {
     return true;
 }
 
-// Unlike createFBO's: a mutable colour image, and one combined depth-stencil
-// renderbuffer.
-void FboBase::createTarget() {
-    queryGlFunctions();
-    DRAIN();
-    GL(glGenFramebuffers(1, &fboId));
-    FBO_LOG(INFO, "create fbo(%d) done.", static_cast<int>(fboId));
-    GL(glBindFramebuffer(GL_FRAMEBUFFER, fboId));
-    FBO_LOG(INFO, "get current window size [0 0 %d %d] ", fboWidth, fboHeight);
-
-    GL(glGenTextures(1, &fboTexture));
-    GL(glBindTexture(GL_TEXTURE_2D, fboTexture));
-    GL(glTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, fboWidth, fboHeight, 0, GL_RGB, GL_UNSIGNED_BYTE,
-                    nullptr));
-    GL(glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR));
-    GL(glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR));
-    GL(glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, fboTexture, 0));
-    GL(glBindTexture(GL_TEXTURE_2D, 0));
-
-    GL(glGenRenderbuffers(1, &fboDepthStencil));
-    FBO_LOG(INFO, "create a new rbo target(%d).", static_cast<int>(fboDepthStencil));
-    GL(glBindRenderbuffer(GL_RENDERBUFFER, fboDepthStencil));
-    GL(glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH24_STENCIL8, fboWidth, fboHeight));
-    GL(glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER,
-                                 fboDepthStencil));
-    fboReady = true;
-}
-
 unsigned FboBase::renderfboTodisplay(void*, void*, int width, int height) {
     glHooks->gl.glGetError();  // the application's own error, if any
     if (!graphicsReady) {
@@ -71,12 +70,7 @@ unsigned FboBase::renderfboTodisplay(void*, void*, int width, int height) {
         graphicsReady = true;
     }
     collectParametersState();
-    bindForBlit(width, height);
-    drawBlit();
-    return reinstallParametersState();
-}
 
-void FboBase::bindForBlit(int width, int height) {
     GL(glUseProgram(static_cast<GLuint>(fboProgram)));
     GL(glBindTexture(GL_TEXTURE_2D, 0));
     GL(glBindFramebuffer(GL_FRAMEBUFFER, 0));
@@ -89,9 +83,7 @@ void FboBase::bindForBlit(int width, int height) {
     GL(glScissor(0, 0, width, height));
     GL(glClearColor(0, 0, 0, 0));
     GL(glClear(kAllBuffers));
-}
 
-void FboBase::drawBlit() {
     const auto position = static_cast<GLuint>(fboPositionHandle);
     const auto texCoords = static_cast<GLuint>(fboTexCoordsHandle);
     GL(glBindBuffer(GL_ARRAY_BUFFER, fboVertexBuffer));
@@ -109,6 +101,7 @@ void FboBase::drawBlit() {
     GL(glDisable(GL_BLEND));  // so the factors above are never used
     GL(glDisable(GL_SAMPLE_SHADING));
     GL(glDrawArrays(GL_TRIANGLE_FAN, 0, 4));
+    return reinstallParametersState();
 }
 
 }  // namespace android

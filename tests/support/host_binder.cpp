@@ -29,9 +29,7 @@ std::map<const android::Parcel*, Contents>& parcels() {
     return *instance;
 }
 
-std::string utf8(const android::String16& text) {
-    return android::String8(text).string();
-}
+std::string utf8(const android::String16& text) { return android::String8(text).string(); }
 
 }  // namespace
 
@@ -46,13 +44,9 @@ GameService& gameService() {
 
 namespace android {
 
-Parcel::Parcel() {
-    parcels()[this] = {};
-}
+Parcel::Parcel() { parcels()[this] = {}; }
 
-Parcel::~Parcel() {
-    parcels().erase(this);
-}
+Parcel::~Parcel() { parcels().erase(this); }
 
 status_t Parcel::writeInterfaceToken(const String16& token) {
     parcels()[this].token = utf8(token);
@@ -64,33 +58,21 @@ status_t Parcel::writeInt32(int32_t value) {
     return OK;
 }
 
-status_t Parcel::writeUint32(uint32_t value) {
-    return writeInt32(static_cast<int32_t>(value));
-}
+status_t Parcel::writeUint32(uint32_t value) { return writeInt32(static_cast<int32_t>(value)); }
 
 int32_t Parcel::readInt32() const {
     Contents& contents = parcels()[this];
     return contents.read < contents.integers.size() ? contents.integers[contents.read++] : 0;
 }
 
-int32_t Parcel::readExceptionCode() const {
-    return readInt32();
-}
+int32_t Parcel::readExceptionCode() const { return readInt32(); }
 
 IBinder::IBinder() = default;
 IBinder::~IBinder() = default;
-sp<IInterface> IBinder::queryLocalInterface(const String16&) {
-    return nullptr;
-}
-bool IBinder::checkSubclass(const void*) const {
-    return false;
-}
-BBinder* IBinder::localBinder() {
-    return nullptr;
-}
-BpBinder* IBinder::remoteBinder() {
-    return nullptr;
-}
+sp<IInterface> IBinder::queryLocalInterface(const String16&) { return nullptr; }
+bool IBinder::checkSubclass(const void*) const { return false; }
+BBinder* IBinder::localBinder() { return nullptr; }
+BpBinder* IBinder::remoteBinder() { return nullptr; }
 
 IInterface::IInterface() = default;
 IInterface::~IInterface() = default;
@@ -157,9 +139,7 @@ public:
 
 IServiceManager::IServiceManager() = default;
 IServiceManager::~IServiceManager() = default;
-const String16& IServiceManager::getInterfaceDescriptor() const {
-    return descriptor();
-}
+const String16& IServiceManager::getInterfaceDescriptor() const { return descriptor(); }
 
 sp<IServiceManager> defaultServiceManager() {
     static const sp<IServiceManager>* const instance = new sp<IServiceManager>(new ServiceManager);

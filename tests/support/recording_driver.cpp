@@ -141,13 +141,9 @@ std::vector<Call> RecordingDriver::take() {
     return std::exchange(journal, {});
 }
 
-std::string RecordingDriver::takeCalls() {
-    return takeWithout(ignored);
-}
+std::string RecordingDriver::takeCalls() { return takeWithout(ignored); }
 
-std::string RecordingDriver::takeAllCalls() {
-    return takeWithout({});
-}
+std::string RecordingDriver::takeAllCalls() { return takeWithout({}); }
 
 std::string RecordingDriver::takeWithout(const std::vector<std::string>& names) {
     std::string text;
