@@ -27,11 +27,13 @@ public:
     explicit ImplLifetime(T& object) : impl(object) { new (&impl) T; }
 
     ~ImplLifetime() {
-        const gl_hooks_t* driverTable = impl.getGLDriverImpl();
+        // Never modified: the constructor merely takes it without const.
+        auto* driverTable = const_cast<gl_hooks_t*>(impl.getGLDriverImpl());
         abandonGLObjects();
         impl.~T();
-        auto* passThrough = new (static_cast<void*>(&impl)) DefaultImplV2;
-        passThrough->setGLDriverImpl(driverTable);
+        // With its driver table from the start, or a call from another thread
+        // could meet it without one.
+        new (static_cast<void*>(&impl)) DefaultImplV2(driverTable);
     }
 
 private:
