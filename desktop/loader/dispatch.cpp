@@ -1,9 +1,11 @@
 // The thread's slots and the table of threads that have no context.
 #include "desktop/loader/interface.h"
 
+#if !defined(__arm__)  // see arm_slots.cpp
 __thread void* rig_tls_slots[8];
 
 RIG_EXPORT void** platform_tls_slots(void) { return rig_tls_slots; }
+#endif
 
 namespace android {
 

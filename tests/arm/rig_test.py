@@ -1,0 +1,64 @@
+#!/usr/bin/env python3
+"""Runs an ARM program under the rig: ARM libraries, emulated, on the real node.
+
+usage: rig_test.py LAUNCHER LIBRARY_ROOT RIG_DIR PROBE OUTPUT_DIR EMULATOR...
+
+The launcher is this machine's own; the rig's libraries, the plug-in and the
+program are ARM's. Exit code 77: the launcher cannot run here.
+"""
+import json
+import subprocess
+import sys
+from pathlib import Path
+
+NOT_POSSIBLE = 77
+LAUNCHER_CANNOT = 3
+WINDOW = (64, 48)  # what the program asks for
+HALF = (32, 24)
+
+
+def run(launcher, root, rig, probe, stats, emulator):
+    libraries = f"{rig}:{root}/usr/lib/arm-linux-gnueabi/android"
+    return subprocess.run(
+        [launcher, "--driver", "llvmpipe", "--display", "none", "--log", "debug",
+         "--set", "FB0Factor=50", "--at", "4:enable=0", "--stats", stats, "--",
+         *emulator, "-0", "com.tencent.tmgp.sgame", "-E", f"LD_LIBRARY_PATH={libraries}",
+         "-E", f"LD_PRELOAD={rig}/libveskorig.so", probe, "frames", "6"],
+        capture_output=True, text=True, timeout=120, check=False, stdin=subprocess.DEVNULL)
+
+
+def sizes_per_frame(stats):
+    for frame in json.loads(stats.read_text())["frames"]:
+        yield {(target["width"], target["height"]) for target in frame["framebuffers"]
+               if target["draws"]}
+
+
+def main():
+    if len(sys.argv) < 7:
+        sys.exit(__doc__.strip())
+    launcher, root, rig, probe, output = sys.argv[1:6]
+    if not Path(launcher).exists():
+        print(f"skipped: there is no {launcher}; ./dev build makes it")
+        return NOT_POSSIBLE
+    tried = subprocess.run([launcher, "--display", "none", "--", "true"], capture_output=True,
+                           text=True, timeout=60, check=False, stdin=subprocess.DEVNULL)
+    if tried.returncode == LAUNCHER_CANNOT:
+        print("skipped, since the rig cannot run here:", tried.stderr)
+        return NOT_POSSIBLE
+
+    stats = Path(output) / "arm-rig.json"
+    stats.unlink(missing_ok=True)
+    result = run(launcher, root, rig, probe, str(stats), sys.argv[6:])
+    print(result.stdout, result.stderr)
+    assert result.returncode == 0, result.returncode
+    for line in ("gameInfo[INTERNALENABLE]:1", "gameInfo[INTERNALENABLE]:0"):
+        assert line in result.stderr, f"not logged: {line}"
+    sizes = list(sizes_per_frame(stats))
+    print(sizes)
+    # Scaling begins after the first swap and ends with the fourth.
+    assert sizes == [{WINDOW}] + 3 * [{WINDOW, HALF}] + 2 * [{WINDOW}], "wrong sizes"
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
