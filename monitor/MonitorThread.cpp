@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "monitor/PollStop.h"
+#include "monitor/safe_descriptor.h"
 #include "platform/log.h"
 
 namespace android {
@@ -66,7 +67,7 @@ void MonitorThread::start() {
     // A positive result is an error number, but monitoring goes on as if the
     // thread ran: the game must not pay for another attempt at every EGL call.
     initGameInfo();
-    const int node = open(kNodePath, O_RDONLY | O_CLOEXEC);
+    const int node = keptFromZero(open(kNodePath, O_RDONLY | O_CLOEXEC));
     if (node < 0) MONITOR_LOG(ERROR, " open %s failed", kNodePath);
     __atomic_store_n(&pollRecord.fd, node, __ATOMIC_RELAXED);
     started = true;

@@ -1,6 +1,5 @@
 #include "monitor/PollStop.h"
 
-#include <fcntl.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -8,6 +7,8 @@
 #include <cstdint>
 #include <ctime>
 #include <mutex>
+
+#include "monitor/safe_descriptor.h"
 
 namespace android {
 
@@ -18,20 +19,12 @@ PollStop* registry = nullptr;
 
 constexpr int kPatienceSeconds = 2;
 
-// Never descriptor 0: that one is closed by every reset of a monitor that never
-// started, and then nothing could wake the thread any more.
-int openWakeDescriptor() {
-    const int descriptor = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
-    if (descriptor != 0) return descriptor;
-    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-    close(descriptor);
-    return moved;
-}
-
 }  // namespace
 
 PollStop::PollStop(const void* owner)
-    : monitor(owner), process(getpid()), wakeFd(openWakeDescriptor()) {
+    : monitor(owner),
+      process(getpid()),
+      wakeFd(keptFromZero(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {
     sem_init(&ended, 0, 0);
 }
 
