@@ -33,6 +33,18 @@ static_assert(sizeof(HookCore) == 2 * 5104 + 344);
 
 static_assert(sizeof(HookContext) == 36);
 static_assert(sizeof(FboBase) == 112);
+static_assert(offsetof(FboBase, fboId) == 8);
+static_assert(offsetof(FboBase, fboProgram) == 20);
+static_assert(offsetof(FboBase, fboVertexBuffer) == 36);
+static_assert(offsetof(FboBase, fboWidth) == 48);
+static_assert(offsetof(FboBase, fboFactor) == 56);
+static_assert(offsetof(FboBase, fboReady) == 60);
+static_assert(offsetof(FboBase, graphicsReady) == 61);
+static_assert(offsetof(FboBase, savedBlendSrcRGB) == 64);
+static_assert(offsetof(FboBase, savedColorMask) == 80);
+static_assert(offsetof(FboBase, savedTexture2D) == 100);
+static_assert(offsetof(FboBase, savedBlend) == 104);
+static_assert(offsetof(FboBase, vrsSupported) == 108);
 static_assert(sizeof(DefaultImplV2) == sizeof(Impl));
 static_assert(sizeof(PUBGMHDImpl) == sizeof(Impl));
 

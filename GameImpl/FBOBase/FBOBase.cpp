@@ -10,22 +10,6 @@ constexpr double kVersion = 0.65;
 
 }  // namespace
 
-#if defined(__arm__)
-static_assert(offsetof(FboBase, fboId) == 8);
-static_assert(offsetof(FboBase, fboProgram) == 20);
-static_assert(offsetof(FboBase, fboVertexBuffer) == 36);
-static_assert(offsetof(FboBase, fboWidth) == 48);
-static_assert(offsetof(FboBase, fboFactor) == 56);
-static_assert(offsetof(FboBase, fboReady) == 60);
-static_assert(offsetof(FboBase, graphicsReady) == 61);
-static_assert(offsetof(FboBase, savedBlendSrcRGB) == 64);
-static_assert(offsetof(FboBase, savedColorMask) == 80);
-static_assert(offsetof(FboBase, savedTexture2D) == 100);
-static_assert(offsetof(FboBase, savedBlend) == 104);
-static_assert(offsetof(FboBase, vrsSupported) == 108);
-static_assert(sizeof(FboBase) == 112);
-#endif
-
 FboBase::FboBase() { FBO_LOG(DEBUG, "Lumivane version %.2f", kVersion); }
 
 FboBase::~FboBase() {
