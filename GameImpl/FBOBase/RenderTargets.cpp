@@ -30,10 +30,22 @@ constexpr TextureParameter kOneLevel[] = {
     {GL_TEXTURE_MAX_LEVEL, 0},
 };
 
-// The texture work that the two builders share.
-class TextureBuilder {
+// The work that the two builders share, logged under the builder's name.
+class TargetBuilder {
 public:
-    TextureBuilder(const gl_hooks_t* gl, const char* name) : glHooks(gl), operation(name) {}
+    TargetBuilder(const gl_hooks_t* gl, const char* name) : glHooks(gl), operation(name) {}
+
+    // Leaves the new framebuffer bound for drawing and its colour texture, not
+    // yet attached, on the active unit.
+    void begin(GLuint& fbo, GLuint& texture, int levels, int width, int height) const {
+        drain(__LINE__);
+        glHooks->gl.glGenFramebuffers(1, &fbo);
+        drain(__LINE__);
+        glHooks->gl.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, fbo);
+        drain(__LINE__);
+        createBound(texture, kColorFormat, levels, width, height);
+        set(kLinearFilters).set(kClampToEdge).set(kNoAnisotropy).set(kDecodeSRGB);
+    }
 
     void createBound(GLuint& texture, GLenum format, int levels, int width, int height) const {
         glHooks->gl.glGenTextures(1, &texture);
@@ -45,7 +57,7 @@ public:
     }
 
     template <size_t N>
-    const TextureBuilder& set(const TextureParameter (&parameters)[N]) const {
+    const TargetBuilder& set(const TextureParameter (&parameters)[N]) const {
         for (const TextureParameter& parameter : parameters) {
             glHooks->gl.glTexParameteri(GL_TEXTURE_2D, parameter.name, parameter.value);
             drain(__LINE__);
@@ -66,19 +78,14 @@ private:
 // anisotropy; the multisampled builder below differs in that. All deliberate.
 void FboBase::createFBO(unsigned& fbo, unsigned& texture, unsigned& depthStencil, int w, int h,
                         int levels) {
-    const TextureBuilder textures(glHooks, __func__);
-    DRAIN();
-    GL(glGenFramebuffers(1, &fbo));
-    GL(glBindFramebuffer(GL_DRAW_FRAMEBUFFER, fbo));
-
-    textures.createBound(texture, kColorFormat, levels, w, h);
-    textures.set(kLinearFilters).set(kClampToEdge).set(kNoAnisotropy).set(kDecodeSRGB);
+    const TargetBuilder builder(glHooks, __func__);
+    builder.begin(fbo, texture, levels, w, h);
     GL(glFramebufferTexture2D(GL_DRAW_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture,
                               0));
     GL(glBindTexture(GL_TEXTURE_2D, 0));
 
-    textures.createBound(depthStencil, kDepthStencilFormat, levels, w, h);
-    textures.set(kLinearFilters).set(kOneLevel).set(kClampToEdge).set(kDecodeSRGB);
+    builder.createBound(depthStencil, kDepthStencilFormat, levels, w, h);
+    builder.set(kLinearFilters).set(kOneLevel).set(kClampToEdge).set(kDecodeSRGB);
     GL(glFramebufferTexture2D(GL_DRAW_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_TEXTURE_2D, depthStencil,
                               0));
     GL(glFramebufferTexture2D(GL_DRAW_FRAMEBUFFER, GL_STENCIL_ATTACHMENT, GL_TEXTURE_2D,
@@ -94,14 +101,9 @@ void FboBase::createFBO(unsigned& fbo, unsigned& texture, unsigned& depthStencil
 // binding; both targets stay as they are.
 void FboBase::createFbogMultisampleEXT(unsigned& fbo, unsigned& texture, unsigned& depthStencil,
                                        int w, int h, int levels) {
-    const TextureBuilder textures(glHooks, __func__);
-    DRAIN();
-    GL(glGenFramebuffers(1, &fbo));
-    GL(glBindFramebuffer(GL_DRAW_FRAMEBUFFER, fbo));
-
-    textures.createBound(texture, kColorFormat, levels, w, h);
-    textures.set(kLinearFilters).set(kClampToEdge).set(kNoAnisotropy).set(kDecodeSRGB);
-    textures.set(kOneLevel);
+    const TargetBuilder builder(glHooks, __func__);
+    builder.begin(fbo, texture, levels, w, h);
+    builder.set(kOneLevel);
     GL(glFramebufferTexture2DMultisampleEXT(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D,
                                             texture, 0, kSamples));
     GL(glBindTexture(GL_TEXTURE_2D, 0));
