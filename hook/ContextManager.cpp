@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <atomic>
+
 #include "hook/current_context.h"
 #include "platform/immortal.h"
 #include "platform/init_order.h"
@@ -28,6 +30,17 @@ struct GameListBuilder {
     }
 };
 INIT_ORDER(kInitContexts) GameListBuilder gameListBuilder;
+
+// Once the process leaves, bindings stay as they are: all Impls are about to be
+// pass-throughs, a monitor must not start any more, and the C library strips the
+// buffers of open files, that of the process's name among them, without asking
+// whether a thread is reading.
+std::atomic<bool> processIsLeaving{false};
+
+struct ExitWatch {
+    ~ExitWatch() { processIsLeaving = true; }
+};
+INIT_ORDER(kInitExitWatch) ExitWatch exitWatch;
 
 }  // namespace
 
@@ -92,6 +105,10 @@ HookContext* chooseContext(ImplFactory::GAME game) {
 
 void ContextManager::bindAHookContext() {
     validateTLSKey();
+    if (processIsLeaving) {
+        if (currentContext() == nullptr) pthread_setspecific(sKey, &nullContext);
+        return;
+    }
     HookContext* context = chooseContext(getGameType());
     context->startMonitor();
     pthread_setspecific(sKey, context);

@@ -12,6 +12,7 @@ enum InitOrder {
     kInitContexts = 1003,     // ContextManager: the package list, the four contexts
     kInitMonitor = 1004,      // MonitorThread: the game parameter map
     kInitEntryObject = 1005,  // GPUVeskoMode: what the loader talks to
+    kInitExitWatch = 1006,    // destroyed before all of these
 };
 
 }  // namespace android

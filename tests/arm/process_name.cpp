@@ -41,8 +41,5 @@ extern "C" FILE* fopen(const char* path, const char* mode) {
     const bool isName = nameFile >= 0 && path == "/proc/" + std::to_string(getpid()) + "/cmdline";
     if (!isName) return open(path, mode);
     FILE* file = open(("/proc/self/fd/" + std::to_string(nameFile)).c_str(), mode);
-    // When a process exits, this C library takes the buffers of open files away even
-    // from threads that are reading; the device's does not. It spares unbuffered ones.
-    if (file != nullptr) setvbuf(file, nullptr, _IONBF, 0);
     return file;
 }
