@@ -5,6 +5,7 @@
 #include <atomic>
 
 #include "hook/current_context.h"
+#include "platform/device_names.h"
 #include "platform/immortal.h"
 #include "platform/init_order.h"
 #include "platform/log.h"
@@ -23,9 +24,9 @@ constexpr int kDefaultTargetHeight = 648;
 struct GameListBuilder {
     GameListBuilder() {
         new (&ContextManager::gameList) GameList{
-            {"com.tencent.tmgp.sgame", ImplFactory::SGAME},
-            {"com.tencent.tmgp.pubgmhd", ImplFactory::PUBGMHD},
-            {"com.miHoYo.ys.qo", ImplFactory::GENSHIN_IMPACT},
+            {kSgamePackage, ImplFactory::SGAME},
+            {kPubgmhdPackage, ImplFactory::PUBGMHD},
+            {kGenshinImpactPackage, ImplFactory::GENSHIN_IMPACT},
         };
     }
 };

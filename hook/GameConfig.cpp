@@ -17,6 +17,7 @@
 #include <sstream>
 
 #include "hook/ContextManager.h"
+#include "platform/device_names.h"
 #include "platform/log.h"
 #include "platform/properties.h"
 
@@ -24,7 +25,6 @@ namespace android {
 
 namespace {
 
-constexpr char kConfigFile[] = "/data/system/vkd/qogl";
 constexpr char kDiagnosticsProperty[] = "vendor.qogl.debug";
 constexpr char kGameService[] = "orvane.pelune";
 constexpr char kGameServiceInterface[] = "com.orvane.pelune.IPeluneInterface";
@@ -92,7 +92,7 @@ void ContextManager::parseGameConfig(int game, int& width, int& height) {
     const bool diagnostics = diagnosticsAreOn();
     if (diagnostics) HOOK_LOG(DEBUG, "initGameModify, game: %d", game);
 
-    std::ifstream file(kConfigFile);
+    std::ifstream file(kGameConfigPath);
     std::string line;
     while (std::getline(file, line)) {
         ConfigLine parsed;

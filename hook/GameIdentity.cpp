@@ -6,13 +6,13 @@
 #include <cstring>
 
 #include "hook/ContextManager.h"
+#include "platform/device_names.h"
 #include "platform/log.h"
 
 namespace android {
 
 namespace {
 
-constexpr char kRenderingThreadName[] = "UnityGfx";
 constexpr size_t kThreadNameSize = 16;  // the kernel's limit, terminator included
 constexpr size_t kPathSize = 128;
 constexpr size_t kProcessNameSize = 64;

@@ -35,14 +35,8 @@ struct Default {
     int value;
 };
 constexpr Default kDefaults[] = {
-    {&GameInfoKeys::name, -1},
-    {&GameInfoKeys::status, -1},
-    {&GameInfoKeys::picture, -1},
-    {&GameInfoKeys::resolution, -1},
-    {&GameInfoKeys::enable, -1},
-    {&GameInfoKeys::fb0Factor, -1},
-    {&GameInfoKeys::gameInternalFboFactor, -1},
-    {&GameInfoKeys::gameVersion, -1},
+#define GAME_PARAMETER(member, key) {&GameInfoKeys::member, -1},
+#include "monitor/game_parameters.in"
     {&GameInfoKeys::internalEnable, 0},
 };
 

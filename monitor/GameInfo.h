@@ -16,15 +16,9 @@ extern PLUGIN_API std::map<std::string, int> gameInfo;
 
 // The keys that code refers to, built once so that a lookup allocates nothing.
 struct GameInfoKeys {
-    const std::string name{"name"};
-    const std::string status{"status"};
-    const std::string picture{"picture"};
-    const std::string resolution{"resolution"};
-    const std::string enable{"enable"};
-    const std::string fb0Factor{"FB0Factor"};  // with the digit zero
-    const std::string gameInternalFboFactor{"gameInternalFBOFactor"};
-    const std::string gameVersion{"gameVersion"};
-    const std::string internalEnable{"internalEnable"};
+#define GAME_PARAMETER(member, key) const std::string member{key};
+#include "monitor/game_parameters.in"
+    const std::string internalEnable{"internalEnable"};  // ours, not the node's
 };
 
 const GameInfoKeys& gameInfoKeys();

@@ -46,14 +46,10 @@ private:
 }  // namespace
 
 bool isKnownParameter(const std::string& name) {
-    static const char* const known[] = {"name",
-                                        "status",
-                                        "picture",
-                                        "resolution",
-                                        "enable",
-                                        "FB0Factor",
-                                        "gameInternalFBOFactor",
-                                        "gameVersion"};
+    static const char* const known[] = {
+#define GAME_PARAMETER(member, key) key,
+#include "monitor/game_parameters.in"
+    };
     return std::find(std::begin(known), std::end(known), name) != std::end(known);
 }
 

@@ -20,8 +20,6 @@
 
 namespace rig {
 
-constexpr char kParameterNodePath[] = "/sys/class/gpu_vesko/vesko/game_parameters";
-
 // The parameters that the plug-in knows by name.
 bool isKnownParameter(const std::string& name);
 // "NAME=VALUE"; throws std::invalid_argument that says what is wrong with it.

@@ -13,6 +13,7 @@
 
 #include "desktop/device/parameter_node.h"
 #include "hook/GPUVeskoMode.h"
+#include "platform/device_names.h"
 
 namespace rig {
 
@@ -24,7 +25,6 @@ using namespace std::chrono_literals;
 constexpr auto kPatience = 2000ms;
 constexpr auto kRewriteInterval = 30ms;
 constexpr auto kLookInterval = 1ms;
-constexpr char kRenderThreadName[] = "UnityGfx";
 
 struct State {
     std::mutex mutex;
@@ -57,7 +57,7 @@ bool pluginMonitors() {
     if (s.game == "pubgmhd") return true;
     char threadName[16] = {};
     prctl(PR_GET_NAME, threadName);
-    return s.game == "sgame" && strcmp(threadName, kRenderThreadName) == 0;
+    return s.game == "sgame" && strcmp(threadName, android::kRenderingThreadName) == 0;
 }
 
 // A name that the plug-in does not know never shows up.

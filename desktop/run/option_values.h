@@ -5,12 +5,13 @@
 #include <vector>
 
 #include "desktop/run/plan.h"
+#include "platform/device_names.h"
 
 namespace rig {
 
 struct Given {
     std::string game = "sgame";
-    std::string threadName = "UnityGfx";
+    std::string threadName = android::kRenderingThreadName;
     std::vector<std::string> set;
     std::vector<std::string> at;
     std::string config;

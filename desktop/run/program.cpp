@@ -11,6 +11,7 @@
 
 #include "desktop/run/exit_codes.h"
 #include "desktop/run/paths.h"
+#include "platform/device_names.h"
 
 namespace rig {
 
@@ -21,9 +22,9 @@ struct Game {
     const char* package;  // null: the program keeps its own name
 };
 
-constexpr Game kGames[] = {{"sgame", "com.tencent.tmgp.sgame"},
-                           {"genshin", "com.miHoYo.ys.qo"},
-                           {"pubgmhd", "com.tencent.tmgp.pubgmhd"},
+constexpr Game kGames[] = {{"sgame", android::kSgamePackage},
+                           {"genshin", android::kGenshinImpactPackage},
+                           {"pubgmhd", android::kPubgmhdPackage},
                            {"none", nullptr}};
 
 // As a shell finds it. Sets exitCode where it does not.

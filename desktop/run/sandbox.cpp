@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "desktop/device/parameter_node.h"
+#include "platform/device_names.h"
 
 namespace rig {
 
@@ -62,9 +63,9 @@ std::vector<std::string> sandboxArguments(const std::string& configFile) {
                                           {"/data/system/vkd", "qogl"}})
         if (isDirectory(directory)) makeRoom(arguments, directory, next);
     add(arguments, {"--dir", "/data/system/vkd", "--dir", kPrivateDirectory});
-    if (!configFile.empty()) add(arguments, {"--ro-bind", configFile, "/data/system/vkd/qogl"});
+    if (!configFile.empty()) add(arguments, {"--ro-bind", configFile, android::kGameConfigPath});
     makeRoom(arguments, "/sys/class", "gpu_vesko");
-    add(arguments, {"--dev-bind", kNodeSource, kParameterNodePath});
+    add(arguments, {"--dev-bind", kNodeSource, android::kParameterNodePath});
     return arguments;
 }
 
