@@ -1,4 +1,5 @@
-// The layouts that the loader, and code built against other headers, rely on.
+// The layouts that the loader, and code built against other headers, rely on;
+// those of the loader's own records stand in platform/loader_records.h.
 // Compiled with every 32-bit ARM build; it generates nothing.
 #include <cstddef>
 // The binder headers use these without including them.
@@ -22,16 +23,21 @@ namespace android {
 
 static_assert(sizeof(void*) == 4 && sizeof(long) == 4 && alignof(long long) == 8);
 
-// The loader's records.
-static_assert(sizeof(gl_hooks_t) == 5104);
-static_assert(sizeof(platform_impl_t) == 344);
-static_assert(offsetof(egl_connection_t, platform) == 332);
-
 static_assert(offsetof(HookCore, glTables) == 0);
 static_assert(offsetof(HookCore, platformTable) == 2 * 5104);
 static_assert(sizeof(HookCore) == 2 * 5104 + 344);
 
+static_assert(offsetof(MonitorThread, started) == 4);
+static_assert(offsetof(MonitorThread, game) == 8);
+static_assert(offsetof(MonitorThread, pollRecord) == 12);
+static_assert(sizeof(MonitorThread) == 20);
+
+static_assert(offsetof(HookContext, impl) == 4);
+static_assert(offsetof(HookContext, game) == 8);
+static_assert(offsetof(HookContext, monitor) == 12);
+static_assert(offsetof(HookContext, mainRenderringThreadId) == 32);
 static_assert(sizeof(HookContext) == 36);
+
 static_assert(sizeof(FboBase) == 112);
 static_assert(offsetof(FboBase, fboId) == 8);
 static_assert(offsetof(FboBase, fboProgram) == 20);

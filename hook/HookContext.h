@@ -40,12 +40,4 @@ public:
     int mainRenderringThreadId;  // -1: none
 };
 
-#if defined(__arm__)
-static_assert(offsetof(HookContext, impl) == 4);
-static_assert(offsetof(HookContext, game) == 8);
-static_assert(offsetof(HookContext, monitor) == 12);
-static_assert(offsetof(HookContext, mainRenderringThreadId) == 32);
-static_assert(sizeof(HookContext) == 36);
-#endif
-
 }  // namespace android

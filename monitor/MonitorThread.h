@@ -54,11 +54,4 @@ public:
     struct pollfd pollRecord;
 };
 
-#if defined(__arm__)
-static_assert(offsetof(MonitorThread, started) == 4);
-static_assert(offsetof(MonitorThread, game) == 8);
-static_assert(offsetof(MonitorThread, pollRecord) == 12);
-static_assert(sizeof(MonitorThread) == 20);
-#endif
-
 }  // namespace android

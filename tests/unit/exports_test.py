@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Checks that a build of the library exports its interface and nothing else.
+"""Checks that a build of the library exports its interface and nothing else, and
+that it calls itself without the dynamic linker.
 
 usage: exports_test.py LIBRARY SOURCE_DIR [NM]
 """
@@ -76,17 +77,33 @@ def exported_symbols(library, nm):
     return {re.sub(r'\(.*|\[abi:\w+\]|@.*', '', name) for name in names}
 
 
+def detours(library, nm):
+    """Functions of the library itself that it calls through a linkage table."""
+    relocations = subprocess.run(['readelf', '-rW', library], check=True, capture_output=True,
+                                 text=True).stdout
+    called = set(re.findall(r'JUMP_SLO\w*\s+\w+\s+(\w+)', relocations))
+    if not called:
+        sys.exit('readelf shows no calls to other libraries, which cannot be')
+    lines = subprocess.run([nm, '-D', '--defined-only', library], check=True,
+                           capture_output=True, text=True).stdout.splitlines()
+    return sorted(called & {line.split()[-1] for line in lines})
+
+
 def main():
     if len(sys.argv) not in (3, 4):
         sys.exit(__doc__.strip())
     expected = expected_symbols(sys.argv[2])
-    exported = exported_symbols(sys.argv[1], (sys.argv[3:] or ['nm'])[0])
+    nm = (sys.argv[3:] or ['nm'])[0]
+    exported = exported_symbols(sys.argv[1], nm)
     for name in sorted(expected - exported):
         print(f'missing: {name}')
     for name in sorted(exported - expected):
         print(f'not part of the interface: {name}')
+    own = detours(sys.argv[1], nm)
+    for name in own:
+        print(f'called through the dynamic linker: {name}')
     print(f'{len(exported)} exported, {len(expected)} expected')
-    return 0 if exported == expected else 1
+    return 0 if exported == expected and not own else 1
 
 
 if __name__ == '__main__':
