@@ -8,13 +8,13 @@
 
 #include "monitor/PollStop.h"
 #include "monitor/safe_descriptor.h"
+#include "platform/device_names.h"
 #include "platform/log.h"
 
 namespace android {
 
 namespace {
 
-constexpr char kNodePath[] = "/sys/class/gpu_vesko/vesko/game_parameters";
 constexpr size_t kNodeTextSize = 100;
 constexpr int kFirstPollMilliseconds = 5;
 // Only where there was no descriptor to be woken by.
@@ -64,11 +64,11 @@ void MonitorThread::start() {
         MONITOR_LOG(ERROR, "Create MonitorThread ERROR.");
         return;
     }
-    // A positive result is an error number, but monitoring goes on as if the
-    // thread ran: the game must not pay for another attempt at every EGL call.
+    // A positive result is an error number, and deliberately no failure here:
+    // the monitor counts as started, and no later EGL call tries again.
     initGameInfo();
-    const int node = keptFromZero(open(kNodePath, O_RDONLY | O_CLOEXEC));
-    if (node < 0) MONITOR_LOG(ERROR, " open %s failed", kNodePath);
+    const int node = keptFromZero(open(kParameterNodePath, O_RDONLY | O_CLOEXEC));
+    if (node < 0) MONITOR_LOG(ERROR, " open %s failed", kParameterNodePath);
     __atomic_store_n(&pollRecord.fd, node, __ATOMIC_RELAXED);
     started = true;
     __atomic_store_n(&pollRecord.events, short{POLLPRI | POLLERR}, __ATOMIC_RELEASE);

@@ -2,8 +2,7 @@
 //
 // A MonitorThread has no room for this: its layout is fixed. So what belongs to
 // a poll thread beyond it is kept here, under the monitor's address. Nothing of
-// it is on a GL path; the registry is guarded by a lock that no thread holds for
-// longer than a list walk.
+// it is on a GL path. The registry has a lock, which nothing holds while it waits.
 #pragma once
 
 #include <pthread.h>

@@ -5,7 +5,7 @@ namespace android {
 
 namespace {
 
-constexpr GLenum kColorFormat = GL_RGB8;  // the target has no use for alpha
+constexpr GLenum kColorFormat = GL_RGB8;  // no alpha, on purpose
 constexpr GLenum kDepthStencilFormat = GL_DEPTH24_STENCIL8;
 constexpr GLsizei kSamples = 4;
 

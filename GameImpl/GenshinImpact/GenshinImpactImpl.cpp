@@ -31,8 +31,8 @@ void GenshinImpactImpl::setTargetTexResolution(int& width, int& height) {
 
 void GenshinImpactImpl::reset() { rebuildInPlace(*this); }
 
-// Only the width is compared with the target, and only exact sizes count:
-// anything else may be a shadow map or a texture that the game samples by texel.
+// Only the width is compared with the target, and only exact sizes count, even
+// if others are wider than the target. Both deliberate.
 bool GenshinImpactImpl::isLowered(int width, int height) const {
     if (targetWidth >= width) return false;
     for (const auto& size : kInternalSizes) {

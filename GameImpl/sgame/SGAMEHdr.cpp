@@ -24,7 +24,7 @@ private:
     const GLenum target;
 };
 
-// Some drivers answer a query that they refuse with the error's code.
+// The comparison of an object type with codes of errors is deliberate.
 bool hasDepthStencil(const Attachments& attachments) {
     const GLint type = attachments.type(GL_DEPTH_STENCIL_ATTACHMENT);
     return type != 0 && type != GL_INVALID_ENUM && type != GL_INVALID_OPERATION;

@@ -138,8 +138,7 @@ void SGAMEImpl::glBindFramebuffer(unsigned target, unsigned framebuffer) {
     FboBase::FboDisableVRS();
 }
 
-// The width is compared with the HDR target's height: what is not wider than
-// that is a buffer of the game's own, not the window.
+// It is the width that is compared with the HDR target's height. Deliberate.
 std::optional<float> SGAMEImpl::scaleFor(int width) const {
     if (hdrHeight >= width) return std::nullopt;
     if (hdrBound) return hdrScale;

@@ -7,7 +7,7 @@
 //
 // One object serves all threads of the SGAME context. It holds no lock: its
 // calls come from the game's one rendering thread, with its context current.
-// The line numbers in its log lines are part of the log's contract.
+// Some of its log lines carry a fixed line number, which log readers know.
 #pragma once
 
 #include <optional>
