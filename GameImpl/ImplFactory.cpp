@@ -6,15 +6,23 @@
 #include "GameImpl/PUBGMHD/PUBGMHDImpl.h"
 #include "GameImpl/sgame/SGAMEImpl.h"
 #include "interception/DefaultImplV2.h"
+#include "platform/call_record.h"
 #include "platform/immortal.h"
 #include "platform/init_order.h"
+
+// No valid key yet: a lookup before one was made must not read some other
+// library's thread-local value.
+android::CallRecord vesko_call_record = {{}, static_cast<pthread_key_t>(-1), pthread_getspecific};
 
 namespace android {
 
 IMMORTAL_STORAGE(SGAMEImpl, sgameStorage, "_ZN7android11ImplFactory9sgameImplE");
 IMMORTAL_STORAGE(GenshinImpactImpl, genshinStorage, "_ZN7android11ImplFactory17genshinImpactImplE");
 IMMORTAL_STORAGE(PUBGMHDImpl, pubgmhdStorage, "_ZN7android11ImplFactory11pubgmhdImplE");
-IMMORTAL_STORAGE(DefaultImplV2, defaultStorage, "_ZN7android11ImplFactory13defaultImplV2E");
+
+static_assert(sizeof(DefaultImplV2) == sizeof(CallRecord::passThrough));
+extern "C" [[gnu::visibility("default"), gnu::alias("vesko_call_record")]] char
+    defaultStorage[sizeof(DefaultImplV2)] __asm__("_ZN7android11ImplFactory13defaultImplV2E");
 
 namespace {
 
@@ -48,6 +56,14 @@ private:
 
     T& impl;
 };
+
+// A program that refers to defaultImplV2 may hold the only copy of it. The
+// record's own storage then serves no call, but trampolines still compare other
+// Impls with the table of virtual functions that they find there.
+struct PassThroughTable {
+    PassThroughTable() { new (&vesko_call_record.passThrough) DefaultImplV2; }
+};
+INIT_ORDER(kInitImpls) PassThroughTable passThroughTable;
 
 INIT_ORDER(kInitImpls) ImplLifetime<SGAMEImpl> sgameLifetime(ImplFactory::sgameImpl);
 INIT_ORDER(kInitImpls)

@@ -14,12 +14,29 @@
 #include "GameImpl/sgame/SGAMEImpl.h"
 #include "hook/HookContext.h"
 #include "hook/HookCore.h"
+#include "platform/call_record.h"
 
 // The renderers have base classes with fields, so offsetof is not portable to
 // every compiler; to the two that build for ARM it is.
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 
 namespace android {
+
+// What the trampolines in assembly know; their Impl is a virtual table and the
+// driver's table.
+static_assert(offsetof(CallRecord, key) == 8 && offsetof(CallRecord, lookup) == 12);
+static_assert(sizeof(Impl) == 8);
+
+// How the list of entries marks those with a 64-bit argument.
+template <typename Function>
+constexpr bool kHas64BitArgument = false;
+template <typename R, typename... A>
+constexpr bool kHas64BitArgument<R (*)(A...)> = ((sizeof(A) == 8) || ...);
+#define GL_ENTRY(result, name, parameters, arguments) \
+    static_assert(!kHas64BitArgument<decltype(gl_hooks_t::gl_t::name)>);
+#define GL_ENTRY_64(result, name, parameters, arguments) \
+    static_assert(kHas64BitArgument<decltype(gl_hooks_t::gl_t::name)>);
+#include "platform/gl_entries.in"
 
 static_assert(sizeof(void*) == 4 && sizeof(long) == 4 && alignof(long long) == 8);
 

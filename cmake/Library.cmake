@@ -1,17 +1,22 @@
-# libtolvernvesko, from the folders' object libraries.
-add_library(tolvernvesko SHARED
-    $<TARGET_OBJECTS:hook> $<TARGET_OBJECTS:interception>
-    $<TARGET_OBJECTS:GameImpl> $<TARGET_OBJECTS:monitor>)
-if(NOT VERSION_SCRIPT)
-    set(VERSION_SCRIPT ${CMAKE_SOURCE_DIR}/libtolvernvesko.map)
-endif()
-set_target_properties(tolvernvesko PROPERTIES
-    LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}
-    LINK_DEPENDS ${VERSION_SCRIPT})
-target_link_libraries(tolvernvesko PRIVATE android_log android_base android_utils pthread)
-# Functions bind inside the library, so that internal calls cost no detour;
-# exported data stays with the dynamic linker, since a program that refers to it
-# may hold the only copy.
-target_link_options(tolvernvesko PRIVATE
-    -Wl,-Bsymbolic-functions -Wl,--version-script=${VERSION_SCRIPT}
-    -Wl,-z,relro -Wl,--gc-sections)
+# plugin_library(NAME TRAMPOLINES): libtolvernvesko, from the folders' object
+# libraries and the one that has the GL trampolines.
+function(plugin_library name trampolines)
+    add_library(${name} SHARED
+        $<TARGET_OBJECTS:hook> $<TARGET_OBJECTS:interception> $<TARGET_OBJECTS:${trampolines}>
+        $<TARGET_OBJECTS:GameImpl> $<TARGET_OBJECTS:monitor>)
+    if(NOT VERSION_SCRIPT)
+        set(VERSION_SCRIPT ${CMAKE_SOURCE_DIR}/libtolvernvesko.map)
+    endif()
+    set_target_properties(${name} PROPERTIES
+        LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}
+        LINK_DEPENDS ${VERSION_SCRIPT})
+    target_link_libraries(${name} PRIVATE android_log android_base android_utils pthread)
+    # Functions bind inside the library, so that internal calls cost no detour;
+    # exported data stays with the dynamic linker, since a program that refers to it
+    # may hold the only copy.
+    target_link_options(${name} PRIVATE
+        -Wl,-Bsymbolic-functions -Wl,--version-script=${VERSION_SCRIPT}
+        -Wl,-z,relro -Wl,--gc-sections)
+endfunction()
+
+plugin_library(tolvernvesko gl_trampolines)

@@ -33,9 +33,7 @@ struct GameListBuilder {
 INIT_ORDER(kInitContexts) GameListBuilder gameListBuilder;
 
 // Once the process leaves, bindings stay as they are: all Impls are about to be
-// pass-throughs, a monitor must not start any more, and the C library strips the
-// buffers of open files, that of the process's name among them, without asking
-// whether a thread is reading.
+// pass-throughs, and a monitor must not start any more.
 std::atomic<bool> processIsLeaving{false};
 
 struct ExitWatch {
@@ -45,8 +43,6 @@ INIT_ORDER(kInitExitWatch) ExitWatch exitWatch;
 
 }  // namespace
 
-// No valid key until TlsKeyInitializer has made one: a lookup before that must
-// not read some other library's thread-local value.
 pthread_key_t ContextManager::sKey = static_cast<pthread_key_t>(-1);
 pthread_once_t ContextManager::sOnceKey = PTHREAD_ONCE_INIT;
 bool ContextManager::hookingEnabled = true;
@@ -60,7 +56,10 @@ GAME_CONTEXT(sgameContext, true, ImplFactory::SGAME);
 GAME_CONTEXT(pubgmhdContext, true, ImplFactory::PUBGMHD);
 GAME_CONTEXT(genshinImpactContext, true, ImplFactory::GENSHIN_IMPACT);
 
-void ContextManager::TlsKeyInitializer::create() { pthread_key_create(&sKey, nullptr); }
+void ContextManager::TlsKeyInitializer::create() {
+    pthread_key_create(&sKey, nullptr);
+    vesko_call_record.key = sKey;
+}
 
 void ContextManager::validateTLSKey() { pthread_once(&sOnceKey, TlsKeyInitializer::create); }
 

@@ -1,16 +1,16 @@
-// The calling thread's context, for the trampolines: one thread-local lookup is
-// all that a GL call may cost here. Local to each source file, so that compilers
-// may inline it (a build for size keeps one copy, which jumps on to the lookup).
+// The calling thread's context: the one thread-local lookup that a GL call may
+// cost. Inline, since a call of ContextManager's operation would cost as much
+// again.
 #pragma once
 
-#include <pthread.h>
-
-#include "hook/ContextManager.h"
+#include "hook/HookContext.h"
+#include "platform/call_record.h"
 
 namespace android {
 
 inline HookContext* currentContext() {
-    return static_cast<HookContext*>(pthread_getspecific(ContextManager::sKey));
+    const CallRecord& record = vesko_call_record;
+    return static_cast<HookContext*>(record.lookup(record.key));
 }
 
 }  // namespace android

@@ -35,6 +35,9 @@ public:
     // The copy of the driver's EGL table that HookManager holds.
     platform_impl_t* getEGLPlatformImpl();
 
+    // getGLDriverImpl for the trampolines, without a call.
+    PLUGIN_LOCAL const gl_hooks_t* driver() const { return driverTable; }
+
 protected:
     const gl_hooks_t* driverTable;
 };

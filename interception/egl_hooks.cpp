@@ -1,5 +1,6 @@
 #include "interception/egl_hooks.h"
 
+#include "hook/ContextManager.h"
 #include "hook/current_context.h"
 #include "interception/Impl.h"
 #include "interception/served_by.h"

@@ -22,7 +22,10 @@ set(VESKO_DESKTOP OFF)
 
 set(CMAKE_CXX_COMPILER clang++)
 set(CMAKE_CXX_COMPILER_TARGET armv7a-linux-androideabi${ANDROID_API})
+set(CMAKE_ASM_COMPILER clang++)
+set(CMAKE_ASM_COMPILER_TARGET armv7a-linux-androideabi${ANDROID_API})
 set(CMAKE_CXX_FLAGS_INIT -mthumb)
+set(CMAKE_ASM_FLAGS_INIT -mthumb)
 # Neither the compiler's runtime library nor the NDK's C++ library is linked;
 # what of them is needed, the platform's libraries export.
 set(link_flags "-fuse-ld=lld -nodefaultlibs")

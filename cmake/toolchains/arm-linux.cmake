@@ -18,6 +18,7 @@ set(CMAKE_SYSTEM_PROCESSOR armv7-a)
 set(CMAKE_SYSROOT "${ARM_ROOT}")
 set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabi)
 set(CMAKE_CXX_FLAGS_INIT "-march=armv7-a -mfloat-abi=softfp -mfpu=neon -mthumb")
+set(CMAKE_ASM_FLAGS_INIT "${CMAKE_CXX_FLAGS_INIT}")
 
 set(CMAKE_FIND_ROOT_PATH "${ARM_ROOT}")
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

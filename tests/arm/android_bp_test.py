@@ -13,7 +13,8 @@ FOLDERS = ("GameImpl", "hook", "interception", "monitor")
 def cmake_sources(source):
     for folder in FOLDERS:
         text = (source / folder / "CMakeLists.txt").read_text()
-        for files in re.findall(r"plugin_module\(\w+\s+([^)]*)\)", text):
+        for files in re.findall(r"(?:plugin_module\(\w+|target_sources\(\w+ PRIVATE)\s+([^)]*)\)",
+                                text):
             yield from (f"{folder}/{name}" for name in files.split())
 
 

@@ -4,9 +4,11 @@
 // program was started with, whatever becomes of them in memory. So the name lies
 // in a file of its own, and opening the one leads to the other.
 #include <dlfcn.h>
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -35,11 +37,14 @@ void setProcessName(const std::string& name) {
 
 }  // namespace host
 
-extern "C" FILE* fopen(const char* path, const char* mode) {
-    using Open = FILE* (*)(const char*, const char*);
-    static const auto open = reinterpret_cast<Open>(dlsym(RTLD_NEXT, "fopen"));
+extern "C" int open(const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = flags & O_CREAT ? va_arg(arguments, mode_t) : 0;
+    va_end(arguments);
+    using Open = int (*)(const char*, int, ...);
+    static const auto next = reinterpret_cast<Open>(dlsym(RTLD_NEXT, "open"));
     const bool isName = nameFile >= 0 && path == "/proc/" + std::to_string(getpid()) + "/cmdline";
-    if (!isName) return open(path, mode);
-    FILE* file = open(("/proc/self/fd/" + std::to_string(nameFile)).c_str(), mode);
-    return file;
+    if (!isName) return next(path, flags, mode);
+    return next(("/proc/self/fd/" + std::to_string(nameFile)).c_str(), flags);
 }

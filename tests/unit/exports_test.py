@@ -47,7 +47,7 @@ FREE = ('gameInfo', 'impl', 'setGLHooksThreadSpecific', 'setGlThreadSpecific')
 
 def entries(path, macro):
     with open(path, encoding='utf-8') as rows:
-        return re.findall(rf'^{macro}\(.*?, (\w+), \(', rows.read(), re.M)
+        return re.findall(rf'^{macro}(?:_64)?\(.*?, (\w+), \(', rows.read(), re.M)
 
 
 def expected_symbols(source):

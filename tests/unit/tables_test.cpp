@@ -14,6 +14,24 @@
 #include "support/host.h"
 #include "support/recording_driver.h"
 
+// In here for the names of the GL types.
+namespace android {
+namespace {
+
+struct OverridingImpl : Impl {
+    using Impl::Impl;
+#define GL_ENTRY(result, name, parameters, arguments) \
+    result name parameters override {                 \
+        ++served;                                     \
+        return driverTable->gl.name arguments;        \
+    }
+#include "platform/gl_entries.in"
+    int served = 0;
+};
+
+}  // namespace
+}  // namespace android
+
 using namespace android;
 using test::Argument;
 using test::Call;
@@ -168,6 +186,21 @@ TEST_F(Tables, EveryTrampolineReachesTheDriversEntryOfItsName) {
 #define GL_ENTRY(result, name, parameters, arguments) \
     expectForwarded(#name, kEntry_##name, table.name);
 #include "platform/gl_entries.in"
+}
+
+// The pass-through is served in a way of its own; this goes the others' way.
+TEST_F(Tables, EveryTrampolineReachesTheOperationOfAnyOtherImpl) {
+    OverridingImpl overriding(&driver.hooks);
+    DefaultImplV2 inheriting(&driver.hooks);
+    gl_hooks_t::gl_t& table = HookManager::hookCore.glTables[1].gl;
+    for (Impl* impl : {static_cast<Impl*>(&overriding), static_cast<Impl*>(&inheriting)}) {
+        ContextManager::nullContext.setImpl(impl);
+#define GL_ENTRY(result, name, parameters, arguments) \
+    expectForwarded(#name, kEntry_##name, table.name);
+#include "platform/gl_entries.in"
+    }
+    EXPECT_EQ(overriding.served, 1020);
+    ContextManager::nullContext.setImpl(ImplFactory::getImpl(ImplFactory::NO_GAME));
 }
 
 TEST_F(Tables, EveryHookReachesTheDriversEntryOfItsName) {

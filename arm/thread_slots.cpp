@@ -1,4 +1,4 @@
-// Makes room for the GL slot in the test programs.
+// Makes room for the GL slot in a program that hosts the library.
 //
 // On ARM Linux the words from the third one on of the thread-pointer array are
 // the program's own thread-local variables, so a program that wants the platform's
