@@ -55,9 +55,9 @@ add_compile_options(
     -nostdinc++ -isystem ${CMAKE_SYSROOT}/usr/include/c++/v1 -D_LIBCPP_ABI_NAMESPACE=__1
     -fexceptions -Oz -fomit-frame-pointer -faddrsig)
 # Relative relocations in the packed form that the platform's linker reads from
-# API 30 on, and everything bound before the library runs.
+# API 30 on.
 add_link_options(
-    -Wl,--pack-dyn-relocs=relr -Wl,-z,now -Wl,-z,defs -Wl,-z,noexecstack
+    -Wl,--pack-dyn-relocs=relr -Wl,-z,defs -Wl,-z,noexecstack
     -Wl,--hash-style=gnu -Wl,--build-id -Wl,--icf=safe)
 set(VERSION_SCRIPT ${CMAKE_SOURCE_DIR}/android/libtolvernvesko.map)
 set(CMAKE_SKIP_RPATH ON)

@@ -10,6 +10,8 @@ namespace android {
 
 HookCore::HookCore() : glTables{}, platformTable{} { initGLHooks(); }
 
+HookCore::HookCore(StaticStorage) { initGLHooks(); }
+
 HookCore::~HookCore() = default;
 
 void HookCore::initGLHooks() {

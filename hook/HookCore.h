@@ -14,6 +14,10 @@ namespace android {
 class PLUGIN_API HookCore {
 public:
     HookCore();
+    // For an object in static storage, which is zero before its construction: to
+    // clear it again would use up five more pages in every process.
+    enum StaticStorage { kStaticStorage };
+    PLUGIN_LOCAL explicit HookCore(StaticStorage);
     ~HookCore();
 
     void initGLHooks();

@@ -5,7 +5,7 @@
 
 namespace android {
 
-INIT_ORDER(kInitTables) HookCore HookManager::hookCore;
+INIT_ORDER(kInitTables) HookCore HookManager::hookCore(HookCore::kStaticStorage);
 egl_connection_t* HookManager::gEGLImpl = nullptr;
 platform_impl_t HookManager::default_platform = {};
 

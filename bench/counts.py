@@ -1,0 +1,88 @@
+"""Instructions that the library adds to a GL call, entry by entry."""
+import os
+import re
+import statistics
+import subprocess
+import tempfile
+from pathlib import Path
+
+from programs import BenchError, run
+
+TRACE = re.compile(r"\[[0-9a-f]+/([0-9a-f]+)/")
+
+
+def families():
+    """The entry that stands for each family of signatures."""
+    text = (Path(__file__).parent / "families.h").read_text()
+    return dict(re.findall(r'F\("([^"]+)", (\w+),', text))
+
+
+def entries(output):
+    return re.findall(r"^entry (\w+) ", output, re.M)
+
+
+def with_callgrind(program, library):
+    """On x86-64: the difference between a call through the library's table and one through
+    the driver's, as callgrind counts them."""
+    with tempfile.TemporaryDirectory() as folder:
+        output = run(["valgrind", "--tool=callgrind",
+                      f"--callgrind-out-file={folder}/count", program, library])
+        totals = {"library": [], "driver": []}
+        files = sorted(Path(folder).glob("count.*"), key=lambda p: int(p.suffix[1:]))
+        for text in (path.read_text() for path in files):
+            trigger = re.search(r"Client Request: (\w+)", text)
+            if trigger:
+                totals[trigger[1]].append(int(re.search(r"^summary: (\d+)", text, re.M)[1]))
+    names = entries(output)
+    if not len(names) == len(totals["library"]) == len(totals["driver"]) > 0:
+        raise BenchError(f"callgrind counted {len(totals['library'])} of {len(names)} calls")
+    return {name: a - b for name, a, b in zip(names, totals["library"], totals["driver"])}
+
+
+def with_emulator(root, program, library):
+    """On ARM: every instruction of the library, the platform's stub and its lookup, from the
+    emulator's log. It puts all things at the same addresses in each run."""
+    emulator = ["qemu-arm-static", "-L", root]
+    output = run([*emulator, program, library], env={})
+    ranges = {name: (int(begin, 16) & ~1, int(end, 16))
+              for name, begin, end in re.findall(r"^range (\w+) (\w+) (\w+)", output, re.M)}
+    wanted = ",".join(f"{begin:#x}..{end - 1:#x}" for begin, end in ranges.values())
+    with tempfile.NamedTemporaryFile() as log:
+        run([*emulator, "-singlestep", "-d", "exec,nochain", "-D", log.name,
+             "-dfilter", wanted, program, library], env={})
+        counts = []
+        for line in Path(log.name).read_text().splitlines():
+            address = TRACE.search(line)
+            if address and int(address[1], 16) == ranges["mark"][0]:
+                counts.append(0)
+            elif address and counts:
+                counts[-1] += 1
+    names = entries(output)
+    if len(counts) != len(names) + 1 or not all(counts[:-1]):
+        raise BenchError(f"the emulator's log holds {len(counts) - 1} of {len(names)} calls")
+    return dict(zip(names, counts))
+
+
+def summary(library, plain):
+    """By family and over all entries, beside the plain design."""
+    rows = {family: {"library": library[entry], "plain": plain[entry]}
+            for family, entry in families().items()}
+    rows["mean of all entries"] = {"library": statistics.mean(library.values()),
+                                   "plain": statistics.mean(plain.values())}
+    return {"families": rows, "entries": len(library),
+            "slower than plain": sorted(n for n in library if library[n] > plain[n])}
+
+
+def measure(build, plain):
+    program = f"{build}/bench/call_count"
+    return summary(with_callgrind(program, f"{build}/libtolvernvesko.so"),
+                   with_callgrind(program, plain))
+
+
+def measure_arm(build, root):
+    if not os.path.exists(f"{build}/bench/call_count"):
+        raise BenchError(f"{build}/bench/call_count is missing: ./dev bench builds it")
+    program = f"{build}/bench/call_count"
+    return summary(
+        with_emulator(root, program, f"{build}/libtolvernvesko.so"),
+        with_emulator(root, program, f"{build}/bench/libtolvernvesko-plain.so"))

@@ -1,0 +1,108 @@
+"""Where the figures must get: the marks, and the table that shows both."""
+
+ARM = {"0 arguments": 40, "1 int": 42, "3 ints": 46, "3 ints, a pointer": 50, "9 arguments": 60,
+       "mean of all entries": 47}
+X86 = {"1 int": 36, "mean of all entries": 42}
+MESA = 1.04
+SYSTEM_CALLS = 5  # beside getpid, which some C libraries answer themselves
+LOAD_US = 45
+FLOOR = {"heavy, large triangles": 1.05, "heavy, small triangles": 1.15}
+
+
+class Table:
+    """Rows of text in columns; remembers which marks were missed. Only counts, which are the
+    same on every machine, decide whether a run failed."""
+
+    def __init__(self):
+        self.lines = []
+        self.missed = []
+        self.failed = False
+
+    def heading(self, text, columns):
+        self.lines += ["", text, self._row("", columns)]
+
+    @staticmethod
+    def _row(name, cells):
+        return f"  {name:34}" + "".join(f"{cell:>12}" for cell in cells)
+
+    def row(self, name, cells, value=None, mark=None, counted=False):
+        verdict = ""
+        if mark is not None:
+            met = value <= mark
+            verdict = f"   <= {mark:g} {'ok' if met else 'MISSED'}"
+            if not met:
+                self.missed.append(f"{name}: {value:.4g}, not <= {mark:g}")
+                self.failed = self.failed or counted
+        self.lines.append(self._row(name, cells) + verdict)
+
+    def text(self):
+        return "\n".join(self.lines)
+
+
+def counts(table, title, result, marks):
+    table.heading(title, ["library", "plain"])
+    for family, row in result["families"].items():
+        table.row(family, [f"{row['library']:.4g}", f"{row['plain']:.4g}"], row["library"],
+                  marks.get(family), counted=True)
+    slower = result["slower than plain"]
+    table.row("entries slower than plain", [len(slower), ""], len(slower), 0, counted=True)
+
+
+def calls(table, result):
+    if "x86-64 instructions" in result:
+        counts(table, "Instructions added to a GL call, x86-64", result["x86-64 instructions"],
+               X86)
+    if "ARM instructions" in result:
+        counts(table, "Instructions added to a GL call, ARM (stub and lookup included)",
+               result["ARM instructions"], ARM)
+    table.heading("Nanoseconds of a GL call, and to the direct one",
+                  ["direct", "library", "plain", "to direct", "plain to it"])
+    for family, row in result["nanoseconds"].items():
+        table.row(family, [f"{row['direct']:.2f}", f"{row['library']:.2f}", f"{row['plain']:.2f}",
+                           f"{row['library'] / row['direct']:.2f}",
+                           f"{row['plain'] / row['direct']:.2f}"])
+    mesa = result["mesa"]
+    ratio = mesa["library"] / mesa["direct"]
+    table.row("Mesa: 8 state calls and a draw",
+              [f"{mesa['direct']:.0f}", f"{mesa['library']:.0f}", "", f"{ratio:.4f}"], ratio, MESA)
+
+
+def egl(table, result):
+    table.heading("An EGL call", ["added"])
+    table.row("microseconds", [f"{result['microseconds']:.2f}"])
+    total = 0
+    for name, count in sorted(result["system calls"].items()):
+        table.row(f"system call {name}", [f"{count:g}"])
+        total += count if name != "getpid" else 0
+    table.row("system calls but getpid", [f"{total:g}"], total, SYSTEM_CALLS, counted=True)
+
+
+def frames(table, result):
+    table.heading("Frames, milliseconds (medians)",
+                  ["native", "frame", "to native", "blit", "floor", "to floor"])
+    for row in result:
+        name = f"{row['scene']} {row['width']}x{row['height']} {row['factor']:g}"
+        table.row(name, [f"{row['native ms']:.2f}", f"{row['frame ms']:.2f}",
+                         f"{row['to native']:.3f}", f"{row['blit ms']:.2f}",
+                         f"{row['floor ms']:.2f}", f"{row['to floor']:.3f}"],
+                  row["to floor"], FLOOR.get(row["scene"]))
+
+
+def process(table, result):
+    for name, library in result["libraries"].items():
+        table.heading(f"Library: {name}", [])
+        table.row("file, bytes", [library["file bytes"]])
+        table.row("loaded, bytes", [library["loaded bytes"]])
+        for section, size in sorted(library["sections"].items(), key=lambda item: -item[1])[:8]:
+            table.row(f"section {section}", [size])
+        for kind, count in sorted(library["relocations"].items()):
+            table.row(f"relocations {kind}", [count])
+        table.row("relocated words left writable",
+                  [library["relocated words that stay writable"]])
+    load = result["load"]
+    table.heading("Loading it on this machine", ["median", "least"])
+    table.row("microseconds over an empty library",
+              [f"{load['over empty us']:.1f}", f"{load['least over empty us']:.1f}"],
+              load["over empty us"], LOAD_US)
+    table.row("private memory, KiB", [f"{load['private KiB']:g}", ""])
+    table.row("heap, bytes", [f"{load['heap bytes']:g}", ""])
