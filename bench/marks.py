@@ -40,12 +40,13 @@ class Table:
 
 
 def counts(table, title, result, marks):
-    table.heading(title, ["library", "plain"])
+    columns = ["library", "in a game", "plain"]
+    table.heading(title, columns)
     for family, row in result["families"].items():
-        table.row(family, [f"{row['library']:.4g}", f"{row['plain']:.4g}"], row["library"],
+        table.row(family, [f"{row[column]:.4g}" for column in columns], row["library"],
                   marks.get(family), counted=True)
     slower = result["slower than plain"]
-    table.row("entries slower than plain", [len(slower), ""], len(slower), 0, counted=True)
+    table.row("entries slower than plain", [len(slower), "", ""], len(slower), 0, counted=True)
 
 
 def calls(table, result):

@@ -16,7 +16,7 @@
 //
 // Registers of a trampoline, from the lookup on:
 //     r0  the context, then its Impl      r4  the call record
-//     r1  the entry's offset in a table of entries (calls of an Impl only)
+//     r1  the entry's offset in a virtual table (calls of an Impl only)
 // The caller's r0 to r3, as far as they hold arguments, r4 and lr are on the
 // stack, in this order.
 
@@ -99,7 +99,7 @@
     ldr.w   r12, [r1, #position * 4]
     restore \count
     bx      r12
-2:  movw    r1, #position * 4
+2:  movw    r1, #FIRST_ENTRY + position * 4
     \call
     .balign 4
 3:  .long   vesko_call_record - (1b + 4)
@@ -107,17 +107,16 @@
 .endm
 
 // Calls of an Impl other than the pass-through: r0 the Impl, which may be null,
-// r1 the entry's offset.
+// r1 the entry's offset in its virtual table.
 //
 // An Impl may be one of a game, which overrides a few operations of the
 // pass-through. jump_unless_overridden goes to the driver where this entry is
-// none of them, with the registers of a trampoline of COUNT arguments; else it
-// leaves the Impl's own function in r12. It tells by the pass-through's virtual
-// table, which begins the record.
+// none of them, with the registers of a trampoline of COUNT arguments; else it goes
+// on at label 1 with the Impl's own function in r12. It tells by the pass-through's
+// virtual table, which begins the record.
 .macro jump_unless_overridden count
     ldr     r2, [r0]
     ldr     r3, [r4]
-    adds    r1, #FIRST_ENTRY
     ldr.w   r12, [r2, r1]
     ldr.w   r3, [r3, r1]
     cmp     r12, r3
@@ -127,7 +126,6 @@
     ldr.w   r12, [r2, r1]
     restore \count
     bx      r12
-1:
 .endm
 
 // Up to three arguments: each moves to the next register. That and the virtual
@@ -140,7 +138,6 @@ call_impl_\count:
     saved   \count
     cbz     r0, 2f
     ldr     r2, [r0]
-    adds    r1, #FIRST_ENTRY
     ldr.w   r12, [r2, r1]
     .if \count == 0
     pop     {r4, lr}
@@ -168,23 +165,21 @@ call_impl_\count:
     saved   \count
     cbz     r0, 2f
     jump_unless_overridden \count
-    mov     r4, sp
+2:  answer_nothing \count
+1:  mov     r4, sp
     .setfp  r4, sp
-    sub     sp, #((\count - REGISTER_ARGUMENTS + 2) / 2) * 8
-    ldr     r1, [r4, #12]
-    str     r1, [sp]
+    ldm     r4, {r1, r2, r3, lr}
+    str     lr, [sp, #-((\count - REGISTER_ARGUMENTS + 2) / 2) * 8]!
     .equ    word, 0
     .rept   \count - REGISTER_ARGUMENTS
-    ldr     r1, [r4, #SAVED_SIZE + word * 4]
-    str     r1, [sp, #4 + word * 4]
+    ldr     lr, [r4, #SAVED_SIZE + word * 4]
+    str     lr, [sp, #4 + word * 4]
     .equ    word, word + 1
     .endr
-    ldm     r4, {r1, r2, r3}
     blx     r12
     mov     sp, r4
     add     sp, #16
     pop     {r4, pc}
-2:  answer_nothing \count
     .fnend
     .size   call_impl_\count, . - call_impl_\count
 .endm
@@ -207,9 +202,9 @@ call_impl_\count:
 jump_or_return:
     .fnstart
     saved   REGISTER_ARGUMENTS
-    cbz     r0, 2f
+    cbz     r0, 1f
     jump_unless_overridden REGISTER_ARGUMENTS
-2:  bx      lr
+1:  bx      lr
     .fnend
     .size   jump_or_return, . - jump_or_return
 
