@@ -95,6 +95,7 @@ std::vector<std::vector<Parameter>> splitIntoTexts(const std::vector<Parameter>&
 
 struct ParameterNode::Shared {
     std::atomic<uint32_t> generation;
+    std::atomic<bool> loaderIsThere;
     uint32_t count;
     struct {
         char name[kNameMax + 1];
@@ -132,6 +133,10 @@ ParameterNode::~ParameterNode() {
     munmap(shared_, sizeof(Shared));
     close(descriptor_);
 }
+
+void ParameterNode::announceLoader() { shared_->loaderIsThere = true; }
+
+bool ParameterNode::loaderIsThere() const { return shared_->loaderIsThere; }
 
 uint32_t ParameterNode::generation() const { return shared_->generation.load(); }
 

@@ -37,6 +37,10 @@ public:
     ParameterNode& operator=(ParameterNode&&) = delete;
     ~ParameterNode();
 
+    // Whether the program has come as far as the rig's loader.
+    void announceLoader();
+    bool loaderIsThere() const;
+
     // Counts the changes made by anyone; costs one load.
     uint32_t generation() const;
     // Does not write the node. Throws std::runtime_error where no more

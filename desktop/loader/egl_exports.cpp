@@ -26,19 +26,21 @@ struct Surroundings<kEntry_eglMakeCurrent> {
     }
 };
 
+template <int Entry>
 struct AroundSwap {
     template <class Call, class... Arguments>
     static EGLBoolean run(Call call, Arguments...) {
-        const unsigned before = rig_before_swap();
+        const unsigned before = rig_before_swap(Entry);
         const EGLBoolean done = call();
         rig_after_swap(before);
         return done;
     }
 };
 template <>
-struct Surroundings<kEntry_eglSwapBuffers> : AroundSwap {};
+struct Surroundings<kEntry_eglSwapBuffers> : AroundSwap<kEntry_eglSwapBuffers> {};
 template <>
-struct Surroundings<kEntry_eglSwapBuffersWithDamageKHR> : AroundSwap {};
+struct Surroundings<kEntry_eglSwapBuffersWithDamageKHR>
+    : AroundSwap<kEntry_eglSwapBuffersWithDamageKHR> {};
 
 template <int Entry, class Call, class... Arguments>
 auto surrounded(Call call, Arguments... arguments) {

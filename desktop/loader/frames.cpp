@@ -9,6 +9,10 @@
 #include "desktop/loader/loader.h"
 #include "desktop/loader/parameters.h"
 #include "desktop/loader/statistics.h"
+#include "desktop/loader/status.h"
+
+// There only while the stepped clock is preloaded.
+extern "C" void rig_advance_clock(long long nanoseconds) __attribute__((weak));
 
 namespace rig {
 
@@ -31,6 +35,15 @@ void beginFrames() {
     if (frame == 1) statisticsFrameBegins(1);
 }
 
+void beforePresentation(SwapKind swap) {
+    const Settings& settings = loader().settings;
+    if (!settings.status && settings.statsFile.empty()) return;
+    const PluginState state = observePlugin(swap);
+    std::lock_guard<std::mutex> lock(frameMutex());
+    statusSwap(state);
+    statisticsPresentationBegins(whyNotScaled(state));
+}
+
 void beforeSwap(void* display, void* surface) {
     std::lock_guard<std::mutex> lock(frameMutex());
     statisticsFrameDrawn(display, surface);
@@ -45,6 +58,7 @@ void afterSwap() {
     for (const ParameterChange& change : loader().settings.changes)
         if (change.frame == frame) changeParameter(change.name, change.value);
     awaitChanges();
+    if (rig_advance_clock != nullptr) rig_advance_clock(loader().settings.clockStep);
     ++frame;
     statisticsFrameBegins(frame);
 }

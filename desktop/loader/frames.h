@@ -4,6 +4,8 @@
 // parameters for the next frame.
 #pragma once
 
+#include "desktop/loader/plugin_state.h"
+
 namespace rig {
 
 // The frame being drawn, counted from 1; swap N ends frame N.
@@ -11,6 +13,8 @@ int currentFrame();
 
 // When a context has become current: frame 1 begins with the first one.
 void beginFrames();
+// At the application's swap, before the plug-in presents the frame.
+void beforePresentation(SwapKind swap);
 void beforeSwap(void* display, void* surface);
 void afterSwap();
 // Ends the process after the last frame asked for, once the application's swap

@@ -26,7 +26,7 @@ RIG_EXPORT const android::platform_impl_t* rig_egl_table(int entry);
 RIG_EXPORT void rig_before_make_current(void* context);
 RIG_EXPORT void rig_after_make_current(void* context);
 // Returns what rig_after_swap wants to have back.
-RIG_EXPORT unsigned rig_before_swap(void);
+RIG_EXPORT unsigned rig_before_swap(int entry);
 RIG_EXPORT void rig_after_swap(unsigned before);
 }
 

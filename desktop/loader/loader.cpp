@@ -16,6 +16,7 @@
 #include "desktop/loader/program_guard.h"
 #include "desktop/loader/quirks/quirks.h"
 #include "desktop/loader/statistics.h"
+#include "desktop/loader/status.h"
 
 namespace rig {
 
@@ -68,6 +69,7 @@ void start(Loader& l) {
         l.applicationTable = startPlugin(l.plugin, l.connection);
     }
     startParameters(l.settings, l.plugin);
+    if (l.settings.status) startStatus();
 }
 
 bool isSwap(int entry) {
@@ -120,7 +122,11 @@ void rig_after_make_current(void* context) {
     rig::beginFrames();
 }
 
-unsigned rig_before_swap(void) { return rig::programInUse(); }
+unsigned rig_before_swap(int entry) {
+    rig::beforePresentation(entry == android::kEntry_eglSwapBuffers ? rig::SwapKind::plain
+                                                                    : rig::SwapKind::withDamage);
+    return rig::programInUse();
+}
 
 void rig_after_swap(unsigned before) {
     rig::useProgramAgain(before);

@@ -115,8 +115,9 @@ void startParameters(const Settings& settings, const Plugin& plugin) {
     State& s = state();
     s.plugin = plugin;
     s.game = settings.game;
-    if (!settings.parametersFile.empty())
-        s.node.emplace(ParameterNode::open(settings.parametersFile));
+    if (settings.parametersFile.empty()) return;
+    s.node.emplace(ParameterNode::open(settings.parametersFile));
+    s.node->announceLoader();
 }
 
 void changeParameter(const std::string& name, int newValue) {

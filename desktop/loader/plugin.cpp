@@ -19,6 +19,8 @@ constexpr char kPluginFile[] = "/../../libtolvernvesko.so";
 // android::gameInfo, as the GNU standard library has it mangled. A plug-in that
 // was built against another library has another map, which cannot be read here.
 constexpr char kGameInfoSymbol[] = "_ZN7android8gameInfoB5cxx11E";
+constexpr char kGameTypeSymbol[] = "_ZN7android14ContextManager11getGameTypeEv";
+constexpr char kCurrentContextSymbol[] = "_ZN7android14ContextManager17getCurrentContextEv";
 
 void* openLibrary(const std::string& path, int flags) {
     if (void* library = dlopen(path.c_str(), flags)) return library;
@@ -75,6 +77,8 @@ Plugin openPlugin(const std::string& directory, const Settings& settings) {
     plugin.entryObject = function<decltype(createImplInstance)>(library, "createImplInstance")();
     plugin.gameInfo =
         static_cast<const std::map<std::string, int>*>(dlsym(library, kGameInfoSymbol));
+    plugin.gameType = function<android::ImplFactory::GAME()>(library, kGameTypeSymbol);
+    plugin.currentContext = function<android::HookContext*()>(library, kCurrentContextSymbol);
     return plugin;
 }
 

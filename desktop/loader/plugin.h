@@ -4,10 +4,12 @@
 #include <map>
 #include <string>
 
+#include "GameImpl/ImplFactory.h"
 #include "desktop/device/settings.h"
 #include "platform/loader_records.h"
 
 namespace android {
+class HookContext;
 class QoGPUVeskoModeImpl;
 }
 
@@ -17,6 +19,9 @@ struct Plugin {
     android::QoGPUVeskoModeImpl* entryObject = nullptr;  // null: there is no plug-in
     // The parameters as the plug-in has taken them in.
     const std::map<std::string, int>* gameInfo = nullptr;
+    android::ImplFactory::GAME (*gameType)() = nullptr;
+    // What the calling thread is bound to.
+    android::HookContext* (*currentContext)() = nullptr;
 };
 
 // `directory` is where our libraries are. Throws std::runtime_error.

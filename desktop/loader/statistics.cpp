@@ -28,12 +28,17 @@ struct Statistics {
     json frame;  // the parts of the current frame that do not come from `record`
     Clock::duration spent{};
     Clock::time_point since;
+    Clock::time_point presentationBegan;
     Clock::time_point saved = Clock::now();
     unsigned savedFrames = 0;
 };
 
 // Null without --stats.
 Statistics* statistics;
+
+double milliseconds(Clock::duration time) {
+    return std::chrono::duration<double, std::milli>(time).count();
+}
 
 void save() {
     Statistics& s = *statistics;
@@ -67,6 +72,7 @@ json describe(const FrameRecord& record) {
                                     {"width", use.width},
                                     {"height", use.height},
                                     {"draws", use.draws},
+                                    {"wiped", use.wiped},
                                     {"clears", use.clears},
                                     {"viewports", use.viewports}});
     return framebuffers;
@@ -114,11 +120,21 @@ void statisticsFrameBegins(int frame) {
     s.since = Clock::now();
 }
 
+void statisticsPresentationBegins(const std::string& whyNotScaled) {
+    if (statistics == nullptr) return;
+    Statistics& s = *statistics;
+    s.frame["whyNotScaled"] = whyNotScaled;
+    loader().driver.gl.gl.glFinish();
+    s.presentationBegan = Clock::now();
+}
+
 void statisticsFrameDrawn(void* display, void* surface) {
     if (statistics == nullptr) return;
     Statistics& s = *statistics;
     loader().driver.gl.gl.glFinish();
-    s.spent += Clock::now() - s.since;
+    const Clock::time_point now = Clock::now();
+    s.spent += now - s.since;
+    s.frame["blitMs"] = milliseconds(now - s.presentationBegan);
     int width = 0;
     int height = 0;
     loader().driver.egl.eglQuerySurface(display, surface, EGL_WIDTH, &width);
@@ -134,7 +150,7 @@ void statisticsFrameEnds() {
     if (statistics == nullptr) return;
     Statistics& s = *statistics;
     s.spent += Clock::now() - s.since;
-    s.frame["ms"] = std::chrono::duration<double, std::milli>(s.spent).count();
+    s.frame["ms"] = milliseconds(s.spent);
     s.frame["framebuffers"] = describe(s.record);
     s.frame["textureStorage"] = describe(s.record.textureStorage);
     s.document["frames"].push_back(s.frame);

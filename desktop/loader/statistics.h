@@ -16,6 +16,9 @@ void startStatistics(const Driver& driver, const Settings& settings, android::gl
 // A frame's time runs from its beginning until it is drawn (after a glFinish)
 // and again while it is swapped: captures and waits between are left out.
 void statisticsFrameBegins(int frame);
+// The application has drawn its frame; `whyNotScaled` is empty where the plug-in
+// scales it. From here to statisticsFrameDrawn is the plug-in's blit.
+void statisticsPresentationBegins(const std::string& whyNotScaled);
 void statisticsFrameDrawn(void* display, void* surface);
 void statisticsSwapBegins();
 void statisticsFrameEnds();

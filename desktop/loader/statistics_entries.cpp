@@ -17,7 +17,7 @@ constexpr Kind kindOf(std::string_view name) {
     if (startsWith(name, "glDraw") || startsWith(name, "glMultiDraw") ||
         startsWith(name, "glBlitFramebuffer"))
         return Kind::draw;
-    if (name == "glClear" || startsWith(name, "glClearBuffer")) return Kind::clear;
+    if (startsWith(name, "glClearBuffer")) return Kind::clear;
     if (startsWith(name, "glFramebuffer") || startsWith(name, "glBindFramebuffer"))
         return Kind::attach;
     return Kind::other;
@@ -67,6 +67,16 @@ void onClear() {
     if (watching()) ++useInForce().clears;
 }
 
+void watchedClear(GLbitfield mask) {
+    if (watching()) {
+        FramebufferUse& use = useInForce();
+        ++use.clears;
+        if ((mask & GL_COLOR_BUFFER_BIT) != 0 && !driverTable.glIsEnabled(GL_SCISSOR_TEST))
+            use.wiped = use.draws;
+    }
+    driverTable.glClear(mask);
+}
+
 void onAttach() { currentUse = nullptr; }
 
 void watchedTexStorage2D(GLenum target, GLsizei levels, GLenum internalFormat, GLsizei width,
@@ -93,6 +103,7 @@ void installWatchingEntries(GLTable& table, FrameRecord& frameRecord) {
     else if constexpr (kindOf(#name) == Kind::attach) \
         precede<&GLTable::name, onAttach>(table);
 #include "platform/gl_entries.in"
+    table.glClear = watchedClear;
     table.glTexStorage2D = watchedTexStorage2D;
     table.glBindTexture = watchedBindTexture;
     precede<&GLTable::glDeleteFramebuffers, onAttach>(table);

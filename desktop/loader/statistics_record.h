@@ -13,6 +13,7 @@ struct FramebufferUse {
     int width = 0;
     int height = 0;
     int draws = 0;
+    int wiped = 0;  // the draws of which a later clear of all colour left nothing
     int clears = 0;
     std::vector<Box> viewports;  // each that was in force at a draw, once
 };

@@ -7,6 +7,7 @@
 #include <CLI/Error.hpp>
 #include <cerrno>
 #include <climits>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>
@@ -150,6 +151,22 @@ void readSize(const std::string& text, Settings& settings) {
     settings.height = number("--size", text.substr(x + 1), 1, kSizeMax);
 }
 
+// Nanoseconds; 0 for the machine's own clock.
+long long clockStepFrom(const std::string& text) {
+    if (text == "real") return 0;
+    try {
+        size_t used = 0;
+        const std::string step = text.rfind("step:", 0) == 0 ? text.substr(5) : "";
+        const double milliseconds = std::stod(step, &used);
+        if (used == step.size() && milliseconds >= 0.001 && milliseconds <= 10000)
+            return std::llround(milliseconds * 1e6);
+    } catch (const std::exception&) {
+    }
+    refuse("--clock", "'" + text +
+                          "' is neither 'real' nor 'step:MS' with milliseconds from 0.001 to "
+                          "10000, for example step:16.667");
+}
+
 std::string configFrom(const std::string& path) {
     if (path.empty()) return path;
     const std::string file = absolutePath(path);
@@ -211,6 +228,8 @@ Plan planFrom(const Given& given) {
     settings.frames = given.frames;
     if (!given.stats.empty()) settings.statsFile = outputFile("--stats", given.stats);
     settings.quirks = quirksFrom(given.quirks);
+    settings.clockStep = clockStepFrom(given.clock);
+    settings.status = given.status;
     plan.parameters = parametersFrom(given.set);
     plan.configFile = configFrom(given.config);
     plan.display = given.display;

@@ -24,6 +24,8 @@ struct Given {
     int frames = 0;
     std::string stats;
     std::vector<std::string> quirks;
+    std::string clock = "real";
+    bool status = false;
     std::string display = "auto";
     std::string log = "info";
     bool noPlugin = false;

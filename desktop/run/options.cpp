@@ -145,6 +145,14 @@ void addRunOptions(CLI::App& app, Given& given) {
                    "sizes, and the parameters in force. The driver finishes each frame before "
                    "its time is taken (glFinish), so that software drivers are timed honestly")
         ->type_name("FILE.json");
+    app.add_flag("--status", given.status,
+                 "Say on standard error, once a second, what the plug-in does now: game, context, "
+                 "sizes, factor, frames per second, and why it does not scale where it does not");
+    app.add_option("--clock", given.clock,
+                   "The program's clock: real, or step:MS, which moves on by that many "
+                   "milliseconds at each swap, so that programs that animate by time show the same "
+                   "in the same frame of every run (default real)")
+        ->type_name("CLOCK");
     app.add_option("--quirk", given.quirks, quirkHelp())
         ->allow_extra_args(false)
         ->type_name("NAME[@FRAME]");

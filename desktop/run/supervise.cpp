@@ -41,6 +41,11 @@ void setEnvironment(const Plan& plan) {
     setenv("XDG_RUNTIME_DIR", kPrivateDirectory, 0);  // lavapipe complains without one
     for (const EnvironmentChange& change : plan.environment)
         setVariable(change.name.c_str(), change.value);
+    if (plan.settings.clockStep > 0) {
+        const char* preloaded = getenv("LD_PRELOAD");
+        const std::string own = rigDirectory() + "/libveskoclock.so";
+        setVariable("LD_PRELOAD", preloaded != nullptr ? own + ":" + preloaded : own);
+    }
 }
 
 [[noreturn]] void becomeProgram(const Plan& plan, const sigset_t& unblocked) {
@@ -108,13 +113,26 @@ bool programEnded(pid_t program, int* exitCode) {
     return true;
 }
 
-int watch(pid_t program, int signals, ParameterNode& node) {
+// From the program's first EGL call on, the loader inside it reports instead.
+void sayNoLoader(const ParameterNode& node) {
+    if (!node.loaderIsThere())
+        fprintf(stderr,
+                "vesko-run: status: not scaled: the program has made no EGL call that comes "
+                "through the rig; programs on GLX, Vulkan or a library of their own never do\n");
+}
+
+int watch(pid_t program, int signals, ParameterNode& node, bool status) {
+    constexpr int kSecond = 1000;
     pollfd sources[2] = {{signals, POLLIN, 0}, {STDIN_FILENO, POLLIN, 0}};
     std::string unfinished;
     for (;;) {
         int exitCode = 0;
         if (programEnded(program, &exitCode)) return exitCode;
-        if (poll(sources, 2, -1) < 0 && errno != EINTR) return kExitDevice;
+        const int awaken = status && !node.loaderIsThere() ? kSecond : -1;
+        const int ready = poll(sources, 2, awaken);
+        if (ready < 0 && errno != EINTR) return kExitDevice;
+        if (ready == 0) sayNoLoader(node);
+        if (ready <= 0) continue;
         signalfd_siginfo info;
         if ((sources[0].revents & POLLIN) != 0 && read(signals, &info, sizeof info) > 0 &&
             info.ssi_signo != SIGCHLD && info.ssi_code != SI_KERNEL)
@@ -144,7 +162,7 @@ int runPlan(Plan plan) {
     const pid_t program = fork();
     if (program == 0) becomeProgram(plan, before);
     if (program < 0) throw std::runtime_error(std::string("fork: ") + strerror(errno));
-    return watch(program, signals, node);
+    return watch(program, signals, node, plan.settings.status);
 }
 
 }  // namespace
