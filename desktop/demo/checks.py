@@ -1,9 +1,8 @@
 """Whether a case did what its name says: from the pixels and from the sizes of
 the framebuffers that the driver saw. Times and settings prove nothing here."""
 
-import numpy as np
-
-import measure
+from common import measure
+from common.sizes import scaled, text_size, text_sizes
 
 # Frames at the start of a case that prove nothing: the driver may still be
 # making what the case needs.
@@ -16,20 +15,6 @@ BLOCK_SHIFT = 22.0
 # The most of the fine detail that cutting the resolution once, or once more,
 # may leave.
 MOST_LEFT = 0.96
-
-
-def scaled(size, percent):
-    """The scaled size, in single precision and cut off, as a driver is given it."""
-    factor = np.float32(percent / 100.0)
-    return tuple(int(np.float32(n) * factor) for n in size)
-
-
-def text_size(size):
-    return f"{size[0]}x{size[1]}"
-
-
-def text_sizes(sizes):
-    return ", ".join(text_size(s) for s in sorted(sizes, reverse=True)) or "nothing"
 
 
 def expected_sizes(case, window):

@@ -12,15 +12,22 @@ from pathlib import Path
 try:
     import numpy  # noqa: F401
     import PIL  # noqa: F401
+    import skimage  # noqa: F401
 except ImportError as error:
-    sys.exit(f"demo: {error}; install it: apt-get install python3-numpy python3-pil")
+    sys.exit(f"demo: {error}; install it: apt-get install python3-numpy python3-pil "
+             "python3-skimage")
+
+sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
 
 import cases
 import checks
-import measure
 import report
 import sheet
-from rig import Rig, RigError
+from common import measure
+from common.rig import RigError
+from common.sizes import text_sizes
+from common.texts import decibels
+from rig import Rig
 
 EXIT_CASE_FAILED = 1
 EXIT_USAGE = 2
@@ -42,7 +49,7 @@ class Result:
 
     @property
     def render_size(self):
-        return checks.text_sizes(self.sizes)
+        return text_sizes(self.sizes)
 
 
 def window_size(text):
@@ -147,7 +154,7 @@ def compare(results):
 def write(options, results):
     settings = {"size": options.size, "driver": options.driver, "frames_per_case": options.frames}
     contact = options.out / "contact-sheet.png"
-    sheet.draw([(r.case.title, f"{r.render_size}   {report.decibels(r.psnr)}", r.picture,
+    sheet.draw([(r.case.title, f"{r.render_size}   {decibels(r.psnr)}", r.picture,
                  r.case.places) for r in results], contact)
     report.write_json(results, settings, options.out / "results.json")
     report.write_page(results, settings, contact, options.out / "report.html")

@@ -4,14 +4,12 @@ import html
 import json
 import math
 
-
-def decibels(value):
-    return "identical" if math.isinf(value) else f"{value:.1f} dB"
+from common import texts
 
 
 def _row(result):
     return (result.case.title, result.render_size, f"{result.milliseconds:.1f} ms",
-            f"{result.ratio:.2f}", decibels(result.psnr), f"{result.ssim:.4f}",
+            f"{result.ratio:.2f}", texts.decibels(result.psnr), f"{result.ssim:.4f}",
             "FAILED" if result.failures else "ok")
 
 
@@ -19,16 +17,7 @@ HEAD = ("case", "render size", "median frame", "to native", "PSNR", "SSIM", "")
 
 
 def table(results):
-    rows = [HEAD, *(_row(r) for r in results)]
-    widths = [max(len(row[i]) for row in rows) for i in range(len(HEAD))]
-    lines = []
-    for number, row in enumerate(rows):
-        cells = [row[i].ljust(widths[i]) if i < 2 else row[i].rjust(widths[i])
-                 for i in range(len(HEAD))]
-        lines.append("  ".join(cells).rstrip())
-        if number == 0:
-            lines.append("-" * len(lines[0]))
-    return "\n".join(lines)
+    return texts.table([HEAD, *(_row(r) for r in results)], left=2)
 
 
 def write_json(results, settings, path):
@@ -61,9 +50,6 @@ td:nth-child(-n+2), th:nth-child(-n+2) { text-align: left; }
 
 
 def write_page(results, settings, sheet, path):
-    def row(cells, tag):
-        return "<tr>" + "".join(f"<{tag}>{html.escape(c)}</{tag}>" for c in cells) + "</tr>"
-
     failures = "".join(f"<li class='failed'>{html.escape(r.case.title)}: {html.escape(message)}</li>"
                        for r in results for message in r.failures)
     pictures = "".join(f"<h3>{html.escape(r.case.title)}</h3>"
@@ -76,7 +62,7 @@ def write_page(results, settings, sheet, path):
 <p>Window {html.escape(settings['size'])}, driver {html.escape(settings['driver'])},
 {settings['frames_per_case']} frames a case. Render sizes are those that the driver drew at.
 PSNR and SSIM compare with the native picture of the same frame; the frame time is the median.</p>
-<table>{row(HEAD, 'th')}{''.join(row(_row(r), 'td') for r in results)}</table>
+{texts.html_table([HEAD, *(_row(r) for r in results)])}
 <ul>{failures}</ul>
 <h2>Contact sheet</h2>
 <a href="{sheet.name}"><img src="{sheet.name}" alt="all cases"></a>

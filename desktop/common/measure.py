@@ -2,6 +2,7 @@
 
 import numpy as np
 from PIL import Image
+from skimage.metrics import peak_signal_noise_ratio, structural_similarity
 
 BLOCK = 32
 
@@ -17,8 +18,14 @@ def luma(picture):
 
 def psnr(picture, reference):
     """Peak signal to noise ratio in dB; infinite for equal pictures."""
-    error = np.mean((picture.astype(np.float64) - reference.astype(np.float64)) ** 2)
-    return float("inf") if error == 0 else float(10 * np.log10(255.0**2 / error))
+    if np.array_equal(picture, reference):
+        return float("inf")
+    return float(peak_signal_noise_ratio(reference, picture, data_range=255))
+
+
+def ssim(picture, reference):
+    """Mean structural similarity of the luma; 1 for equal pictures."""
+    return float(structural_similarity(luma(reference), luma(picture), data_range=255))
 
 
 def _box(values, size):
@@ -27,19 +34,6 @@ def _box(values, size):
     sums = (total[size:, size:] - total[:-size, size:] - total[size:, :-size]
             + total[:-size, :-size])
     return sums / size**2
-
-
-def ssim(picture, reference, size=8):
-    """Mean structural similarity of the luma over uniform windows."""
-    a, b = luma(picture), luma(reference)
-    mean_a, mean_b = _box(a, size), _box(b, size)
-    var_a = _box(a * a, size) - mean_a**2
-    var_b = _box(b * b, size) - mean_b**2
-    cov = _box(a * b, size) - mean_a * mean_b
-    c1, c2 = (0.01 * 255) ** 2, (0.03 * 255) ** 2
-    index = ((2 * mean_a * mean_b + c1) * (2 * cov + c2)
-             / ((mean_a**2 + mean_b**2 + c1) * (var_a + var_b + c2)))
-    return float(index.mean())
 
 
 def detail(picture):

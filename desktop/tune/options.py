@@ -1,0 +1,186 @@
+"""The command line, and the checks that it shares with profiles."""
+
+import argparse
+import re
+from dataclasses import dataclass
+from pathlib import Path
+
+DESCRIPTION = """\
+Runs a GLES program, or replays a trace of one, natively and at a list of scale
+factors, measures times and pictures, and recommends the factors to put on the
+device. Everything after -- is the program and its arguments."""
+
+EPILOG = """\
+{width} and {height} in the program's arguments become those of --size.
+
+examples:
+  ./dev tune -- vesko-scene
+  ./dev tune --size 640x480 --factors 100,80,60 -- glmark2-es2 -b terrain
+  ./dev tune --trace game.trace --min-ssim 0.9 --save game
+  ./dev tune --profile game --frames 60
+
+Exit codes: 0 a factor is recommended; 1 measured, but no factor below 100 can be
+recommended, which the result explains; 2 an option or a profile was refused;
+3 a tool is missing or the program failed; 130 ended early with Ctrl-C, with the
+results so far written where there were any."""
+
+MOST_FACTORS = 24
+
+
+class Refused(Exception):
+    """An option or a profile is not usable; says why and what to do."""
+
+
+def factors(text):
+    values = text.split(",")
+    if not all(re.fullmatch(r"\s*\d{1,3}\s*", v) for v in values):
+        raise argparse.ArgumentTypeError(
+            f"'{text}' is no list of percentages: write whole numbers with commas between, "
+            "such as 100,75,50")
+    numbers = [int(v) for v in values]
+    if not all(10 <= n <= 100 for n in numbers):
+        raise argparse.ArgumentTypeError(
+            f"'{text}' holds a factor that is not from 10 to 100 percent")
+    if len(set(numbers)) > MOST_FACTORS:
+        raise argparse.ArgumentTypeError(f"'{text}' holds more than {MOST_FACTORS} factors")
+    return sorted(set(numbers), reverse=True)
+
+
+def number(low, high):
+    def check(text):
+        if re.fullmatch(r"\d{1,6}", text) and low <= int(text) <= high:
+            return int(text)
+        raise argparse.ArgumentTypeError(f"'{text}' is no whole number from {low} to {high}")
+    return check
+
+
+def similarity(text):
+    try:
+        value = float(text)
+    except ValueError:
+        value = -1.0
+    if 0.0 < value <= 1.0:
+        return value
+    raise argparse.ArgumentTypeError(
+        f"'{text}' is no similarity: write a number above 0 and up to 1, such as 0.95")
+
+
+def size(text):
+    match = re.fullmatch(r"(\d{2,5})x(\d{2,5})", text)
+    if match and all(16 <= int(n) <= 8192 for n in match.groups()):
+        return f"{int(match[1])}x{int(match[2])}"
+    raise argparse.ArgumentTypeError(
+        f"'{text}' is no size: write WIDTHxHEIGHT, each from 16 to 8192, such as 1280x720")
+
+
+def clock(text):
+    match = re.fullmatch(r"real|step:(\d+(?:\.\d+)?)", text)
+    if match and (match[1] is None or 0.001 <= float(match[1]) <= 10000):
+        return text
+    raise argparse.ArgumentTypeError(
+        f"'{text}' is neither 'real' nor 'step:MS', such as step:16.667")
+
+
+def profile_name(text):
+    if re.fullmatch(r"[A-Za-z0-9_-]{1,60}", text):
+        return text
+    raise argparse.ArgumentTypeError(
+        f"'{text}' is no name for a profile: use letters, digits, '-' and '_'")
+
+
+def thread_name(text):
+    if len(text) <= 15:
+        return text
+    raise argparse.ArgumentTypeError(f"'{text}' is longer than 15 characters")
+
+
+def one_of(*names):
+    def check(text):
+        if text in names:
+            return text
+        raise argparse.ArgumentTypeError(f"'{text}' is none of {', '.join(names)}")
+    return check
+
+
+@dataclass(frozen=True)
+class Option:
+    """An option that a profile may hold as well, under the same name."""
+
+    name: str
+    metavar: str
+    check: callable
+    default: str
+    help: str
+
+    @property
+    def key(self):
+        return self.name.replace("-", "_")
+
+
+SETTINGS = (
+    Option("factors", "LIST", factors, "100,90,80,75,66,50",
+           "percentages of the window's size to try"),
+    Option("hdr-factors", "LIST", factors, "100",
+           "percentages for the program's own high-precision framebuffer "
+           "(gameInternalFBOFactor), each tried with each of --factors"),
+    Option("frames", "N", number(3, 10000), "20", "frames measured in each run"),
+    Option("warmup", "N", number(2, 10000), "5", "frames before them that do not count"),
+    Option("rounds", "N", number(1, 100), "3", "runs of each factor, taken in turns"),
+    Option("pictures", "N", number(1, 20), "3", "frames whose pictures are compared"),
+    Option("min-ssim", "X", similarity, "0.95",
+           "structural similarity that every compared picture must keep"),
+    Option("size", "WxH", size, "", "size of the window; the program's own unless given"),
+    Option("game", "GAME", one_of("sgame", "genshin"), "sgame",
+           "whose tuning to try: sgame scales the window, genshin lowers internal sizes"),
+    Option("thread-name", "NAME", thread_name, "UnityGfx",
+           "name given to threads that make a context current; '' gives none"),
+    Option("driver", "DRIVER", one_of("llvmpipe", "softpipe", "zink", "system"), "system",
+           "Mesa's driver: llvmpipe, softpipe, zink or system"),
+    Option("display", "MODE", one_of("auto", "xvfb", "none"), "auto",
+           "window system: auto, xvfb or none"),
+    Option("clock", "CLOCK", clock, "step:16.667",
+           "the program's clock: step:MS moves by MS each frame, so that every run shows the "
+           "same; real"),
+)
+
+
+def parser():
+    result = argparse.ArgumentParser(
+        prog="./dev tune", usage="./dev tune [OPTIONS] -- PROGRAM [ARGS...]\n"
+        "       ./dev tune [OPTIONS] --trace FILE.trace",
+        description=DESCRIPTION, epilog=EPILOG, allow_abbrev=False,
+        formatter_class=argparse.RawDescriptionHelpFormatter)
+    for option in SETTINGS:
+        shown = f" ({option.default})" if option.default else ""
+        result.add_argument(f"--{option.name}", metavar=option.metavar, type=option.check,
+                            help=option.help + shown)
+    result.add_argument("--trace", metavar="FILE", type=Path,
+                        help="replay this apitrace recording with eglretrace as the program")
+    result.add_argument("--out", metavar="DIR", type=Path,
+                        help="folder for the results (tune- with date and time)")
+    result.add_argument("--save", metavar="NAME", type=profile_name,
+                        help="keep these settings and the program as a profile, then run")
+    result.add_argument("--profile", metavar="NAME", type=profile_name,
+                        help="start from a kept profile; options given here win")
+    result.add_argument("--build", metavar="DIR", type=Path, default=Path("build/desktop"),
+                        help="build folder with the launcher (build/desktop)")
+    return result
+
+
+def parse(arguments):
+    """The options and the program's command, which is empty where none is given.
+
+    Settings that were not given are None; see complete.
+    """
+    own, command = arguments, []
+    if "--" in arguments:
+        split = arguments.index("--")
+        own, command = arguments[:split], arguments[split + 1:]
+    return parser().parse_args(own), command
+
+
+def complete(options):
+    """Fills in the defaults of the settings that nobody gave."""
+    for option in SETTINGS:
+        if getattr(options, option.key) is None:
+            setattr(options, option.key, option.check(option.default) if option.default else None)

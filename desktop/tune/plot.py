@@ -1,0 +1,119 @@
+"""Time and quality over the factor, as inline SVG."""
+
+import html
+
+WIDTH, LEFT, RIGHT = 480, 52, 12
+TOP, TIME_HEIGHT, GAP, SSIM_HEIGHT, BOTTOM = 30, 170, 44, 150, 40
+HEIGHT = TOP + TIME_HEIGHT + GAP + SSIM_HEIGHT + BOTTOM
+
+
+class Panel:
+    """One of the two diagrams: maps values to places and collects its marks."""
+
+    def __init__(self, top, height, low, high, factors):
+        self.top, self.height, self.low, self.high = top, height, low, high
+        self.first, self.last = max(factors), min(factors)
+        self.marks = []
+
+    def x(self, factor):
+        span = max(self.first - self.last, 1)
+        return LEFT + 14 + (self.first - factor) / span * (WIDTH - LEFT - RIGHT - 28)
+
+    def y(self, value):
+        return self.top + self.height * (1 - (value - self.low) / (self.high - self.low))
+
+    def add(self, mark):
+        self.marks.append(mark)
+
+    def text(self, x, y, words, anchor="middle", kind="tick"):
+        self.add(f'<text class="{kind}" x="{x:.1f}" y="{y:.1f}" text-anchor="{anchor}">'
+                 f"{html.escape(words)}</text>")
+
+    def level(self, value, words, kind):
+        y = self.y(value)
+        self.add(f'<line class="{kind}" x1="{LEFT}" x2="{WIDTH - RIGHT}" y1="{y:.1f}" '
+                 f'y2="{y:.1f}"/>')
+        self.text(WIDTH - RIGHT, y - 5, words, "end", "note")
+
+    def grid(self, form):
+        for i in range(4):
+            value = self.low + (self.high - self.low) * i / 3
+            y = self.y(value)
+            self.add(f'<line class="grid" x1="{LEFT}" x2="{WIDTH - RIGHT}" y1="{y:.1f}" '
+                     f'y2="{y:.1f}"/>')
+            self.text(LEFT - 6, y + 4, form(value), "end")
+
+    def series(self, results, value, kind, tell):
+        points = [(self.x(r.setting.factor), self.y(value(r)), r) for r in results]
+        path = " ".join(f"{x:.1f},{y:.1f}" for x, y, _ in points)
+        self.add(f'<polyline class="line {kind}" points="{path}"/>')
+        for x, y, r in points:
+            self.add(f'<circle class="dot {kind}" cx="{x:.1f}" cy="{y:.1f}" r="4.5">'
+                     f"<title>{html.escape(tell(r))}</title></circle>")
+
+    def whiskers(self, results, kind):
+        for r in results:
+            x = self.x(r.setting.factor)
+            self.add(f'<line class="whisker {kind}" x1="{x:.1f}" x2="{x:.1f}" '
+                     f'y1="{self.y(r.median):.1f}" y2="{self.y(r.p95):.1f}"/>')
+
+
+def _band(panels, chosen):
+    if chosen is None:
+        return ""
+    x = panels[0].x(chosen.setting.factor)
+    return (f'<rect class="band" x="{x - 12:.1f}" y="{TOP - 6}" width="24" '
+            f'height="{HEIGHT - TOP - BOTTOM + 12}" rx="6"/>')
+
+
+def _by_hdr(results):
+    groups = {}
+    for r in results:
+        if not r.setting.native:
+            groups.setdefault(r.setting.hdr, []).append(r)
+    return groups
+
+
+def _times(native, tuned, factors, groups):
+    panel = Panel(TOP, TIME_HEIGHT, 0.0, max(r.p95 for r in (native, *tuned)) * 1.08, factors)
+    panel.text(LEFT - 40, TOP - 14, "frame time in ms, median; up to the 95th percentile",
+               "start", "name")
+    panel.grid(lambda v: f"{v:.3g}")
+    panel.level(native.median, "native", "reference")
+    for index, group in enumerate(groups.values()):
+        panel.whiskers(group, f"s{index}")
+        panel.series(group, lambda r: r.median, f"s{index}",
+                     lambda r: f"{r.setting.title}: {r.median:.1f} ms")
+    return panel
+
+
+def _quality(tuned, factors, groups, minimum):
+    top = TOP + TIME_HEIGHT + GAP
+    lowest = min([minimum, *(r.ssim for r in tuned if r.comparisons)])
+    panel = Panel(top, SSIM_HEIGHT, max(0.0, lowest - 0.03), 1.0, factors)
+    panel.text(LEFT - 40, top - 14, "SSIM of the least similar picture", "start", "name")
+    panel.grid(lambda v: f"{v:.2f}")
+    panel.level(minimum, "wanted", "reference")
+    for index, group in enumerate(groups.values()):
+        panel.series([r for r in group if r.comparisons], lambda r: r.ssim, f"s{index}",
+                     lambda r: f"{r.setting.title}: SSIM {r.ssim:.4f}")
+    return panel
+
+
+def draw(results, chosen, minimum):
+    native, tuned = results[0], [r for r in results if not r.setting.native]
+    if not tuned:
+        return ""
+    factors = sorted({r.setting.factor for r in tuned})
+    groups = _by_hdr(results)
+    panels = [_times(native, tuned, factors, groups), _quality(tuned, factors, groups, minimum)]
+    for factor in factors:
+        panels[1].text(panels[1].x(factor), HEIGHT - BOTTOM + 20, str(factor))
+    panels[1].text(WIDTH / 2, HEIGHT - 4, "factor in percent", kind="note")
+    legend = ""
+    if len(groups) > 1:
+        legend = '<p class="legend">' + "".join(
+            f'<span class="s{i}">● HDR {hdr}</span>' for i, hdr in enumerate(groups)) + "</p>"
+    marks = "".join(m for p in panels for m in p.marks)
+    return (f'{legend}<svg viewBox="0 0 {WIDTH} {HEIGHT}" role="img" '
+            f'aria-label="Frame time and SSIM over the factor">{_band(panels, chosen)}{marks}</svg>')

@@ -1,0 +1,70 @@
+"""Everything that the page, the files and the terminal show."""
+
+from dataclasses import dataclass
+from pathlib import Path
+
+from common import texts
+from common.sizes import text_size
+
+HEAD = ("factor", "render size", "median", "p95", "p99", "to native", "blit", "SSIM", "PSNR",
+        "resized SSIM", "")
+
+
+@dataclass
+class Report:
+    out: Path
+    program: str
+    command: list
+    settings: dict
+    machine: dict
+    driver: dict
+    results: list
+    noise: object
+    verdict: object
+    notes: list
+    complete: bool
+
+
+def mark(result, report):
+    chosen = report.verdict.chosen
+    if chosen is not None and result.setting == chosen.setting:
+        return "recommended"
+    if result.not_scaled:
+        return "not scaled"
+    return "drawn wrongly" if result.drawn_wrongly else ""
+
+
+def rows(report):
+    result = [HEAD]
+    for r in report.results:
+        compared = bool(r.comparisons)
+        result.append((
+            r.setting.title, text_size(r.render_size), f"{r.median:.1f} ms", f"{r.p95:.1f} ms",
+            f"{r.p99:.1f} ms", f"{r.ratio:.2f}", f"{r.blit_share:.0%}" if r.blit else "",
+            f"{r.ssim:.4f}" if compared else "", texts.decibels(r.psnr) if compared else "",
+            f"{r.resized_ssim:.4f}" if compared and r.setting.scales else "", mark(r, report)))
+    return result
+
+
+def noise_sentence(noise):
+    if noise is None:
+        return "There was one native run, so it is not known how far its pictures repeat."
+    if noise.ssim == 1.0:
+        return "Two native runs show the same at the same frames, bit for bit."
+    return (f"Two native runs differ at the same frames: SSIM {noise.ssim:.4f}, "
+            f"{texts.decibels(noise.psnr)}. Smaller losses cannot be seen.")
+
+
+def device_lines(verdict):
+    node = verdict.node_text or verdict.node_note
+    config = verdict.config_line or verdict.config_note
+    return f"node text:          {node}\nconfiguration line: {config}"
+
+
+def terminal(report):
+    verdict = report.verdict
+    parts = [texts.table(rows(report)), "", verdict.headline, verdict.pixels,
+             *verdict.remarks, *report.notes, noise_sentence(report.noise)]
+    if not report.complete:
+        parts.insert(0, "PARTIAL: ended before all rounds were through.\n")
+    return "\n".join(parts)

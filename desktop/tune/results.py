@@ -1,0 +1,162 @@
+"""What the runs of each setting amount to."""
+
+from dataclasses import dataclass, field
+from pathlib import Path
+
+import numpy as np
+from PIL import Image
+
+import settings as s
+from common import measure
+from common.sizes import scaled
+from player import milliseconds
+
+# How much less like the native picture than its plain resize a scaled one may
+# be; beyond it, drawing went wrong, since losing resolution explains less.
+WRONG_SSIM = 0.12
+
+
+@dataclass
+class Comparison:
+    """A picture held against the native one of the same frame."""
+
+    frame: int
+    picture: Path
+    native: Path
+    ssim: float
+    psnr: float
+    # What the native picture keeps when it is merely resized to the render
+    # size and back; what drawing at that size can be expected to keep.
+    resized_ssim: float
+
+
+@dataclass
+class Result:
+    setting: s.Setting
+    samples: int
+    median: float
+    p95: float
+    p99: float
+    # To the native run of the same round; the median over rounds.
+    ratio: float
+    # The rounds' own medians, smallest and largest.
+    low: float
+    high: float
+    blit: float
+    blit_share: float
+    window: tuple
+    render_size: tuple
+    drawn: list
+    # Why the plug-in did not do what the setting asks for; empty where it did.
+    not_scaled: str
+    draws: int
+    wiped: int
+    comparisons: list = field(default_factory=list)
+
+    @property
+    def ssim(self):
+        """Of the least similar picture."""
+        return min((c.ssim for c in self.comparisons), default=float("nan"))
+
+    @property
+    def psnr(self):
+        return min((c.psnr for c in self.comparisons), default=float("nan"))
+
+    @property
+    def resized_ssim(self):
+        return min((c.resized_ssim for c in self.comparisons), default=float("nan"))
+
+    @property
+    def drawn_wrongly(self):
+        return any(c.resized_ssim - c.ssim > WRONG_SSIM for c in self.comparisons)
+
+
+def _resized_ssim(native, size):
+    whole = Image.fromarray(native)
+    small = whole.resize(size, Image.BILINEAR)
+    return measure.ssim(np.asarray(small.resize(whole.size, Image.BILINEAR)), native)
+
+
+def _compare(run, native, size):
+    result = []
+    for frame, file in run.pictures.items():
+        reference = native.pictures.get(frame)
+        if reference is None or not file.is_file() or not reference.is_file():
+            continue
+        own, other = measure.load(file), measure.load(reference)
+        if own.shape != other.shape:
+            continue
+        identical = np.array_equal(own, other)
+        result.append(Comparison(
+            frame, file, reference, 1.0 if identical else measure.ssim(own, other),
+            measure.psnr(own, other), 1.0 if size is None else _resized_ssim(other, size)))
+    return result
+
+
+def _ratio(runs, natives):
+    by_round = {run.round: np.median(milliseconds([run])) for run in natives}
+    ratios = [np.median(milliseconds([run])) / by_round[run.round]
+              for run in runs if run.round in by_round]
+    return float(np.median(ratios)) if ratios else float("nan")
+
+
+def _render_size(setting, window, game):
+    if game == "genshin":
+        return s.target_size(setting)
+    return scaled(window, setting.factor)
+
+
+def _not_scaled(setting, last, render_size, game, natives):
+    """The plug-in's own answer, then what the driver saw."""
+    if not setting.scales:
+        return ""
+    if game == "genshin":
+        if render_size in last.offscreen | last.textures:
+            return ""
+        return ("the program makes no texture storage and sets no viewport of 1440x648, 1280x576 "
+                "or 1080x486 that is wider than the target")
+    if setting.factor != 100 and last.why_not_scaled:
+        return last.why_not_scaled
+    if setting.hdr != 100 and scaled(last.window, setting.hdr) not in (
+            last.offscreen - natives[-1].frames[-1].offscreen):
+        return ("no framebuffer of the program was recognised as its high-precision one, so "
+                "gameInternalFBOFactor does nothing here")
+    return ""
+
+
+def evaluate(setting, session, game):
+    runs, natives = session.runs[setting], session.runs[s.NATIVE]
+    times = milliseconds(runs)
+    frames = [f for run in runs for f in run.frames]
+    last = frames[-1]
+    medians = [float(np.median(milliseconds([run]))) for run in runs]
+    presented = setting.scales and game == "sgame" and not last.why_not_scaled
+    render_size = _render_size(setting, last.window, game)
+    target = [use for use in last.uses if use[:2] == render_size] if presented else []
+    blits = np.array([f.blit for f in frames])
+    return Result(
+        setting=setting, samples=len(times), median=float(np.median(times)),
+        p95=float(np.percentile(times, 95)), p99=float(np.percentile(times, 99)),
+        ratio=_ratio(runs, natives), low=min(medians), high=max(medians),
+        blit=float(np.median(blits)) if presented else 0.0,
+        blit_share=float(np.median(blits / times)) if presented else 0.0,
+        window=last.window, render_size=render_size, drawn=sorted(last.offscreen, reverse=True),
+        not_scaled=_not_scaled(setting, last, render_size, game, natives),
+        draws=sum(u[2] for u in target), wiped=sum(u[3] for u in target),
+        comparisons=_compare(runs[0], natives[0],
+                             render_size if presented and setting.factor != 100 else None))
+
+
+def evaluate_all(session, game):
+    """Results in the schedule's order; empty without a native run."""
+    if s.NATIVE not in session.runs:
+        return []
+    return [evaluate(setting, session, game) for setting in session.runs]
+
+
+def noise(session):
+    """The native pictures of two runs held against each other; None where there
+    was one run only."""
+    natives = session.runs.get(s.NATIVE, [])
+    found = [c for run in natives[1:] for c in _compare(run, natives[0], None)]
+    return min(found, key=lambda c: c.ssim) if found else None

@@ -1,0 +1,202 @@
+"""What the measurements mean: whether pixels matter, which factor to take."""
+
+from dataclasses import dataclass, field
+
+import numpy as np
+
+import settings as s
+from common.sizes import text_size
+
+# The part of the frame's time that half the window's pixels must save before
+# the program counts as limited by them, and before it counts as hardly so.
+CLEARLY, HARDLY = 0.20, 0.08
+# Medians of rounds that are further apart than this, for their size, are said
+# to be noisy.
+NOISY = 0.25
+# A gain must be larger than this, and than the noise.
+LEAST_GAIN = 0.03
+# Native pictures less alike than this are no measure for others.
+REPRODUCIBLE = 0.999
+
+
+@dataclass
+class Fit:
+    """Frame time as a constant part plus parts that go with pixel counts, in ms,
+    the blit left out."""
+
+    constant: float
+    window: float
+    hdr: float
+    # The part of the variation that the fit explains.
+    r2: float
+
+    @property
+    def saved_by_half(self):
+        """The part of the native time that half of all pixels would save."""
+        whole = self.constant + self.window + self.hdr
+        return 0.5 * (self.window + self.hdr) / whole if whole > 0 else 0.0
+
+
+@dataclass
+class Verdict:
+    chosen: object = None  # a Result
+    headline: str = ""
+    pixels: str = ""
+    fit: Fit = None
+    remarks: list = field(default_factory=list)
+    node_text: str = ""
+    config_line: str = ""
+    node_note: str = ""
+    config_note: str = ""
+
+
+def fit_pixels(results):
+    """None where there are too few points."""
+    # What was not scaled drew all its pixels whatever its factor says, and what
+    # was drawn wrongly may have drawn nothing.
+    points = [r for r in results if not r.not_scaled and not r.drawn_wrongly]
+    share = np.array([[(r.setting.factor / 100) ** 2, (r.setting.hdr / 100) ** 2] for r in points])
+    if len(points) < 3 or len({tuple(row) for row in share}) < 3:
+        return None
+    times = np.array([r.median - r.blit for r in points])
+    varies = [column for column in (0, 1) if len(set(share[:, column])) > 1]
+    matrix = np.column_stack([np.ones(len(points)), share[:, varies]])
+    answer, *_ = np.linalg.lstsq(matrix, times, rcond=None)
+    parts = dict(zip(varies, answer[1:]))
+    variation = ((times - times.mean()) ** 2).sum()
+    left = ((matrix @ answer - times) ** 2).sum()
+    return Fit(float(answer[0]), float(parts.get(0, 0.0)), float(parts.get(1, 0.0)),
+               float(1 - left / variation) if variation > 0 else 0.0)
+
+
+def spread(result):
+    return (result.high - result.low) / result.median
+
+
+def judge_pixels(fit, results):
+    if fit is None:
+        return "Too few factors were measured to tell whether pixels limit the program."
+    saved = fit.saved_by_half
+    measured = (f"drawing half the pixels would save {max(saved, 0):.0%} of the native frame time, "
+                "the blit not counted")
+    worst = max((spread(r) for r in results), default=0.0)
+    if saved < HARDLY:
+        text = f"The program is hardly limited by its pixels: {measured}."
+    elif saved < CLEARLY:
+        text = f"The program is limited by its pixels in part: {measured}."
+    else:
+        text = f"The program is limited by its pixels: {measured}."
+    if worst > max(NOISY, 2 * saved):
+        text += (f" Do not lean on this: medians of one factor's rounds lie {worst:.0%} apart. "
+                 "Quieten the machine, or raise --frames and --rounds.")
+    return text
+
+
+def _keeps(result, minimum):
+    return (result.setting.scales and not result.not_scaled and not result.drawn_wrongly
+            and bool(result.comparisons) and result.ssim >= minimum)
+
+
+def _pixels(result):
+    return result.setting.factor ** 2 + result.setting.hdr ** 2
+
+
+def _cause(result, game):
+    """What may have made a scaled picture wrong, as a sentence."""
+    if result.wiped:
+        return (f"{result.wiped} of the {result.draws} draws to the window are wiped again within "
+                "the frame: the program binds the window several times a frame, and each time the "
+                "plug-in clears the scaled target. A game that does this cannot be scaled")
+    if game == "genshin":
+        return "The program does not expect textures of another size than it asked for"
+    return ("The program may count on state that does not survive a presented frame: the clear "
+            "colour, vertex arrays, buffers or textures that it sets up once (docs/rig.md, "
+            "Limits). Compare the pictures")
+
+
+def _explain_failures(results, minimum, game):
+    scaled = [r for r in results if r.setting.scales]
+    idle = [r for r in scaled if r.not_scaled]
+    wrong = [r for r in scaled if r.drawn_wrongly and not r.not_scaled]
+    remarks = []
+    for reason in dict.fromkeys(r.not_scaled for r in idle):
+        which = ", ".join(r.setting.title for r in idle if r.not_scaled == reason)
+        remarks.append(f"Not scaled at {which}: {reason}.")
+    if wrong:
+        which = ", ".join(r.setting.title for r in wrong)
+        lost = wrong[0]
+        remarks.append(
+            f"Drawn wrongly at {which}: at {lost.setting.title} the picture keeps an SSIM of "
+            f"{lost.ssim:.3f} where the resolution alone would leave {lost.resized_ssim:.3f}. "
+            f"{_cause(lost, game)}.")
+    return remarks
+
+
+def _gains(result, native):
+    noise = (spread(result) + spread(native)) / 2
+    return 1 - result.ratio > max(LEAST_GAIN, noise)
+
+
+def _headline(chosen, results, minimum):
+    scaled = [r for r in results if r.setting.scales]
+    if chosen is not None:
+        gain = f"a frame takes {chosen.ratio:.0%} of the native time"
+        if not _gains(chosen, results[0]):
+            gain = f"but it saves no time here that stands out of the noise ({chosen.ratio:.0%} of native)"
+        return (f"Factor {chosen.setting.title} is the lowest that keeps an SSIM of {minimum:g} "
+                f"(it has {chosen.ssim:.3f}); {gain}.")
+    if not scaled:
+        return "No factor below 100 was measured, so there is nothing to recommend."
+    if all(r.not_scaled for r in scaled):
+        return "The program was not scaled at any factor: leave scaling off."
+    working = [r for r in scaled if not r.not_scaled]
+    if all(r.drawn_wrongly for r in working):
+        return "The program is drawn wrongly at every factor below 100: leave scaling off."
+    best = max(working, key=lambda r: (not r.drawn_wrongly, r.ssim))
+    return (f"No factor below 100 keeps an SSIM of {minimum:g}; the best is {best.setting.title} "
+            f"with {best.ssim:.3f}. Leave scaling off, or lower --min-ssim.")
+
+
+def _own_drawing(results, game):
+    native = results[0]
+    if game != "sgame" or not native.drawn:
+        return []
+    sizes = ", ".join(text_size(size) for size in native.drawn)
+    return [f"The program also draws to framebuffers of its own ({sizes}). FB0Factor scales only "
+            "what is drawn to the window; --hdr-factors tries the program's own high-precision "
+            "framebuffer."]
+
+
+def _device_texts(verdict, game):
+    setting = verdict.chosen.setting if verdict.chosen else s.Setting()
+    if game == "genshin":
+        verdict.config_line = s.config_line(setting)
+        verdict.config_note = "the line of /data/system/vkd/qogl"
+        verdict.node_note = "none: Genshin Impact reads no node"
+        return
+    verdict.node_text = s.node_text(setting)
+    verdict.node_note = "to be written by the kernel into its game parameter node"
+    verdict.config_note = ("none: this game reads no file; only Genshin Impact does "
+                           "(--game genshin)")
+
+
+def judge(results, noise, options):
+    """results: the native one first."""
+    game, minimum = options.game, options.min_ssim
+    verdict = Verdict(fit=fit_pixels(results))
+    trusted = noise is None or noise.ssim >= REPRODUCIBLE
+    keeping = [r for r in results if _keeps(r, minimum)]
+    if trusted and keeping:
+        verdict.chosen = min(keeping, key=lambda r: (_pixels(r), r.median))
+    verdict.headline = _headline(verdict.chosen, results, minimum)
+    if not trusted:
+        verdict.headline = ("No factor can be recommended: the program does not show the same in "
+                            "the same frame of two runs, so its pictures cannot be compared.")
+        verdict.remarks.append(
+            f"Two native runs have an SSIM of {noise.ssim:.3f} at the same frame. "
+            "--clock step:16.667 makes programs repeatable that animate by time; a recording "
+            "(--trace) always is.")
+    verdict.pixels = judge_pixels(verdict.fit, results)
+    verdict.remarks += _explain_failures(results, minimum, game) + _own_drawing(results, game)
+    _device_texts(verdict, game)
+    return verdict
