@@ -49,6 +49,9 @@ Display::Display(const std::string& mode) {
         unsetenv("WAYLAND_DISPLAY");
         setenv("EGL_PLATFORM", "surfaceless", 0);
     }
+    // Programs on waffle, such as eglretrace, would choose GLX, which passes by.
+    setenv("WAFFLE_PLATFORM",
+           mode == "none" ? "surfaceless_egl" : isSet("DISPLAY") ? "x11_egl" : "wayland", 0);
 }
 
 void Display::startXvfb() {

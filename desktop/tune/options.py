@@ -123,9 +123,9 @@ SETTINGS = (
     Option("hdr-factors", "LIST", factors, "100",
            "percentages for the program's own high-precision framebuffer "
            "(gameInternalFBOFactor), each tried with each of --factors"),
-    Option("frames", "N", number(3, 10000), "20", "frames measured in each run"),
-    Option("warmup", "N", number(2, 10000), "5", "frames before them that do not count"),
-    Option("rounds", "N", number(1, 100), "3", "runs of each factor, taken in turns"),
+    Option("frames", "N", number(3, 10000), "12", "frames measured in each run"),
+    Option("warmup", "N", number(2, 10000), "4", "frames before them that do not count"),
+    Option("rounds", "N", number(1, 100), "5", "runs of each factor, taken in turns"),
     Option("pictures", "N", number(1, 20), "3", "frames whose pictures are compared"),
     Option("min-ssim", "X", similarity, "0.95",
            "structural similarity that every compared picture must keep"),

@@ -86,12 +86,12 @@ def _shown(value):
 
 
 COLUMNS = """Times are of whole frames until the driver has finished them, the swap included, over
-all rounds. To native: the median to that of the native run of the same round, the median over the
-rounds. Blit: the part of a frame in which the plug-in stretches the scaled picture over the window;
-clearing the target for the next frame is not in it. SSIM (structure) and PSNR (mean error) compare
-the least similar picture with the native one of the same frame. Resized SSIM is what the native
-picture keeps when it is merely resized to the render size and back: a scaled picture that stays far
-below it was drawn wrongly."""
+all rounds. To native takes each frame at its fastest over the rounds, which leaves out what else the
+machine did, and the median over frames. Blit: the part of a frame in which the plug-in stretches the
+scaled picture over the window; clearing the target for the next frame is not in it. SSIM (structure)
+and PSNR (mean error) compare with the native picture of the same frame; the least similar one
+counts. Resized SSIM is what the native picture keeps when it is merely resized to the render size
+and back: a scaled picture that stays far below it was drawn wrongly."""
 
 
 def write(report, path):

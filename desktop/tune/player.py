@@ -128,4 +128,5 @@ class Player:
 
 
 def milliseconds(runs):
-    return np.array([f.milliseconds for run in runs for f in run.frames])
+    """Of every frame, a row for each run."""
+    return np.array([[f.milliseconds for f in run.frames] for run in runs])

@@ -1,10 +1,20 @@
 """Time and quality over the factor, as inline SVG."""
 
 import html
+import math
 
 WIDTH, LEFT, RIGHT = 480, 52, 12
 TOP, TIME_HEIGHT, GAP, SSIM_HEIGHT, BOTTOM = 30, 170, 44, 150, 40
 HEIGHT = TOP + TIME_HEIGHT + GAP + SSIM_HEIGHT + BOTTOM
+
+
+def _round_values(low, high):
+    """Three to six values that are easily read, all within the range."""
+    raw = (high - low) / 4
+    unit = 10.0 ** math.floor(math.log10(raw))
+    step = next(n * unit for n in (1, 2, 5, 10) if n * unit >= raw)
+    first = math.ceil(low / step - 1e-9)
+    return [round(i * step, 10) for i in range(first, int(math.floor(high / step + 1e-9)) + 1)]
 
 
 class Panel:
@@ -35,13 +45,12 @@ class Panel:
                  f'y2="{y:.1f}"/>')
         self.text(WIDTH - RIGHT, y - 5, words, "end", "note")
 
-    def grid(self, form):
-        for i in range(4):
-            value = self.low + (self.high - self.low) * i / 3
+    def grid(self):
+        for value in _round_values(self.low, self.high):
             y = self.y(value)
             self.add(f'<line class="grid" x1="{LEFT}" x2="{WIDTH - RIGHT}" y1="{y:.1f}" '
                      f'y2="{y:.1f}"/>')
-            self.text(LEFT - 6, y + 4, form(value), "end")
+            self.text(LEFT - 6, y + 4, f"{value:g}", "end")
 
     def series(self, results, value, kind, tell):
         points = [(self.x(r.setting.factor), self.y(value(r)), r) for r in results]
@@ -62,8 +71,8 @@ def _band(panels, chosen):
     if chosen is None:
         return ""
     x = panels[0].x(chosen.setting.factor)
-    return (f'<rect class="band" x="{x - 12:.1f}" y="{TOP - 6}" width="24" '
-            f'height="{HEIGHT - TOP - BOTTOM + 12}" rx="6"/>')
+    return "".join(f'<rect class="band" x="{x - 12:.1f}" y="{p.top}" width="24" '
+                   f'height="{p.height}"/>' for p in panels)
 
 
 def _by_hdr(results):
@@ -78,7 +87,7 @@ def _times(native, tuned, factors, groups):
     panel = Panel(TOP, TIME_HEIGHT, 0.0, max(r.p95 for r in (native, *tuned)) * 1.08, factors)
     panel.text(LEFT - 40, TOP - 14, "frame time in ms, median; up to the 95th percentile",
                "start", "name")
-    panel.grid(lambda v: f"{v:.3g}")
+    panel.grid()
     panel.level(native.median, "native", "reference")
     for index, group in enumerate(groups.values()):
         panel.whiskers(group, f"s{index}")
@@ -92,7 +101,7 @@ def _quality(tuned, factors, groups, minimum):
     lowest = min([minimum, *(r.ssim for r in tuned if r.comparisons)])
     panel = Panel(top, SSIM_HEIGHT, max(0.0, lowest - 0.03), 1.0, factors)
     panel.text(LEFT - 40, top - 14, "SSIM of the least similar picture", "start", "name")
-    panel.grid(lambda v: f"{v:.2f}")
+    panel.grid()
     panel.level(minimum, "wanted", "reference")
     for index, group in enumerate(groups.values()):
         panel.series([r for r in group if r.comparisons], lambda r: r.ssim, f"s{index}",

@@ -1,5 +1,6 @@
 """Everything that the page, the files and the terminal show."""
 
+import math
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -42,7 +43,7 @@ def rows(report):
             r.setting.title, text_size(r.render_size), f"{r.median:.1f} ms", f"{r.p95:.1f} ms",
             f"{r.p99:.1f} ms", f"{r.ratio:.2f}", f"{r.blit_share:.0%}" if r.blit else "",
             f"{r.ssim:.4f}" if compared else "", texts.decibels(r.psnr) if compared else "",
-            f"{r.resized_ssim:.4f}" if compared and r.setting.scales else "", mark(r, report)))
+            "" if math.isnan(r.resized_ssim) else f"{r.resized_ssim:.4f}", mark(r, report)))
     return result
 
 

@@ -1,5 +1,6 @@
 """What the runs of each setting amount to."""
 
+import math
 from dataclasses import dataclass, field
 from pathlib import Path
 
@@ -25,8 +26,9 @@ class Comparison:
     native: Path
     ssim: float
     psnr: float
-    # What the native picture keeps when it is merely resized to the render
-    # size and back; what drawing at that size can be expected to keep.
+    # What the native picture keeps when it is merely resized to the smallest
+    # render size and back, which drawing at that size can be expected to keep;
+    # not a number where no such size is known.
     resized_ssim: float
 
 
@@ -37,11 +39,13 @@ class Result:
     median: float
     p95: float
     p99: float
-    # To the native run of the same round; the median over rounds.
+    # Each frame at its fastest over the rounds, which are equal but for what else
+    # the machine did; the median over frames.
+    undisturbed: float
+    # How far two halves of the rounds are apart in that, as a part of it.
+    noise: float
+    # To native, undisturbed both.
     ratio: float
-    # The rounds' own medians, smallest and largest.
-    low: float
-    high: float
     blit: float
     blit_share: float
     window: tuple
@@ -56,15 +60,15 @@ class Result:
     @property
     def ssim(self):
         """Of the least similar picture."""
-        return min((c.ssim for c in self.comparisons), default=float("nan"))
+        return min((c.ssim for c in self.comparisons), default=math.nan)
 
     @property
     def psnr(self):
-        return min((c.psnr for c in self.comparisons), default=float("nan"))
+        return min((c.psnr for c in self.comparisons), default=math.nan)
 
     @property
     def resized_ssim(self):
-        return min((c.resized_ssim for c in self.comparisons), default=float("nan"))
+        return min((c.resized_ssim for c in self.comparisons), default=math.nan)
 
     @property
     def drawn_wrongly(self):
@@ -89,15 +93,19 @@ def _compare(run, native, size):
         identical = np.array_equal(own, other)
         result.append(Comparison(
             frame, file, reference, 1.0 if identical else measure.ssim(own, other),
-            measure.psnr(own, other), 1.0 if size is None else _resized_ssim(other, size)))
+            measure.psnr(own, other), math.nan if size is None else _resized_ssim(other, size)))
     return result
 
 
-def _ratio(runs, natives):
-    by_round = {run.round: np.median(milliseconds([run])) for run in natives}
-    ratios = [np.median(milliseconds([run])) / by_round[run.round]
-              for run in runs if run.round in by_round]
-    return float(np.median(ratios)) if ratios else float("nan")
+def _undisturbed(times):
+    return float(np.median(times.min(axis=0)))
+
+
+def _noise(times):
+    if len(times) < 2:
+        return 0.0
+    halves = [_undisturbed(times[half::2]) for half in (0, 1)]
+    return abs(halves[0] - halves[1]) / min(halves)
 
 
 def _render_size(setting, window, game):
@@ -129,22 +137,24 @@ def evaluate(setting, session, game):
     times = milliseconds(runs)
     frames = [f for run in runs for f in run.frames]
     last = frames[-1]
-    medians = [float(np.median(milliseconds([run]))) for run in runs]
-    presented = setting.scales and game == "sgame" and not last.why_not_scaled
+    presented = setting.factor != 100 and game == "sgame" and not last.why_not_scaled
     render_size = _render_size(setting, last.window, game)
     target = [use for use in last.uses if use[:2] == render_size] if presented else []
+    smallest = scaled(last.window, min(setting.factor, setting.hdr))
     blits = np.array([f.blit for f in frames])
+    undisturbed = _undisturbed(times)
     return Result(
-        setting=setting, samples=len(times), median=float(np.median(times)),
+        setting=setting, samples=times.size, median=float(np.median(times)),
         p95=float(np.percentile(times, 95)), p99=float(np.percentile(times, 99)),
-        ratio=_ratio(runs, natives), low=min(medians), high=max(medians),
+        undisturbed=undisturbed, noise=_noise(times),
+        ratio=undisturbed / _undisturbed(milliseconds(natives)),
         blit=float(np.median(blits)) if presented else 0.0,
-        blit_share=float(np.median(blits / times)) if presented else 0.0,
+        blit_share=float(np.median(blits / times.ravel())) if presented else 0.0,
         window=last.window, render_size=render_size, drawn=sorted(last.offscreen, reverse=True),
         not_scaled=_not_scaled(setting, last, render_size, game, natives),
         draws=sum(u[2] for u in target), wiped=sum(u[3] for u in target),
         comparisons=_compare(runs[0], natives[0],
-                             render_size if presented and setting.factor != 100 else None))
+                             smallest if setting.scales and game == "sgame" else None))
 
 
 def evaluate_all(session, game):

@@ -10,9 +10,8 @@ from common.sizes import text_size
 # The part of the frame's time that half the window's pixels must save before
 # the program counts as limited by them, and before it counts as hardly so.
 CLEARLY, HARDLY = 0.20, 0.08
-# Medians of rounds that are further apart than this, for their size, are said
-# to be noisy.
-NOISY = 0.25
+# Noise beyond this makes the answer about pixels doubtful.
+NOISY = 0.10
 # A gain must be larger than this, and than the noise.
 LEAST_GAIN = 0.03
 # Native pictures less alike than this are no measure for others.
@@ -58,7 +57,7 @@ def fit_pixels(results):
     share = np.array([[(r.setting.factor / 100) ** 2, (r.setting.hdr / 100) ** 2] for r in points])
     if len(points) < 3 or len({tuple(row) for row in share}) < 3:
         return None
-    times = np.array([r.median - r.blit for r in points])
+    times = np.array([r.undisturbed - r.blit for r in points])
     varies = [column for column in (0, 1) if len(set(share[:, column])) > 1]
     matrix = np.column_stack([np.ones(len(points)), share[:, varies]])
     answer, *_ = np.linalg.lstsq(matrix, times, rcond=None)
@@ -69,26 +68,22 @@ def fit_pixels(results):
                float(1 - left / variation) if variation > 0 else 0.0)
 
 
-def spread(result):
-    return (result.high - result.low) / result.median
-
-
 def judge_pixels(fit, results):
     if fit is None:
         return "Too few factors were measured to tell whether pixels limit the program."
     saved = fit.saved_by_half
     measured = (f"drawing half the pixels would save {max(saved, 0):.0%} of the native frame time, "
                 "the blit not counted")
-    worst = max((spread(r) for r in results), default=0.0)
+    worst = max(r.noise for r in results)
     if saved < HARDLY:
         text = f"The program is hardly limited by its pixels: {measured}."
     elif saved < CLEARLY:
         text = f"The program is limited by its pixels in part: {measured}."
     else:
         text = f"The program is limited by its pixels: {measured}."
-    if worst > max(NOISY, 2 * saved):
-        text += (f" Do not lean on this: medians of one factor's rounds lie {worst:.0%} apart. "
-                 "Quieten the machine, or raise --frames and --rounds.")
+    if worst > max(NOISY, saved):
+        text += (f" Do not lean on this: the times of one factor differ by {worst:.0%} between "
+                 "rounds. Quieten the machine, or raise --rounds.")
     return text
 
 
@@ -133,8 +128,7 @@ def _explain_failures(results, minimum, game):
 
 
 def _gains(result, native):
-    noise = (spread(result) + spread(native)) / 2
-    return 1 - result.ratio > max(LEAST_GAIN, noise)
+    return 1 - result.ratio > max(LEAST_GAIN, result.noise, native.noise)
 
 
 def _headline(chosen, results, minimum):
@@ -187,7 +181,7 @@ def judge(results, noise, options):
     trusted = noise is None or noise.ssim >= REPRODUCIBLE
     keeping = [r for r in results if _keeps(r, minimum)]
     if trusted and keeping:
-        verdict.chosen = min(keeping, key=lambda r: (_pixels(r), r.median))
+        verdict.chosen = min(keeping, key=lambda r: (_pixels(r), r.undisturbed))
     verdict.headline = _headline(verdict.chosen, results, minimum)
     if not trusted:
         verdict.headline = ("No factor can be recommended: the program does not show the same in "

@@ -1,0 +1,50 @@
+"""A headless browser that reports what a page asks of the network and complains of."""
+
+import json
+import tempfile
+from pathlib import Path
+
+from selenium import webdriver
+from selenium.webdriver.chrome.service import Service
+
+FLAGS = ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-quic", "--no-first-run",
+         "--disable-background-networking", "--disable-component-update", "--disable-sync",
+         "--disable-dev-shm-usage", "--hide-scrollbars")
+
+
+class Browser:
+    """Use as a context; `phone` emulates a small touch screen."""
+
+    def __init__(self, page, phone=False, size=(1100, 900)):
+        self._folder = tempfile.TemporaryDirectory()
+        options = webdriver.ChromeOptions()
+        for flag in (*FLAGS, f"--user-data-dir={self._folder.name}",
+                     f"--window-size={size[0]},{size[1]}"):
+            options.add_argument(flag)
+        options.set_capability("goog:loggingPrefs", {"browser": "ALL", "performance": "ALL"})
+        if phone:
+            options.add_experimental_option("mobileEmulation", {
+                "deviceMetrics": {"width": 360, "height": 740, "pixelRatio": 2.0, "touch": True}})
+        self.driver = webdriver.Chrome(options=options, service=Service("/usr/bin/chromedriver"))
+        self.driver.get(Path(page).absolute().as_uri())
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.driver.quit()
+        self._folder.cleanup()
+
+    def script(self, text, *arguments):
+        return self.driver.execute_script(text, *arguments)
+
+    def complaints(self):
+        return [entry["message"] for entry in self.driver.get_log("browser")]
+
+    def requests(self):
+        """The addresses that were asked for, the page's own, data and the browser's aside."""
+        events = (json.loads(entry["message"])["message"]
+                  for entry in self.driver.get_log("performance"))
+        asked = [event["params"]["request"]["url"] for event in events
+                 if event["method"] == "Network.requestWillBeSent"]
+        return [url for url in asked if not url.startswith(("data:", "chrome:", self.driver.current_url))]
