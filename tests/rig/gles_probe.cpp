@@ -1,10 +1,12 @@
 // A small GLES program for the rig's tests. It draws to a pbuffer that it asks
 // to be 64x48 and prints what it learnt, one "name value" a line.
 //
-// usage: gles_probe [loaded|procs] [es1|desktop] [facts] [frames N] [pause MS]
+// usage: gles_probe [loaded|procs] [es1|desktop] [facts] [clock] [rebind] [frames N] [pause MS]
 //   loaded, procs   take the entries by dlsym, or by eglGetProcAddress alone
 //   es1, desktop    draw with an OpenGL ES 1, or a desktop GL context
 //   facts           print what the driver quirks change, after the first frame
+//   clock           print the program's own time in each frame, by four ways
+//   rebind          bind the window once more in the middle of each frame
 #define EGL_NO_X11
 #define GL_GLEXT_PROTOTYPES
 #include <EGL/egl.h>
@@ -12,11 +14,14 @@
 #include <GLES3/gl32.h>
 #include <dlfcn.h>
 #include <sys/prctl.h>
+#include <sys/time.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 
 namespace {
 
@@ -107,7 +112,7 @@ GLuint makeProgram() {
     return program;
 }
 
-void drawFrame() {
+void drawFrame(bool rebind) {
     CALL(glBindFramebuffer)(GL_FRAMEBUFFER, 0);
     CALL(glViewport)(0, 0, 64, 48);
     CALL(glClearColor)(0.5f, 0, 0, 1);
@@ -115,6 +120,10 @@ void drawFrame() {
     CALL(glBindBuffer)(GL_ARRAY_BUFFER, 0);
     CALL(glVertexAttribPointer)(0, 2, GL_FLOAT, GL_FALSE, 0, kTriangle);
     CALL(glEnableVertexAttribArray)(0);
+    CALL(glDrawArrays)(GL_TRIANGLES, 0, 3);
+    if (!rebind) return;
+    CALL(glBindFramebuffer)(GL_FRAMEBUFFER, 0);
+    CALL(glViewport)(0, 0, 16, 12);
     CALL(glDrawArrays)(GL_TRIANGLES, 0, 3);
 }
 
@@ -187,12 +196,28 @@ void printFacts(GLuint program) {
     printf("depth-blue %d\n", value);
 }
 
+// Milliseconds since the epoch or since the machine's start.
+void printTime() {
+    timespec monotonic = {};
+    timeval day = {};
+    clock_gettime(CLOCK_MONOTONIC, &monotonic);
+    gettimeofday(&day, nullptr);
+    const auto steady = std::chrono::steady_clock::now().time_since_epoch();
+    printf("time %ld %ld %ld %ld\n",
+           static_cast<long>(monotonic.tv_sec * 1000 + monotonic.tv_nsec / 1000000),
+           static_cast<long>(day.tv_sec * 1000 + day.tv_usec / 1000),
+           static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(steady).count()),
+           static_cast<long>(time(nullptr) * 1000));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     bool es1 = false;
     bool desktop = false;
     bool facts = false;
+    bool clock = false;
+    bool rebind = false;
     int frames = 3;
     int pause = 0;
     for (int i = 1; i < argc; ++i) {
@@ -200,6 +225,8 @@ int main(int argc, char** argv) {
         es1 = es1 || strcmp(argv[i], "es1") == 0;
         desktop = desktop || strcmp(argv[i], "desktop") == 0;
         facts = facts || strcmp(argv[i], "facts") == 0;
+        clock = clock || strcmp(argv[i], "clock") == 0;
+        rebind = rebind || strcmp(argv[i], "rebind") == 0;
         if (strcmp(argv[i], "frames") == 0) frames = atoi(argv[i + 1]);
         if (strcmp(argv[i], "pause") == 0) pause = atoi(argv[i + 1]);
     }
@@ -214,7 +241,8 @@ int main(int argc, char** argv) {
         else if (desktop)
             drawFrameDesktop();
         else
-            drawFrame();
+            drawFrame(rebind);
+        if (clock) printTime();
         require(CALL(eglSwapBuffers)(display, surface), "eglSwapBuffers");
         if (facts && frame == 1) printFacts(program);
         printf("frame %d\n", frame);

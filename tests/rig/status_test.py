@@ -1,0 +1,91 @@
+"""What the rig says of a running program, and the clock that it gives to it.
+
+usage: status_test.py VESKO_RUN DIRECTORY_OF_THE_PROBES
+"""
+import json
+
+import rig_test
+from rig_test import Rig, probe
+
+STEP = 250
+
+
+class Status(Rig):
+    def status(self, *options, kind="linked", command=None, more=()):
+        """The last status line of a program that swaps for over a second."""
+        command = command or [*probe(kind), *more, "frames", "150", "pause", "10"]
+        _, err = self.run_rig("--status", "--log", "none", *options, "--", *command)
+        lines = [line for line in err.splitlines() if line.startswith("vesko-run: status: ")]
+        self.assertTrue(lines, err)
+        return lines[-1]
+
+    def test_what_is_in_force_is_told_once_a_second(self):
+        line = self.status("--set", "FB0Factor=50")
+        self.assertRegex(line, r"game sgame \(com\.tencent\.tmgp\.sgame\), context sgame, window "
+                         r"64x48, renders 32x24, factor 50, redirected; \d+\.\d frames/s$")
+        config = self.path("qogl")
+        with open(config, "w") as stream:
+            stream.write("yuanshen 1080 486 0\n")
+        self.assertIn("context genshin, window 64x48, lowers internal sizes to 1080x486;",
+                      self.status("--game", "genshin", "--config", config))
+
+    def test_why_nothing_is_scaled(self):
+        half = ("--set", "FB0Factor=50")
+        for options, more, why in (
+                (("--no-plugin",), {}, "the plug-in is not loaded"),
+                (("--game", "none", *half), {}, "rig-probe-linked', which is none of the games"),
+                (("--game", "pubgmhd", *half), {}, "passes through by design"),
+                (("--thread-name", "Other", *half), {}, "the thread is named 'Other', and only"),
+                (half, {"kind": "loaded", "more": ["es1"]}, "the context is one of OpenGL ES 1"),
+                (("--set", "status=3", *half), {}, "status is 3, not 7"),
+                (("--set", "enable=0", *half), {}, "enable is 0, not 1"),
+                ((), {}, "FB0Factor is 100"),
+                (("--quirk", "incomplete-framebuffer", *half), {}, "target could not be made"),
+                (("--game", "genshin"), {}, "nothing is wider than the target 1440x648"),
+                (half, {"command": ["sleep", "1.3"]}, "has made no EGL call")):
+            self.assertIn(why, self.status(*options, **more), options)
+
+    def test_statistics_time_the_blit_and_tell_wiped_draws(self):
+        def scaled(*more):
+            frames = self.stats("--set", "FB0Factor=50", "--", *probe("linked"), *more)
+            target = [u for u in frames[-1]["framebuffers"] if u["name"] != 0 and u["draws"]]
+            return frames, target[0]
+
+        frames, target = scaled()
+        self.assertEqual((target["draws"], target["wiped"]), (1, 0))
+        self.assertEqual([frame["whyNotScaled"] == "" for frame in frames], [False, True, True])
+        for frame in frames:
+            self.assertTrue(0 <= frame["blitMs"] < frame["ms"], frame)
+        _, target = scaled("rebind")
+        self.assertEqual((target["draws"], target["wiped"]), (2, 1))
+
+
+class SteppedClock(Rig):
+    def times(self, *options):
+        out, _ = self.run_rig(*options, "--", *probe("linked"), "clock", "pause", "1")
+        return [[int(n) for n in line.split()[1:]] for line in out.splitlines()
+                if line.startswith("time ")]
+
+    def test_the_program_sees_equal_steps_and_equal_starts_in_every_run(self):
+        first = self.times("--clock", f"step:{STEP}")
+        self.assertEqual(first, self.times("--clock", f"step:{STEP}"))
+        for before, after in zip(first, first[1:]):
+            self.assertEqual([n - m for m, n in zip(before, after)][:3], [STEP] * 3)
+        real = self.times()
+        self.assertNotEqual(first[0], real[0])
+        self.assertLess(real[-1][0] - real[0][0], 2 * STEP)
+
+    def test_frame_times_stay_those_of_the_machine(self):
+        file = self.path("stats.json")
+        self.run_rig("--clock", "step:5000", "--stats", file, "--", *probe("linked"))
+        with open(file) as stream:
+            self.assertLess(max(f["ms"] for f in json.load(stream)["frames"]), 5000)
+
+    def test_bad_clocks_are_refused(self):
+        for clock in ("odd", "step:", "step:0", "step:x", "step:1e9"):
+            _, err = self.run_rig("--clock", clock, "--", "true", code=2)
+            self.assertIn("--clock", err)
+
+
+if __name__ == "__main__":
+    rig_test.main()
