@@ -2,8 +2,8 @@
 (() => {
   const data = JSON.parse(document.getElementById("pictures").textContent);
   const byId = (id) => document.getElementById(id);
-  const [stage, native, scaled, amount, shown, caption] =
-    ["stage", "native", "scaled", "amount", "shown", "caption"].map(byId);
+  const [stage, under, over, native, scaled, amount, shown, caption] =
+    ["stage", "under", "over", "native", "scaled", "amount", "shown", "caption"].map(byId);
   const chosen = (name) => document.querySelector(`input[name=${name}]:checked`).value;
   const position = { slider: 50, difference: 4 };
 
@@ -27,11 +27,22 @@
     showAmount();
   }
 
+  // Side by side, each half scrolls over its own picture; else both lie on each
+  // other and the viewport scrolls.
   function showZoom() {
     const zoom = chosen("zoom");
-    const width = data.width * (chosen("mode") === "side" ? 2 : 1);
-    stage.style.width = zoom === "fit" ? "100%" : `${width * Number(zoom) / window.devicePixelRatio}px`;
+    const side = chosen("mode") === "side";
+    const width = zoom === "fit" ? "100%" : `${data.width * Number(zoom) / window.devicePixelRatio}px`;
+    stage.style.width = side ? "100%" : width;
+    native.style.width = scaled.style.width = side ? width : "100%";
     stage.classList.toggle("pixels", zoom !== "fit");
+  }
+
+  function scrollTogether(one, other) {
+    one.addEventListener("scroll", () => {
+      other.scrollLeft = one.scrollLeft;
+      other.scrollTop = one.scrollTop;
+    });
   }
 
   function showPictures() {
@@ -55,6 +66,8 @@
   document.querySelectorAll("input[name=mode]").forEach((i) => i.addEventListener("change", showMode));
   document.querySelectorAll("input[name=zoom]").forEach((i) => i.addEventListener("change", showZoom));
   amount.addEventListener("input", showAmount);
+  scrollTogether(under, over);
+  scrollTogether(over, under);
   stage.addEventListener("pointerdown", drag);
   stage.addEventListener("pointermove", drag);
   stage.addEventListener("dragstart", (event) => event.preventDefault());

@@ -67,8 +67,8 @@ def _viewer(report):
     return f"""<div class="choices">{_choices("factor", "factor", factors, first)}
 {_choices("frame", "frame", frames, data["frames"][0])}
 {_choices("mode", "view", modes, "slider")}{_choices("zoom", "zoom", zooms, "fit")}</div>
-<div id="viewport"><div id="stage"><img id="native" alt="native"><img id="scaled" alt="scaled">
-</div></div>
+<div id="viewport"><div id="stage"><div id="under"><img id="native" alt="native"></div>
+<div id="over"><img id="scaled" alt="scaled"></div></div></div>
 <div class="amount"><input type="range" id="amount" min="0" max="100" value="50">
 <output id="shown"></output></div>
 <p id="caption"></p>

@@ -61,10 +61,15 @@ class Panel:
                      f"<title>{html.escape(tell(r))}</title></circle>")
 
     def whiskers(self, results, kind):
+        """From the undisturbed time to the 95th percentile, or out of the panel."""
         for r in results:
             x = self.x(r.setting.factor)
-            self.add(f'<line class="whisker {kind}" x1="{x:.1f}" x2="{x:.1f}" '
-                     f'y1="{self.y(r.median):.1f}" y2="{self.y(r.p95):.1f}"/>')
+            ends = [(x, self.y(r.undisturbed), x, self.y(min(r.p95, self.high)))]
+            ends += [(x - 5, self.y(v), x + 5, self.y(v)) for v in (r.median, r.p95)
+                     if v < self.high]
+            for x1, y1, x2, y2 in ends:
+                self.add(f'<line class="whisker {kind}" x1="{x1:.1f}" x2="{x2:.1f}" '
+                         f'y1="{y1:.1f}" y2="{y2:.1f}"/>')
 
 
 def _band(panels, chosen):
@@ -84,15 +89,18 @@ def _by_hdr(results):
 
 
 def _times(native, tuned, factors, groups):
-    panel = Panel(TOP, TIME_HEIGHT, 0.0, max(r.p95 for r in (native, *tuned)) * 1.08, factors)
-    panel.text(LEFT - 40, TOP - 14, "frame time in ms, median; up to the 95th percentile",
+    # A busy machine's worst frames must not press everything else flat.
+    high = min(max(r.p95 for r in (native, *tuned)) * 1.05,
+               max(r.undisturbed for r in (native, *tuned)) * 2)
+    panel = Panel(TOP, TIME_HEIGHT, 0.0, high, factors)
+    panel.text(LEFT - 40, TOP - 14, "frame time in ms, undisturbed; up to median and p95",
                "start", "name")
     panel.grid()
-    panel.level(native.median, "native", "reference")
+    panel.level(native.undisturbed, "native", "reference")
     for index, group in enumerate(groups.values()):
         panel.whiskers(group, f"s{index}")
-        panel.series(group, lambda r: r.median, f"s{index}",
-                     lambda r: f"{r.setting.title}: {r.median:.1f} ms")
+        panel.series(group, lambda r: r.undisturbed, f"s{index}",
+                     lambda r: f"{r.setting.title}: {r.undisturbed:.1f} ms undisturbed, median {r.median:.1f} ms")
     return panel
 
 

@@ -92,7 +92,7 @@ class Scene(Session):
             self.assertIn("Factor 50 is the lowest", browser.script(f"{at}.innerText", "recommendation"))
             for image in ("native", "scaled"):
                 self.assertEqual(browser.script(f"{at}.naturalWidth", image), 320)
-            clip = "return getComputedStyle(document.getElementById('scaled')).clipPath"
+            clip = "return getComputedStyle(document.getElementById('over')).clipPath"
             before = browser.script(clip)
             slider = browser.driver.find_element(By.ID, "amount")
             slider.send_keys(Keys.ARROW_RIGHT * 5)
@@ -103,8 +103,13 @@ class Scene(Session):
             self.assertNotEqual(browser.script(f"{at}.src", "scaled"), source)
             browser.driver.find_element(By.CSS_SELECTOR, "input[value=difference]").send_keys(" ")
             self.assertEqual(browser.script(
-                "return getComputedStyle(document.getElementById('scaled')).mixBlendMode"),
+                "return getComputedStyle(document.getElementById('over')).mixBlendMode"),
                 "difference")
+            for choice in ("input[value=side]", "input[name=zoom][value='3']"):
+                browser.driver.find_element(By.CSS_SELECTOR, choice).send_keys(" ")
+            self.assertEqual(browser.driver.execute_async_script(
+                "const done = arguments[0]; document.getElementById('under').scrollTop = 40;"
+                "setTimeout(() => done(document.getElementById('over').scrollTop), 300)"), 40)
             self.assertGreater(browser.script(
                 "return document.querySelectorAll('svg .dot').length"), 5)
             self.assertEqual((browser.complaints(), browser.requests()), ([], []))
