@@ -36,8 +36,8 @@ std::atomic<int> questions{0};
 bool belongsToRig(const char* path) {
     const char* name = strrchr(path, '/');
     name = name != nullptr ? name + 1 : path;
-    for (const char* own : {"libveskoclock.", "libveskorig.", "libEGL.", "libGLESv2.",
-                            "libGLESv1_CM.", "libstdc++."})
+    for (const char* own :
+         {"libveskoclock.", "libveskorig.", "libEGL.", "libGLESv2.", "libGLESv1_CM.", "libstdc++."})
         if (strncmp(name, own, strlen(own)) == 0) return true;
     return false;
 }
@@ -139,8 +139,8 @@ extern "C" CLOCK_EXPORT int gettimeofday(timeval* __restrict time, void* __restr
 }
 
 extern "C" CLOCK_EXPORT time_t time(time_t* result) noexcept {
-    const auto now = static_cast<time_t>(
-        timeFor(__builtin_return_address(0), CLOCK_REALTIME) / kSecond);
+    const auto now =
+        static_cast<time_t>(timeFor(__builtin_return_address(0), CLOCK_REALTIME) / kSecond);
     if (result != nullptr) *result = now;
     return now;
 }

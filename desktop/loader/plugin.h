@@ -11,7 +11,7 @@
 namespace android {
 class HookContext;
 class QoGPUVeskoModeImpl;
-}
+}  // namespace android
 
 namespace rig {
 

@@ -51,7 +51,10 @@ Display::Display(const std::string& mode) {
     }
     // Programs on waffle, such as eglretrace, would choose GLX, which passes by.
     setenv("WAFFLE_PLATFORM",
-           mode == "none" ? "surfaceless_egl" : isSet("DISPLAY") ? "x11_egl" : "wayland", 0);
+           mode == "none"     ? "surfaceless_egl"
+           : isSet("DISPLAY") ? "x11_egl"
+                              : "wayland",
+           0);
 }
 
 void Display::startXvfb() {
