@@ -9,7 +9,7 @@ from PIL import Image
 from common.texts import decibels
 
 # Bytes of all pictures together before they are written as text.
-BUDGET = 12_000_000
+BUDGET = 8_000_000
 
 
 def _encoded(file):

@@ -42,7 +42,8 @@ class Result:
     # Each frame at its fastest over the rounds, which are equal but for what else
     # the machine did; the median over frames.
     undisturbed: float
-    # How far two halves of the rounds are apart in that, as a part of it.
+    # How far two halves of the rounds are apart in that, as a part of it; not a
+    # number after a single round.
     noise: float
     # To native, undisturbed both.
     ratio: float
@@ -103,7 +104,7 @@ def _undisturbed(times):
 
 def _noise(times):
     if len(times) < 2:
-        return 0.0
+        return math.nan
     halves = [_undisturbed(times[half::2]) for half in (0, 1)]
     return abs(halves[0] - halves[1]) / min(halves)
 

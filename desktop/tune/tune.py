@@ -47,6 +47,9 @@ def prepare(arguments):
     if options.profile:
         command = profiles.load(options.profile, options, command)
     o.complete(options)
+    if options.game == "genshin" and options.hdr_factors != [100]:
+        raise o.Refused("--hdr-factors: Genshin Impact has no such factor; leave it out, or use "
+                        "--game sgame")
     given = list(command)
     command = programs.command_for(options, command)
     if options.out is None:

@@ -1,5 +1,6 @@
 """What the measurements mean: whether pixels matter, which factor to take."""
 
+import math
 from dataclasses import dataclass, field
 
 import numpy as np
@@ -10,6 +11,8 @@ from common.sizes import text_size
 # The part of the frame's time that half the window's pixels must save before
 # the program counts as limited by them, and before it counts as hardly so.
 CLEARLY, HARDLY = 0.20, 0.08
+# What is reckoned with where the noise is not known.
+UNKNOWN_NOISE = 0.10
 # Noise beyond this makes the answer about pixels doubtful.
 NOISY = 0.10
 # A gain must be larger than this, and than the noise.
@@ -74,16 +77,18 @@ def judge_pixels(fit, results):
     saved = fit.saved_by_half
     measured = (f"drawing half the pixels would save {max(saved, 0):.0%} of the native frame time, "
                 "the blit not counted")
-    worst = max(r.noise for r in results)
+    known = [r.noise for r in results if not math.isnan(r.noise)]
     if saved < HARDLY:
         text = f"The program is hardly limited by its pixels: {measured}."
     elif saved < CLEARLY:
         text = f"The program is limited by its pixels in part: {measured}."
     else:
         text = f"The program is limited by its pixels: {measured}."
-    if worst > max(NOISY, saved):
-        text += (f" Do not lean on this: the times of one factor differ by {worst:.0%} between "
-                 "rounds. Quieten the machine, or raise --rounds.")
+    if len(known) < len(results):
+        text += " Not every factor got a second round, so the noise is not known."
+    elif max(known) > max(NOISY, saved):
+        text += (f" Do not lean on this: the times of one factor differ by {max(known):.0%} "
+                 "between rounds. Quieten the machine, or raise --rounds.")
     return text
 
 
@@ -128,7 +133,8 @@ def _explain_failures(results, minimum, game):
 
 
 def _gains(result, native):
-    return 1 - result.ratio > max(LEAST_GAIN, result.noise, native.noise)
+    noise = [UNKNOWN_NOISE if math.isnan(r.noise) else r.noise for r in (result, native)]
+    return 1 - result.ratio > max(LEAST_GAIN, *noise)
 
 
 def _headline(chosen, results, minimum):
@@ -146,7 +152,9 @@ def _headline(chosen, results, minimum):
     working = [r for r in scaled if not r.not_scaled]
     if all(r.drawn_wrongly for r in working):
         return "The program is drawn wrongly at every factor below 100: leave scaling off."
-    best = max(working, key=lambda r: (not r.drawn_wrongly, r.ssim))
+    if not any(r.comparisons for r in working):
+        return "No picture could be compared, so there is nothing to recommend."
+    best = max((r for r in working if r.comparisons), key=lambda r: (not r.drawn_wrongly, r.ssim))
     return (f"No factor below 100 keeps an SSIM of {minimum:g}; the best is {best.setting.title} "
             f"with {best.ssim:.3f}. Leave scaling off, or lower --min-ssim.")
 
