@@ -6,8 +6,9 @@ import math
 from dataclasses import asdict
 
 FIELDS = ("setting", "fb0_factor", "hdr_factor", "native", "render_width", "render_height",
-          "samples", "median_ms", "p95_ms", "p99_ms", "undisturbed_ms", "noise", "ratio_to_native", "blit_ms", "blit_share",
-          "ssim", "psnr_db", "resized_ssim", "drawn_wrongly", "not_scaled")
+          "samples", "median_ms", "p95_ms", "p99_ms", "undisturbed_ms", "noise",
+          "ratio_to_native", "blit_ms", "blit_share", "ssim", "psnr_db", "resized_ssim",
+          "drawn_wrongly", "not_scaled")
 
 
 def _number(value, digits):
@@ -19,8 +20,9 @@ def row(r):
     return dict(zip(FIELDS, (
         r.setting.slug, r.setting.factor, r.setting.hdr, r.setting.native, *r.render_size,
         r.samples, _number(r.median, 3), _number(r.p95, 3), _number(r.p99, 3),
-        _number(r.undisturbed, 3), _number(r.noise, 4), _number(r.ratio, 4), _number(r.blit, 3), _number(r.blit_share, 4), _number(r.ssim, 6),
-        _number(r.psnr, 3), _number(r.resized_ssim, 6), r.drawn_wrongly, r.not_scaled)))
+        _number(r.undisturbed, 3), _number(r.noise, 4), _number(r.ratio, 4), _number(r.blit, 3),
+        _number(r.blit_share, 4), _number(r.ssim, 6), _number(r.psnr, 3),
+        _number(r.resized_ssim, 6), r.drawn_wrongly, r.not_scaled)))
 
 
 def document(report):

@@ -100,7 +100,8 @@ def _times(native, tuned, factors, groups):
     for index, group in enumerate(groups.values()):
         panel.whiskers(group, f"s{index}")
         panel.series(group, lambda r: r.undisturbed, f"s{index}",
-                     lambda r: f"{r.setting.title}: {r.undisturbed:.1f} ms undisturbed, median {r.median:.1f} ms")
+                     lambda r: f"{r.setting.title}: {r.undisturbed:.1f} ms undisturbed, "
+                     f"median {r.median:.1f} ms")
     return panel
 
 
@@ -132,5 +133,5 @@ def draw(results, chosen, minimum):
         legend = '<p class="legend">' + "".join(
             f'<span class="s{i}">● HDR {hdr}</span>' for i, hdr in enumerate(groups)) + "</p>"
     marks = "".join(m for p in panels for m in p.marks)
-    return (f'{legend}<svg viewBox="0 0 {WIDTH} {HEIGHT}" role="img" '
-            f'aria-label="Frame time and SSIM over the factor">{_band(panels, chosen)}{marks}</svg>')
+    return (f'{legend}<svg viewBox="0 0 {WIDTH} {HEIGHT}" role="img" aria-label="Frame time and '
+            f'SSIM over the factor">{_band(panels, chosen)}{marks}</svg>')

@@ -65,7 +65,8 @@ def _apply(name, table, options, refuse):
         if key in ("program", "trace"):
             continue
         if key not in known:
-            refuse(key, f"there is no such key; correct or remove it (known: {', '.join(COMMENTS)})")
+            refuse(key, "there is no such key; correct or remove it (known: "
+                   f"{', '.join(COMMENTS)})")
         if isinstance(value, (bool, dict)):
             refuse(key, f"the value is no text, number or list; see ./dev tune --help for "
                         f"--{key}")
@@ -84,7 +85,8 @@ def load(name, options, command):
     try:
         text, document = _read(file)
     except FileNotFoundError as error:
-        raise Refused(f"--profile {name}: there is no {file} yet; --save {name} makes it") from error
+        raise Refused(f"--profile {name}: there is no {file} yet; --save {name} makes "
+                      "it") from error
     except OSError as error:
         raise Refused(f"--profile {name}: cannot read {file}: {error.strerror}") from error
     for key in document:

@@ -142,7 +142,8 @@ def _headline(chosen, results, minimum):
     if chosen is not None:
         gain = f"a frame takes {chosen.ratio:.0%} of the native time"
         if not _gains(chosen, results[0]):
-            gain = f"but it saves no time here that stands out of the noise ({chosen.ratio:.0%} of native)"
+            gain = ("but it saves no time here that stands out of the noise "
+                    f"({chosen.ratio:.0%} of native)")
         return (f"Factor {chosen.setting.title} is the lowest that keeps an SSIM of {minimum:g} "
                 f"(it has {chosen.ssim:.3f}); {gain}.")
     if not scaled:

@@ -47,4 +47,5 @@ class Browser:
                   for entry in self.driver.get_log("performance"))
         asked = [event["params"]["request"]["url"] for event in events
                  if event["method"] == "Network.requestWillBeSent"]
-        return [url for url in asked if not url.startswith(("data:", "chrome:", self.driver.current_url))]
+        known = ("data:", "chrome:", self.driver.current_url)
+        return [url for url in asked if not url.startswith(known)]
