@@ -1,6 +1,7 @@
 """Runs programs through the launcher and reads what the driver saw."""
 
 import json
+import os
 import subprocess
 import time
 from dataclasses import dataclass, field
@@ -33,7 +34,7 @@ class Frame:
     why_not_scaled: str = ""
     # (width, height, draws, draws that a later clear wiped), the window aside.
     uses: list = field(default_factory=list)
-    window_draws: int = 0
+    window_wiped: int = 0
 
 
 def tool(build, name):
@@ -44,15 +45,17 @@ def tool(build, name):
     return path
 
 
-def run(command, log, on_tick):
-    """Runs the command with its output in `log` and calls on_tick() meanwhile.
+def run(command, log, on_tick, **environment):
+    """Runs the command with its output in `log` and calls on_tick() meanwhile;
+    `environment` comes on top of our own.
 
     Returns the exit code. The command does not outlive this call.
     """
     with open(log, "w", encoding="utf-8") as sink:
         try:
             process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=sink,
-                                       stderr=subprocess.STDOUT)
+                                       stderr=subprocess.STDOUT,
+                                       env={**os.environ, **environment})
         except OSError as error:
             raise RigError(f"cannot start {command[0]}: {error}") from error
         deadline = time.monotonic() + LIMIT_SECONDS
@@ -103,5 +106,5 @@ def _frame(record):
         blit=record["blitMs"],
         why_not_scaled=record["whyNotScaled"],
         uses=[(*_size(f), f["draws"], f["wiped"]) for f in offscreen],
-        window_draws=sum(f["draws"] for f in drawn if f["name"] == 0),
+        window_wiped=sum(f["wiped"] for f in drawn if f["name"] == 0),
     )

@@ -55,6 +55,7 @@ class Result:
     # Why the plug-in did not do what the setting asks for; empty where it did.
     not_scaled: str
     draws: int
+    # Draws to the window that a clear wiped which the program did not ask for.
     wiped: int
     comparisons: list = field(default_factory=list)
 
@@ -153,7 +154,8 @@ def evaluate(setting, session, game):
         blit_share=float(np.median(blits / times.ravel())) if presented else 0.0,
         window=last.window, render_size=render_size, drawn=sorted(last.offscreen, reverse=True),
         not_scaled=_not_scaled(setting, last, render_size, game, natives),
-        draws=sum(u[2] for u in target), wiped=sum(u[3] for u in target),
+        draws=sum(u[2] for u in target),
+        wiped=max(sum(u[3] for u in target) - natives[-1].frames[-1].window_wiped, 0),
         comparisons=_compare(runs[0], natives[0],
                              smallest if setting.scales and game == "sgame" else None))
 

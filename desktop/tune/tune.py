@@ -1,6 +1,7 @@
 #!/usr/bin/python3
 """Measures a program at several scale factors and recommends one."""
 
+import signal
 import sys
 import time
 from pathlib import Path
@@ -8,12 +9,13 @@ from pathlib import Path
 try:
     import numpy  # noqa: F401
     import PIL  # noqa: F401
+    import scipy  # noqa: F401
     import skimage  # noqa: F401
     import tomlkit  # noqa: F401
     import tqdm  # noqa: F401
 except ImportError as error:
     sys.exit(f"tune: {error}; install it: apt-get install python3-numpy python3-pil "
-             "python3-skimage python3-tomlkit python3-tqdm")
+             "python3-skimage python3-scipy python3-tomlkit python3-tqdm")
 
 sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
 
@@ -87,6 +89,7 @@ def write(report):
 def measure(options, command):
     """Plays the schedule; true where it was interrupted."""
     player = Player(options, command, options.out)
+    signal.signal(signal.SIGTERM, signal.default_int_handler)
     progress = Progress()
     try:
         player.play(settings.all_settings(options), progress)

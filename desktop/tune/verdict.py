@@ -4,6 +4,7 @@ import math
 from dataclasses import dataclass, field
 
 import numpy as np
+from scipy.optimize import nnls
 
 import settings as s
 from common.sizes import text_size
@@ -63,19 +64,18 @@ def fit_pixels(results):
     times = np.array([r.undisturbed - r.blit for r in points])
     varies = [column for column in (0, 1) if len(set(share[:, column])) > 1]
     matrix = np.column_stack([np.ones(len(points)), share[:, varies]])
-    answer, *_ = np.linalg.lstsq(matrix, times, rcond=None)
+    answer, left = nnls(matrix, times)  # no part takes less than no time
     parts = dict(zip(varies, answer[1:]))
     variation = ((times - times.mean()) ** 2).sum()
-    left = ((matrix @ answer - times) ** 2).sum()
     return Fit(float(answer[0]), float(parts.get(0, 0.0)), float(parts.get(1, 0.0)),
-               float(1 - left / variation) if variation > 0 else 0.0)
+               float(1 - left**2 / variation) if variation > 0 else 0.0)
 
 
 def judge_pixels(fit, results):
     if fit is None:
         return "Too few factors were measured to tell whether pixels limit the program."
     saved = fit.saved_by_half
-    measured = (f"drawing half the pixels would save {max(saved, 0):.0%} of the native frame time, "
+    measured = (f"drawing half the pixels would save {saved:.0%} of the native frame time, "
                 "the blit not counted")
     known = [r.noise for r in results if not math.isnan(r.noise)]
     if saved < HARDLY:
@@ -114,7 +114,7 @@ def _cause(result, game):
             "Limits). Compare the pictures")
 
 
-def _explain_failures(results, minimum, game):
+def _explain_failures(results, game):
     scaled = [r for r in results if r.setting.scales]
     idle = [r for r in scaled if r.not_scaled]
     wrong = [r for r in scaled if r.drawn_wrongly and not r.not_scaled]
@@ -200,6 +200,6 @@ def judge(results, noise, options):
             "--clock step:16.667 makes programs repeatable that animate by time; a recording "
             "(--trace) always is.")
     verdict.pixels = judge_pixels(verdict.fit, results)
-    verdict.remarks += _explain_failures(results, minimum, game) + _own_drawing(results, game)
+    verdict.remarks += _explain_failures(results, game) + _own_drawing(results, game)
     _device_texts(verdict, game)
     return verdict
