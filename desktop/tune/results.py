@@ -12,6 +12,8 @@ from common import measure
 from common.sizes import scaled
 from player import milliseconds
 
+# Native pictures less alike than this are no measure for others.
+REPEATABLE = 0.999
 # How much less like the native picture than its plain resize a scaled one may
 # be; beyond it, drawing went wrong, since losing resolution explains less.
 WRONG_SSIM = 0.12
@@ -134,7 +136,7 @@ def _not_scaled(setting, last, render_size, game, natives):
     return ""
 
 
-def evaluate(setting, session, game):
+def evaluate(setting, session, game, comparable):
     runs, natives = session.runs[setting], session.runs[s.NATIVE]
     times = milliseconds(runs)
     frames = [f for run in runs for f in run.frames]
@@ -157,14 +159,7 @@ def evaluate(setting, session, game):
         draws=sum(u[2] for u in target),
         wiped=max(sum(u[3] for u in target) - natives[-1].frames[-1].window_wiped, 0),
         comparisons=_compare(runs[0], natives[0],
-                             smallest if setting.scales and game == "sgame" else None))
-
-
-def evaluate_all(session, game):
-    """Results in the schedule's order; empty without a native run."""
-    if s.NATIVE not in session.runs:
-        return []
-    return [evaluate(setting, session, game) for setting in session.runs]
+                             smallest if comparable and setting.scales else None))
 
 
 def noise(session):
@@ -173,3 +168,16 @@ def noise(session):
     natives = session.runs.get(s.NATIVE, [])
     found = [c for run in natives[1:] for c in _compare(run, natives[0], None)]
     return min(found, key=lambda c: c.ssim) if found else None
+
+
+def repeatable(found):
+    """Whether pictures can be compared, by what noise has found."""
+    return found is None or found.ssim >= REPEATABLE
+
+
+def evaluate_all(session, game):
+    """Results in the schedule's order; empty without a native run."""
+    if s.NATIVE not in session.runs:
+        return []
+    comparable = game == "sgame" and repeatable(noise(session))
+    return [evaluate(setting, session, game, comparable) for setting in session.runs]

@@ -8,6 +8,7 @@ from scipy.optimize import nnls
 
 import settings as s
 from common.sizes import text_size
+from results import repeatable
 
 # The part of the frame's time that half the window's pixels must save before
 # the program counts as limited by them, and before it counts as hardly so.
@@ -18,8 +19,6 @@ UNKNOWN_NOISE = 0.10
 NOISY = 0.10
 # A gain must be larger than this, and than the noise.
 LEAST_GAIN = 0.03
-# Native pictures less alike than this are no measure for others.
-REPRODUCIBLE = 0.999
 
 
 @dataclass
@@ -132,20 +131,23 @@ def _explain_failures(results, game):
     return remarks
 
 
-def _gains(result, native):
+def _gain(result, native):
     noise = [UNKNOWN_NOISE if math.isnan(r.noise) else r.noise for r in (result, native)]
-    return 1 - result.ratio > max(LEAST_GAIN, *noise)
+    gained, least = 1 - result.ratio, max(LEAST_GAIN, *noise)
+    if gained > least:
+        return f"a frame takes {result.ratio:.0%} of the native time"
+    if gained < -least:
+        return (f"but it makes frames slower here ({result.ratio:.0%} of native): the blit costs "
+                "more than the pixels save")
+    return ("but it saves no time here that stands out of the noise "
+            f"({result.ratio:.0%} of native)")
 
 
 def _headline(chosen, results, minimum):
     scaled = [r for r in results if r.setting.scales]
     if chosen is not None:
-        gain = f"a frame takes {chosen.ratio:.0%} of the native time"
-        if not _gains(chosen, results[0]):
-            gain = ("but it saves no time here that stands out of the noise "
-                    f"({chosen.ratio:.0%} of native)")
         return (f"Factor {chosen.setting.title} is the lowest that keeps an SSIM of {minimum:g} "
-                f"(it has {chosen.ssim:.3f}); {gain}.")
+                f"(it has {chosen.ssim:.3f}); {_gain(chosen, results[0])}.")
     if not scaled:
         return "No factor below 100 was measured, so there is nothing to recommend."
     if all(r.not_scaled for r in scaled):
@@ -187,7 +189,7 @@ def judge(results, noise, options):
     """results: the native one first."""
     game, minimum = options.game, options.min_ssim
     verdict = Verdict(fit=fit_pixels(results))
-    trusted = noise is None or noise.ssim >= REPRODUCIBLE
+    trusted = repeatable(noise)
     keeping = [r for r in results if _keeps(r, minimum)]
     if trusted and keeping:
         verdict.chosen = min(keeping, key=lambda r: (_pixels(r), r.undisturbed))

@@ -5,7 +5,8 @@
 //   loaded, procs   take the entries by dlsym, or by eglGetProcAddress alone
 //   es1, desktop    draw with an OpenGL ES 1, or a desktop GL context
 //   facts           print what the driver quirks change, after the first frame
-//   clock           print the program's own time in each frame, by four ways
+//   clock           print the program's own time in each frame, by four ways, and
+//                   move the triangle by it
 //   rebind          bind the window once more in the middle of each frame
 #define EGL_NO_X11
 #define GL_GLEXT_PROTOTYPES
@@ -112,9 +113,9 @@ GLuint makeProgram() {
     return program;
 }
 
-void drawFrame(bool rebind) {
+void drawFrame(bool rebind, int x) {
     CALL(glBindFramebuffer)(GL_FRAMEBUFFER, 0);
-    CALL(glViewport)(0, 0, 64, 48);
+    CALL(glViewport)(x, 0, 64, 48);
     CALL(glClearColor)(0.5f, 0, 0, 1);
     CALL(glClear)(GL_COLOR_BUFFER_BIT);
     CALL(glBindBuffer)(GL_ARRAY_BUFFER, 0);
@@ -196,8 +197,9 @@ void printFacts(GLuint program) {
     printf("depth-blue %d\n", value);
 }
 
-// Milliseconds since the epoch or since the machine's start.
-void printTime() {
+// Milliseconds since the epoch or since the machine's start; returns their last
+// digits.
+int printTime() {
     timespec monotonic = {};
     timeval day = {};
     clock_gettime(CLOCK_MONOTONIC, &monotonic);
@@ -208,6 +210,7 @@ void printTime() {
            static_cast<long>(day.tv_sec * 1000 + day.tv_usec / 1000),
            static_cast<long>(std::chrono::duration_cast<std::chrono::milliseconds>(steady).count()),
            static_cast<long>(time(nullptr) * 1000));
+    return static_cast<int>(monotonic.tv_nsec / 1000000 % 40);
 }
 
 }  // namespace
@@ -236,13 +239,13 @@ int main(int argc, char** argv) {
     printf("process %s\nthread %s\n", argv[0], threadName);
     const GLuint program = es1 || desktop ? 0 : makeProgram();
     for (int frame = 1; frame <= frames; ++frame) {
+        const int x = clock ? printTime() : 0;
         if (es1)
             drawFrameEs1();
         else if (desktop)
             drawFrameDesktop();
         else
-            drawFrame(rebind);
-        if (clock) printTime();
+            drawFrame(rebind, x);
         require(CALL(eglSwapBuffers)(display, surface), "eglSwapBuffers");
         if (facts && frame == 1) printFacts(program);
         printf("frame %d\n", frame);

@@ -85,6 +85,8 @@ class Verdicts(unittest.TestCase):
         self.assertIn("hardly limited by its pixels", hardly.pixels)
         flat = measured({90: 1.0, 80: 1.0}, per_pixel=0.2)
         self.assertIn("saves no time", verdict(flat).headline)
+        costly = measured({90: 1.0}, ratio=1.5)
+        self.assertIn("slower here (150% of native)", verdict(costly).headline)
         self.assertIn("Do not lean on this", verdict(measured(factors, noise=0.9)).pixels)
         self.assertIn("Too few factors", verdict(measured({90: 1.0})).pixels)
 

@@ -151,6 +151,14 @@ class Programs(Session):
                                PROBE, "frames", "100", code=1)
         self.assertIn("Not scaled at 75, 50: the thread is named 'Other'", printed)
 
+    def test_a_program_that_does_not_repeat_itself_gets_no_factor(self):
+        printed, _ = self.tune("shaky", *self.QUICK, "--clock", "real", "--min-ssim", "0.1", "--",
+                               PROBE, "clock", "frames", "100", code=1)
+        self.assertIn("does not show the same in the same frame of two runs", printed)
+        self.assertNotIn("drawn wrongly", printed)
+        self.tune("steady", *self.QUICK, "--min-ssim", "0.1", "--",
+                  PROBE, "clock", "frames", "100", code=0)
+
     def test_internal_sizes_are_tuned_through_the_configuration_line(self):
         printed, _ = self.tune("sizes", "--display", "none", "--game", "genshin", "--factors", "75",
                                "--frames", "3", "--rounds", "1", "--warmup", "2", "--min-ssim",
