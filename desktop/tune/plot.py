@@ -93,7 +93,7 @@ def _times(native, tuned, factors, groups):
     high = min(max(r.p95 for r in (native, *tuned)) * 1.05,
                max(r.undisturbed for r in (native, *tuned)) * 2)
     panel = Panel(TOP, TIME_HEIGHT, 0.0, high, factors)
-    panel.text(LEFT - 40, TOP - 14, "frame time in ms, undisturbed; up to median and p95",
+    panel.text(LEFT - 40, TOP - 14, "frame time in ms: undisturbed, median, p95",
                "start", "name")
     panel.grid()
     panel.level(native.undisturbed, "native", "reference")
