@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "desktop/loader/counting.h"
 #include "desktop/loader/frames.h"
 #include "desktop/loader/interface.h"
 #include "desktop/loader/loader.h"
@@ -39,8 +40,9 @@ void installTable(ContextApi api) {
     if (api == ContextApi::none) {
         a::writeGLSlot(&rig_no_context_table);
     } else if (api == ContextApi::es2 && l.plugin.entryObject != nullptr) {
-        l.plugin.entryObject->setGLHooksThreadSpecific(&l.contextTable,
+        l.plugin.entryObject->setGLHooksThreadSpecific(&l.pluginContextTable,
                                                        a::egl_connection_t::GLESv2_INDEX);
+        countServedCalls();
     } else {
         a::writeGLSlot(&l.contextTable);
     }

@@ -10,6 +10,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "desktop/loader/counting.h"
 #include "desktop/loader/frames.h"
 #include "desktop/loader/interface.h"
 #include "desktop/loader/parameters.h"
@@ -53,20 +54,27 @@ void start(Loader& l) {
     l.contextTable = l.driver.gl;
     if (!l.settings.statsFile.empty()) startStatistics(l.driver, l.settings, l.contextTable);
     installQuirks(l.settings.quirks, l.contextTable);
+    l.ownEntries = driverCallingEntries(l.driver);
+    l.pluginContextTable = l.contextTable;
+    l.connection.platform = l.ownEntries;
+    startCounting(l.settings.countsFile);
+    countCalls(Route::direct, l.contextTable);
+    countCalls(Route::direct, l.ownEntries);
+    countCalls(Route::forwarded, l.pluginContextTable);
+    countCalls(Route::forwarded, l.connection.platform);
 
     l.connection.dso = l.driver.libEgl;
-    l.connection.hooks[0] = &l.contextTable;
-    l.connection.hooks[1] = &l.contextTable;
+    l.connection.hooks[0] = &l.pluginContextTable;
+    l.connection.hooks[1] = &l.pluginContextTable;
     l.connection.major = 1;
     l.connection.minor = 5;
     l.connection.libEgl = l.driver.libEgl;
     l.connection.libGles1 = l.driver.libGles1;
     l.connection.libGles2 = l.driver.libGles2;
-    l.connection.platform = driverCallingEntries(l.driver);
-    l.applicationTable = &l.connection.platform;
+    l.applicationTable = &l.ownEntries;
     if (l.settings.plugin) {
         l.plugin = openPlugin(directory, l.settings);
-        l.applicationTable = startPlugin(l.plugin, l.connection);
+        l.applicationTable = countedServing(startPlugin(l.plugin, l.connection));
     }
     startParameters(l.settings, l.plugin);
     if (l.settings.status) startStatus();
@@ -106,8 +114,7 @@ const android::platform_impl_t* rig_egl_table(int entry) {
     rig::Loader& l = rig::loader();
     // The plug-in presents frames with OpenGL ES 2 calls and has no driver table
     // before the thread has had such a context, so the swaps of others pass it by.
-    if (rig::isSwap(entry) && rig::currentApi() != rig::ContextApi::es2)
-        return &l.connection.platform;
+    if (rig::isSwap(entry) && rig::currentApi() != rig::ContextApi::es2) return &l.ownEntries;
     return l.applicationTable;
 }
 

@@ -17,8 +17,12 @@ enum class ContextApi { none, es1, es2, desktop };
 struct Loader {
     Settings settings;
     Driver driver;
-    // The table for contexts: the driver's, behind statistics and quirks.
+    // The table for contexts that do without the plug-in: the driver's, behind
+    // statistics and quirks. The plug-in gets the same.
     android::gl_hooks_t contextTable;
+    android::gl_hooks_t pluginContextTable;
+    // The loader's own EGL entries; those in `connection` are the plug-in's.
+    android::platform_impl_t ownEntries;
     android::egl_connection_t connection = {};
     void* ownEgl = nullptr;
     void* ownGles2 = nullptr;
@@ -32,7 +36,7 @@ Loader& loader();
 ContextApi currentApi();
 void setCurrentApi(ContextApi api);
 
-// The loader's own EGL entries, which call the driver: what the plug-in gets.
+// EGL entries that call the driver, with what the loader does around them.
 android::platform_impl_t driverCallingEntries(const Driver& driver);
 
 // Ends the process with a message.

@@ -227,6 +227,7 @@ Plan planFrom(const Given& given) {
     settings.captures = capturesFrom(given);
     settings.frames = given.frames;
     if (!given.stats.empty()) settings.statsFile = outputFile("--stats", given.stats);
+    if (!given.count.empty()) plan.countFile = outputFile("--count", given.count);
     settings.quirks = quirksFrom(given.quirks);
     settings.clockStep = clockStepFrom(given.clock);
     settings.status = given.status;

@@ -23,6 +23,7 @@ struct Given {
     std::vector<int> captureFrames;
     int frames = 0;
     std::string stats;
+    std::string count;
     std::vector<std::string> quirks;
     std::string clock = "real";
     bool status = false;

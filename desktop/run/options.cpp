@@ -145,6 +145,10 @@ void addRunOptions(CLI::App& app, Given& given) {
                    "sizes, and the parameters in force. The driver finishes each frame before "
                    "its time is taken (glFinish), so that software drivers are timed honestly")
         ->type_name("FILE.json");
+    app.add_option("--count", given.count,
+                   "How many calls went into the plug-in, came out of it, and passed it by, in "
+                   "all and for each entry; written when the program has ended, however it did")
+        ->type_name("FILE.json");
     app.add_flag("--status", given.status,
                  "Say on standard error, once a second, what the plug-in does now: game, context, "
                  "sizes, factor, frames per second, and why it does not scale where it does not");

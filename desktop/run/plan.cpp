@@ -13,7 +13,7 @@ static void to_json(json& out, const Plan& plan) {
     out = {{"settings", toJson(plan.settings)}, {"parameters", plan.parameters},
            {"display", plan.display},           {"environment", plan.environment},
            {"program", plan.program},           {"processName", plan.processName},
-           {"arguments", plan.arguments}};
+           {"arguments", plan.arguments},       {"countFile", plan.countFile}};
 }
 
 static void from_json(const json& in, Plan& plan) {
@@ -24,6 +24,7 @@ static void from_json(const json& in, Plan& plan) {
     in.at("program").get_to(plan.program);
     in.at("processName").get_to(plan.processName);
     in.at("arguments").get_to(plan.arguments);
+    in.at("countFile").get_to(plan.countFile);
 }
 
 // Arguments need not be UTF-8; nothing else can be anything else.

@@ -17,6 +17,7 @@ struct Plan {
     Settings settings;                  // for the loader inside the program
     std::vector<Parameter> parameters;  // the node's first contents
     std::string configFile;             // absolute; empty: the device has none
+    std::string countFile;              // absolute; empty: calls are not counted
     std::string display = "auto";       // auto, xvfb or none
     std::vector<EnvironmentChange> environment;
     std::string program;                 // absolute

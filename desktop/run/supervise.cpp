@@ -11,8 +11,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <stdexcept>
 
+#include "desktop/device/call_counts.h"
 #include "desktop/device/parameter_node.h"
 #include "desktop/run/display.h"
 #include "desktop/run/exit_codes.h"
@@ -141,6 +143,13 @@ int watch(pid_t program, int signals, ParameterNode& node, bool status) {
     }
 }
 
+void writeCounts(const CallCounts& counts, const std::string& file) {
+    std::ofstream stream(file);
+    stream << counts.toJson();
+    stream.close();
+    if (!stream) fprintf(stderr, "vesko-run: --count %s: cannot write the file\n", file.c_str());
+}
+
 int runPlan(Plan plan) {
     sigset_t handled;
     sigset_t before;
@@ -158,11 +167,19 @@ int runPlan(Plan plan) {
     plan.settings.parametersFile = std::string(kPrivateDirectory) + "/parameters";
     ParameterNode node = ParameterNode::create(plan.settings.parametersFile, plan.parameters);
     node.writeAll();
+    CallCounts* counts = nullptr;
+    if (!plan.countFile.empty()) {
+        unlink(plan.countFile.c_str());  // one of an earlier run proves nothing
+        plan.settings.countsFile = std::string(kPrivateDirectory) + "/calls";
+        counts = &CallCounts::create(plan.settings.countsFile);
+    }
     Display display(plan.display);
     const pid_t program = fork();
     if (program == 0) becomeProgram(plan, before);
     if (program < 0) throw std::runtime_error(std::string("fork: ") + strerror(errno));
-    return watch(program, signals, node, plan.settings.status);
+    const int exitCode = watch(program, signals, node, plan.settings.status);
+    if (counts != nullptr) writeCounts(*counts, plan.countFile);
+    return exitCode;
 }
 
 }  // namespace

@@ -126,6 +126,51 @@ class Scaling(Rig):
         self.assertEqual(drawn(frames[-1]), [(32, 24)])
 
 
+class Counts(Rig):
+    def counts(self, *arguments, code=0):
+        file = self.path("count.json")
+        self.run_rig("--count", file, *arguments, code=code)
+        with open(file) as stream:
+            return json.load(stream)
+
+    @staticmethod
+    def of(counts, name):
+        routes = counts["entries"].get(name, {})
+        return [routes.get(route, 0) for route in ("served", "forwarded", "direct")]
+
+    def test_every_call_is_counted_on_its_way(self):
+        picture = self.picture("--game", "none", "--", *probe("linked"))
+        counted = self.picture("--game", "none", "--count", self.path("c.json"), "--",
+                               *probe("linked"))
+        self.assertEqual(counted, picture)
+        for kind in ("linked", "loaded", "procs"):
+            alone = self.counts("--no-plugin", "--", *probe(kind), "frames", "5")
+            self.assertEqual([alone["served"], alone["forwarded"]], [0, 0])
+            self.assertEqual(self.of(alone, "eglSwapBuffers"), [0, 0, 5])
+            served = self.counts("--game", "none", "--", *probe(kind), "frames", "5")
+            self.assertEqual(self.of(served, "glDrawArrays"), [5, 5, 0], kind)
+            self.assertEqual(served["served"], served["forwarded"])
+            self.assertEqual(served["served"], alone["direct"])
+        scaled = self.counts("--set", "FB0Factor=50", "--", *probe("linked"), "frames", "5")
+        self.assertEqual(self.of(scaled, "glDrawArrays"), [5, 9, 0])  # four blits
+        self.assertEqual(self.of(scaled, "eglSwapBuffers"), [5, 5, 0])
+
+    def test_contexts_that_pass_the_plugin_by_are_told_apart(self):
+        es1 = self.counts("--", *probe("loaded"), "es1", "frames", "5")
+        self.assertEqual(self.of(es1, "eglSwapBuffers"), [0, 0, 5])
+        self.assertEqual(self.of(es1, "eglMakeCurrent"), [1, 1, 0])
+
+    def test_counts_outlive_whatever_ends_the_program(self):
+        program = " ".join(probe("linked"))
+        killed = self.counts("--", "sh", "-c", f"{program} frames 1000 pause 20 & read x <"
+                             f" /dev/null; sleep 1; kill -9 $!; {program} frames 3; kill -9 $$",
+                             code=137)
+        self.assertEqual(killed["processes"], 2)
+        self.assertGreater(self.of(killed, "eglSwapBuffers")[0], 3)
+        none = self.counts("--", "true")
+        self.assertEqual([none["processes"], none["served"]], [0, 0])
+
+
 class Device(Rig):
     def test_configuration_file_and_service_answers_reach_the_plugin(self):
         config = self.path("qogl")
@@ -195,7 +240,7 @@ class Launcher(Rig):
                           ["--quirk", "no-names@x"], ["--driver", "odd"], ["--game", "odd"],
                           ["--config", "/no/such/file"], ["--config", "/"], ["--service", "odd"],
                           ["--property", "odd"], ["--frames", "0"], ["--frame", "2"],
-                          ["--capture", "/no/such/directory/a.png"], ["--odd"]):
+                          ["--capture", "/no/such/directory/a.png"], ["--count", "/no/such/directory/a.json"], ["--odd"]):
             _, err = self.run_rig(*arguments, "--", "true", code=2)
             self.assertIn(arguments[0], err)
         _, err = self.run_rig(code=2)
