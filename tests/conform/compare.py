@@ -1,0 +1,131 @@
+"""Facts about runs, and what differs between them.
+
+A fact is a pair of texts, what and value. Facts that are not the same in all
+runs of the baseline are unstable and left out.
+"""
+
+import difflib
+import json
+from dataclasses import dataclass
+
+
+@dataclass(frozen=True)
+class Difference:
+    fact: str
+    baseline: str
+    seen: str
+
+
+ABSENT = "(absent)"
+LINES_SHOWN = 12
+WIDTH_SHOWN = 160
+# What the plug-in serves by another entry of the driver.
+HANDED_ON_AS = {"eglClientWaitSync": "eglClientWaitSyncKHR"}
+# Stands for any value but the baseline's.
+ANYTHING = None
+
+
+def unstable(baselines):
+    """The facts in which runs of the baseline do not agree."""
+    names = set().union(*baselines)
+    return {n for n in names if len({b.get(n, ABSENT) for b in baselines}) > 1}
+
+
+def differences(baseline, facts, left_out=frozenset()):
+    return [Difference(name, baseline.get(name, ABSENT), facts.get(name, ABSENT))
+            for name in sorted(set(baseline) | set(facts))
+            if name not in left_out and baseline.get(name, ABSENT) != facts.get(name, ABSENT)]
+
+
+def is_sound(baseline, needs):
+    """Whether the baseline shows what it needs to and ended well."""
+    return not needs or (baseline["exit code"] == "0" and
+                         any(fact.startswith(needs) for fact in baseline))
+
+
+def unexpected(found, expected):
+    """What is wrong with the differences found where just `expected` ones may be.
+
+    `expected` maps a fact to the value that it must have, or to ANYTHING.
+    Returns pairs of a message and the Difference, which is None for a
+    difference that is missing.
+    """
+    wrong = []
+    for difference in found:
+        if difference.fact not in expected:
+            wrong.append(("differs", difference))
+        elif expected[difference.fact] not in (ANYTHING, difference.seen):
+            wrong.append((f"should be {expected[difference.fact]}", difference))
+    seen = {difference.fact for difference in found}
+    wrong += [(f"{fact} does not differ, but should", None)
+              for fact in sorted(set(expected) - seen)]
+    return wrong
+
+
+def proof_failure(mode, counts, needs_gl):
+    """Why the counted calls do not prove that the run was what it is called.
+
+    `counts` is what the rig's --count wrote, or None. Empty: they do.
+    """
+    if counts is None or counts["processes"] == 0:
+        return "no call was counted: the program did not come through the rig"
+    totals = {route: counts[route] for route in ("served", "forwarded", "direct")}
+    if not mode.plugin:
+        if totals["served"] or totals["forwarded"]:
+            return f"the plug-in was in the path, but should not: {totals}"
+        if not totals["direct"]:
+            return "the program made no call"
+        wanted = "direct"
+    else:
+        if not totals["served"]:
+            return f"the plug-in served no call: {totals}"
+        wanted = "served"
+    if needs_gl and not any(not name.startswith("egl") and routes.get(wanted)
+                            for name, routes in counts["entries"].items()):
+        return f"not one GL call was {wanted}; the program's GL calls took another way"
+    if mode.plugin and mode.passes_through:
+        lost = lost_calls(counts["entries"])
+        if lost:
+            return "calls were not handed on one for one: " + ", ".join(lost[:5])
+    return ""
+
+
+def lost_calls(entries):
+    """Entries that did not come out of the plug-in as often as they went in."""
+    balance = {}
+    for name, routes in entries.items():
+        out = HANDED_ON_AS.get(name, name)
+        balance[out] = balance.get(out, 0) + routes.get("served", 0)
+        balance[name] = balance.get(name, 0) - routes.get("forwarded", 0)
+    return [f"{name} {-count:+}" for name, count in balance.items() if count]
+
+
+def calls(counts):
+    """What the program called and how often, whoever served it."""
+    if counts is None:
+        return ABSENT
+    return " ".join(f"{name}:{routes.get('served', 0) + routes.get('direct', 0)}"
+                    for name, routes in sorted(counts["entries"].items()))
+
+
+def _lines(text):
+    """The text's lines; one member in each where it is JSON."""
+    try:
+        return json.dumps(json.loads(text), indent=1).splitlines()
+    except ValueError:
+        return text.splitlines()
+
+
+def text_difference(difference):
+    """Baseline against mode, as few lines as tell it."""
+    old, new = _lines(difference.baseline), _lines(difference.seen)
+    if len(old) < 2 and len(new) < 2:
+        lines = [f"- {difference.baseline}", f"+ {difference.seen}"]
+        if max(map(len, lines)) > WIDTH_SHOWN:  # one long line: word by word
+            old, new = difference.baseline.split(), difference.seen.split()
+    if len(old) > 1 or len(new) > 1:
+        lines = [line for line in difflib.unified_diff(old, new, lineterm="", n=0)
+                 if not line.startswith(("---", "+++", "@@"))]
+    more = len(lines) - LINES_SHOWN
+    lines = [line[:WIDTH_SHOWN] for line in lines[:LINES_SHOWN]]
+    return lines + ([f"... {more} more"] if more > 0 else [])
