@@ -59,5 +59,8 @@ add_compile_options(
 add_link_options(
     -Wl,--pack-dyn-relocs=relr -Wl,-z,defs -Wl,-z,noexecstack
     -Wl,--hash-style=gnu -Wl,--build-id -Wl,--icf=safe)
+# Variables are bound inside the library too: no program is linked with it on a
+# device, so none can hold the only copy of one.
+set(SYMBOL_BINDING -Wl,-Bsymbolic)
 set(VERSION_SCRIPT ${CMAKE_SOURCE_DIR}/android/libtolvernvesko.map)
 set(CMAKE_SKIP_RPATH ON)

@@ -1,70 +1,79 @@
-// What loading a library takes: load_time LIBRARY EMPTY_LIBRARY TIMES prints lines
-// "NAME MICROSECONDS PRIVATE_KIB HEAP_BYTES", NAME being library or empty, in turn.
-// Each load happens in a process of its own, which has what both libraries need
-// loaded before.
+// What loading a library takes: load_time LIBRARY prints
+// "MICROSECONDS FAULTS PRIVATE_KIB HEAP_BYTES PAGE_FAULT_MICROSECONDS", the last of
+// them being what a page of it costs that is written to for the first time. What the
+// library needs was loaded with this program.
 #include <dlfcn.h>
 #include <malloc.h>
-#include <sys/wait.h>
+#include <sys/mman.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <string>
 
 namespace {
 
-// The memory that belongs to this process alone in the mappings of a file, and in
-// the one right behind them, where its zeroed data goes on.
-int privateKibibytes(const std::string& file) {
-    std::ifstream maps("/proc/self/smaps");
-    int total = 0;
-    bool ours = false;
-    for (std::string line; std::getline(maps, line);) {
-        int kibibytes = 0;
-        if (line.find('-') < line.find(' ') && line.find("r") != std::string::npos &&
-            line.find(" kB") == std::string::npos && line.find("VmFlags") != 0) {
-            const bool named = line.find(file) != std::string::npos;
-            ours = named || (ours && line.find('/') == std::string::npos &&
-                             line.find('[') == std::string::npos);
-        } else if (ours && sscanf(line.c_str(), "Private_Dirty: %d", &kibibytes) == 1) {
-            total += kibibytes;
-        }
+// The memory that this process has written to, and so has to itself. (Pages of a file
+// that was just built count as dirty too, until they reach the disk.)
+int privateKibibytes() {
+    std::ifstream sums("/proc/self/smaps_rollup");
+    int kibibytes = 0;
+    for (std::string line; std::getline(sums, line);) {
+        if (sscanf(line.c_str(), "Anonymous: %d", &kibibytes) == 1) return kibibytes;
     }
-    return total;
+    return 0;
 }
 
-void load(const char* name, const char* path) {
-    const size_t heap = mallinfo2().uordblks;
-    const auto start = std::chrono::steady_clock::now();
-    void* const handle = dlopen(path, RTLD_NOW);
-    const std::chrono::duration<double, std::micro> taken =
-        std::chrono::steady_clock::now() - start;
-    if (handle == nullptr) {
-        fprintf(stderr, "load_time: %s\n", dlerror());
-        _exit(3);
-    }
-    const std::string file = std::string(path).substr(std::string(path).rfind('/') + 1);
-    printf("%s %.2f %d %zu\n", name, taken.count(), privateKibibytes(file),
-           mallinfo2().uordblks - heap);
-    fflush(stdout);
-    _exit(0);
+using Clock = std::chrono::steady_clock;
+using Microseconds = std::chrono::duration<double, std::micro>;
+
+long faults() {
+    rusage used = {};
+    getrusage(RUSAGE_SELF, &used);
+    return used.ru_minflt;
+}
+
+// A private page of a file, as the dynamic linker relocates them.
+double faultMicroseconds(const char* path) {
+    constexpr int kPages = 4;
+    const long size = sysconf(_SC_PAGESIZE);
+    FILE* const file = fopen(path, "re");
+    if (file == nullptr) return 0;
+    auto* const pages =
+        static_cast<char*>(mmap(nullptr, static_cast<size_t>(kPages * size), PROT_READ | PROT_WRITE,
+                                MAP_PRIVATE, fileno(file), 0));
+    fclose(file);
+    if (pages == MAP_FAILED) return 0;
+    const auto start = Clock::now();
+    for (int i = 0; i < kPages; ++i) pages[i * size] = 1;
+    return Microseconds(Clock::now() - start).count() / kPages;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 4) {
-        fprintf(stderr, "usage: load_time LIBRARY EMPTY_LIBRARY TIMES\n");
+    if (argc != 2) {
+        fprintf(stderr, "usage: load_time LIBRARY\n");
         return 2;
     }
-    for (int i = 0; i < 2 * atoi(argv[3]); ++i) {
-        const bool empty = i % 2 != 0;
-        const pid_t child = fork();
-        if (child == 0) load(empty ? "empty" : "library", argv[empty ? 2 : 1]);
-        int status = 0;
-        if (child < 0 || waitpid(child, &status, 0) != child || status != 0) return 3;
+    const char* const path = argv[1];
+    privateKibibytes();  // whatever reading that needs is there from now on
+    const int privateBefore = privateKibibytes();
+    const size_t heapBefore = mallinfo2().uordblks;
+    const long faultsBefore = faults();
+    const auto start = Clock::now();
+    void* const handle = dlopen(path, RTLD_NOW);
+    const Microseconds taken = Clock::now() - start;
+    const long faulted = faults() - faultsBefore;
+    if (handle == nullptr) {
+        fprintf(stderr, "load_time: %s\n", dlerror());
+        return 3;
     }
+    const size_t heap = mallinfo2().uordblks - heapBefore;
+    const int privateNow = privateKibibytes();
+    printf("%.2f %ld %d %zu %.2f\n", taken.count(), faulted, privateNow - privateBefore, heap,
+           faultMicroseconds(path));
     return 0;
 }

@@ -105,5 +105,7 @@ def process(table, result):
     table.row("microseconds over an empty library",
               [f"{load['over empty us']:.1f}", f"{load['least over empty us']:.1f}"],
               load["over empty us"], LOAD_US)
-    table.row("private memory, KiB", [f"{load['private KiB']:g}", ""])
-    table.row("heap, bytes", [f"{load['heap bytes']:g}", ""])
+    table.row("page faults over an empty library", [f"{load['page faults over empty']:g}"])
+    table.row("microseconds of a page fault", [f"{load['microseconds of a page fault']:.2f}"])
+    table.row("private memory over it, KiB", [f"{load['private KiB over empty']:g}"])
+    table.row("heap, bytes", [f"{load['heap bytes']:g}"])

@@ -46,17 +46,20 @@ def describe(path):
 
 
 def load(build, times):
-    """Medians over so many loads each: microseconds over an empty library, private memory."""
-    output = run([f"{build}/bench/load_time", f"{build}/libtolvernvesko.so",
-                  f"{build}/bench/libempty.so", str(times)])
+    """Medians over so many loads each, in turn, each in a process of its own: microseconds and
+    page faults over an empty library, private memory."""
+    libraries = {"library": f"{build}/libtolvernvesko.so", "empty": f"{build}/bench/libempty.so"}
     samples = collections.defaultdict(list)
-    for line in output.splitlines():
-        name, *values = line.split()
-        samples[name].append([float(value) for value in values])
+    for _ in range(times):
+        for name, path in libraries.items():
+            output = run([f"{build}/bench/load_time", path])
+            samples[name].append([float(value) for value in output.split()])
     middle = {name: [statistics.median(column) for column in zip(*rows)]
               for name, rows in samples.items()}
     least = {name: min(row[0] for row in rows) for name, rows in samples.items()}
     library, empty = middle["library"], middle["empty"]
     return {"empty us": empty[0], "over empty us": library[0] - empty[0],
             "least over empty us": least["library"] - least["empty"],
-            "private KiB": library[1], "heap bytes": library[2] - empty[2]}
+            "page faults over empty": library[1] - empty[1],
+            "microseconds of a page fault": library[4],
+            "private KiB over empty": library[2] - empty[2], "heap bytes": library[3] - empty[3]}

@@ -69,7 +69,7 @@ std::vector<float> grid(int cells) {
 
 const SceneKind kOneColour = {"one colour", kPlainColour, 1};
 const SceneKind kHeavyLarge = {"heavy, large triangles", kHeavyColour, 1};
-const SceneKind kHeavySmall = {"heavy, small triangles", kHeavyColour, 64};
+const SceneKind kHeavySmall = {"heavy, small triangles", kHeavyColour, 32};
 const SceneKind kLight = {"light", kPlainColour, 16};
 
 Scene::Scene(const Table& gl, const SceneKind& kind) : program(link(gl, kind.colour)) {

@@ -27,8 +27,11 @@ function(plugin_library name trampolines)
     # Functions bind inside the library, so that internal calls cost no detour;
     # exported data stays with the dynamic linker, since a program that refers to it
     # may hold the only copy.
+    if(NOT SYMBOL_BINDING)
+        set(SYMBOL_BINDING -Wl,-Bsymbolic-functions)
+    endif()
     target_link_options(${name} PRIVATE
-        -Wl,-Bsymbolic-functions -Wl,--version-script=${VERSION_SCRIPT}
+        ${SYMBOL_BINDING} -Wl,--version-script=${VERSION_SCRIPT}
         -Wl,-z,relro -Wl,-z,now -Wl,--gc-sections ${DESKTOP_LINK_OPTIONS})
 endfunction()
 
