@@ -1,6 +1,7 @@
 #include "GameImpl/FBOBase/FBOBase.h"
 
 #include "GameImpl/FBOBase/fbo_internal.h"
+#include "GameImpl/scaled_size.h"
 
 namespace android {
 
@@ -22,8 +23,8 @@ void FboBase::Fbosetup(float factor, const gl_hooks_t* gl, const platform_impl_t
     fboFactor = factor;
     glHooks = gl;
     platformHooks = platform;
-    fboHeight = static_cast<int>(static_cast<float>(height) * factor);
-    fboWidth = static_cast<int>(static_cast<float>(width) * factor);
+    fboHeight = scaledSize(height, factor);
+    fboWidth = scaledSize(width, factor);
     FBO_LOG(INFO, "fbo factor=%f width=%d height=%d ", static_cast<double>(factor), fboWidth,
             fboHeight);
 }

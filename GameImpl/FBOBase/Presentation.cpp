@@ -19,6 +19,9 @@ const void* bufferOffset(uintptr_t bytes) { return reinterpret_cast<const void*>
 bool FboBase::renderTextureToFbo(bool createOnly) {
     DRAIN();
     if (!fboReady) {
+        // A driver that refuses leaves these alone, and the old names may be
+        // the application's by now.
+        fboId = fboTexture = fboDepthStencil = 0;
         queryGlFunctions();
         DRAIN();
         GL(glGenFramebuffers(1, &fboId));
@@ -51,7 +54,11 @@ bool FboBase::renderTextureToFbo(bool createOnly) {
     GL(glInvalidateFramebuffer(GL_FRAMEBUFFER, 1, kDiscarded));
     GL(glClearColor(0, 0, 0, 0));
     GL(glClear(kAllBuffers));
-    if (glHooks->gl.glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) {
+    const GLenum status = glHooks->gl.glCheckFramebufferStatus(GL_FRAMEBUFFER);
+    // Without all of its objects the target may still count as complete: as the
+    // window itself, or without an attachment.
+    const bool refused = fboId == 0 || fboTexture == 0 || fboDepthStencil == 0;
+    if (refused || status != GL_FRAMEBUFFER_COMPLETE) {
         FBO_LOG(ERROR, "framebuffer is not complete!");
         return false;
     }
@@ -62,6 +69,9 @@ bool FboBase::renderTextureToFbo(bool createOnly) {
 unsigned FboBase::renderfboTodisplay(void*, void*, int width, int height) {
     glHooks->gl.glGetError();  // the application's own error, if any
     if (!graphicsReady) {
+        // Names of an earlier program may be the application's by now, and what
+        // a failed set-up leaves behind is deleted later.
+        fboVertexShader = fboFragmentShader = fboVertexBuffer = 0;
         if (setupGraphics()) {
             FBO_LOG(INFO, "setupGraphics successed!");
         } else {

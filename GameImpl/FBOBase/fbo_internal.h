@@ -8,7 +8,8 @@
 namespace android {
 
 // Empties the driver's error queue into the log, where `line` and `operation`
-// say which call left the errors. Returns the last code read.
+// say which call left the errors, as far as it can be emptied. Returns the last
+// code read.
 GLenum drainGLErrors(const gl_hooks_t* glHooks, int line, const char* operation);
 
 }  // namespace android

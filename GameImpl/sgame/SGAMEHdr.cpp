@@ -1,5 +1,7 @@
 // SGAMEImpl: the smaller framebuffer in the place of the game's HDR one.
+#include "GameImpl/scaled_size.h"
 #include "GameImpl/sgame/sgame_internal.h"
+#include "platform/sanitizers.h"
 
 namespace android {
 
@@ -54,9 +56,17 @@ void SGAMEImpl::checkIfHdrFbo(unsigned target, unsigned framebuffer) {
     if ((red & green & blue & alpha) == 0) return;
 
     Fbosetup(fboScale);
-    hdrWidth = static_cast<int>(hdrScale * static_cast<float>(surfaceWidth));
-    hdrHeight = static_cast<int>(hdrScale * static_cast<float>(surfaceHeight));
+    hdrWidth = scaledSize(surfaceWidth, hdrScale);
+    hdrHeight = scaledSize(surfaceHeight, hdrScale);
+    // With nothing to draw into, or with a name that the driver refused, the
+    // game's own framebuffer stays, and its next bind tries again.
+    if (hdrWidth < 1 || hdrHeight < 1) return;
     createHdrFbo(hdrWidth, hdrHeight, 1, sampleBuffers);
+    if (hdrFbo == 0 || hdrTexture == 0 || hdrDepth == 0) {
+        releaseHdrFbo();
+        driverTable->gl.glBindFramebuffer(target, framebuffer);
+        return;
+    }
     hdrSourceFbo = framebuffer;
     hdrSourceTexture = static_cast<unsigned>(texture);
     SGAME_LOG_AT(
@@ -103,8 +113,7 @@ namespace {
 
 // Looks at entries 0 to n, one more than the caller's array holds: known, and
 // kept as it is.
-__attribute__((no_sanitize("address"))) bool contains(int n, const unsigned* names,
-                                                      unsigned wanted) {
+DELIBERATE_OVERREAD bool contains(int n, const unsigned* names, unsigned wanted) {
     if (n < 0 || names == nullptr || wanted == 0) return false;
     for (int i = 0; i <= n; ++i) {
         if (names[i] == wanted) return true;

@@ -3,8 +3,10 @@
 #include <android-base/properties.h>
 
 #include <string>
+#include <utility>
 
 #include "GameImpl/rebuild_in_place.h"
+#include "GameImpl/scaled_size.h"
 #include "GameImpl/sgame/sgame_internal.h"
 #include "monitor/GameInfo.h"
 
@@ -64,10 +66,13 @@ bool SGAMEImpl::checkIfEnableFunc() {
 
 void SGAMEImpl::Fbosetup(float scale) {
     platform_impl_t* egl = getEGLPlatformImpl();
+    const std::pair<int, int> oldSize(surfaceWidth, surfaceHeight);
     const EGLDisplay display = egl->eglGetCurrentDisplay();
     const EGLSurface surface = egl->eglGetCurrentSurface(EGL_DRAW);
     egl->eglQuerySurface(display, surface, EGL_WIDTH, &surfaceWidth);
     egl->eglQuerySurface(display, surface, EGL_HEIGHT, &surfaceHeight);
+    // Another window's target; later no difference would be left to see.
+    if (oldSize != std::make_pair(surfaceWidth, surfaceHeight)) releaseResourcesAll();
     FboBase::Fbosetup(scale, driverTable, egl, surfaceWidth, surfaceHeight);
 }
 
@@ -96,7 +101,7 @@ void SGAMEImpl::renderfboTodisplay(void* display, void* surface) {
 unsigned SGAMEImpl::eglSwapBuffers(void* display, void* surface) {
     renderfboTodisplay(display, surface);
     const unsigned swapped = getEGLPlatformImpl()->eglSwapBuffers(display, surface);
-    updateScaling();
+    updateScaling(display, surface, swapped != 0);
     if (enabled) {
         renderTextureToFbo(1, 0, false);
     } else if (!resourcesReleased) {
@@ -108,13 +113,31 @@ unsigned SGAMEImpl::eglSwapBuffers(void* display, void* surface) {
     return swapped != 0 ? 1 : 0;
 }
 
-// A target made for another factor must go: viewports are scaled by the new one
-// from now on and would no longer fill it.
-void SGAMEImpl::updateScaling() {
+// Targets made for other factors or another window must go: viewports are scaled
+// by the new factor from now on and would no longer fill the target, nor would
+// the blit fill the window.
+void SGAMEImpl::updateScaling(void* display, void* surface, bool swapped) {
     const float oldHdrScale = hdrScale;
     checkIfEnableFunc();
-    if (hdrScale != oldHdrScale) releaseHdrFbo();
-    if (enabled && fboFactor != fboScale) releaseResourcesAll();
+    // After a failed swap the application asks for the EGL error, which a query
+    // of ours would clear.
+    const bool resized = swapped && sizeHasChanged(display, surface);
+    if (resized || hdrScale != oldHdrScale) releaseHdrFbo();
+    if (enabled && (resized || fboFactor != fboScale)) releaseResourcesAll();
+}
+
+// Whether the targets in use are for a window of another size. A driver that
+// gives no size has not changed it.
+bool SGAMEImpl::sizeHasChanged(void* display, void* surface) {
+    const bool frameTarget = enabled && !resourcesReleased;
+    const bool hdrTarget = hdrEnabled && !hdrReleased;
+    if (!frameTarget && !hdrTarget) return false;
+    platform_impl_t* egl = getEGLPlatformImpl();
+    int width = 0;
+    int height = 0;
+    egl->eglQuerySurface(display, surface, EGL_WIDTH, &width);
+    egl->eglQuerySurface(display, surface, EGL_HEIGHT, &height);
+    return width > 0 && height > 0 && (width != surfaceWidth || height != surfaceHeight);
 }
 
 void SGAMEImpl::glBindFramebuffer(unsigned target, unsigned framebuffer) {
@@ -149,10 +172,8 @@ std::optional<float> SGAMEImpl::scaleFor(int width) const {
 SGAMEImpl::Box SGAMEImpl::scaled(const Box& box) const {
     const std::optional<float> scale = scaleFor(box.width);
     if (!scale) return box;
-    const auto times = [&scale](int value) {
-        return static_cast<int>(*scale * static_cast<float>(value));
-    };
-    return {times(box.x), times(box.y), times(box.width), times(box.height)};
+    return {scaledSize(box.x, *scale), scaledSize(box.y, *scale), scaledSize(box.width, *scale),
+            scaledSize(box.height, *scale)};
 }
 
 void SGAMEImpl::glViewport(int x, int y, int width, int height) {

@@ -90,7 +90,8 @@ private:
         int x, y, width, height;
     };
 
-    PLUGIN_LOCAL void updateScaling();
+    PLUGIN_LOCAL void updateScaling(void* display, void* surface, bool swapped);
+    PLUGIN_LOCAL bool sizeHasChanged(void* display, void* surface);
     PLUGIN_LOCAL void bindHdrFbo(unsigned target);
     // The scale of a viewport or scissor box of this width, if there is one.
     PLUGIN_LOCAL std::optional<float> scaleFor(int width) const;
