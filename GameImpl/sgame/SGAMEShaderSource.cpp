@@ -13,10 +13,11 @@ constexpr char kHighPrecision[] = "precision highp";
 constexpr char kMediumPrecision[] = "precision mediump";
 constexpr int kLengthAdjustment = 2;
 
-// With a length given the string need not be terminated.
+// With a length given the string need not be terminated, and the driver will read
+// as many bytes of what replaces it.
 std::string firstString(const char* const* strings, const int* lengths) {
     if (lengths == nullptr || lengths[0] < 0) return strings[0];
-    return {strings[0], strnlen(strings[0], static_cast<size_t>(lengths[0]))};
+    return {strings[0], static_cast<size_t>(lengths[0])};
 }
 
 std::string lowerPrecision(std::string text) {
