@@ -19,6 +19,7 @@ constexpr size_t kNodeTextSize = 100;
 constexpr int kFirstPollMilliseconds = 5;
 // Only where there was no descriptor to be woken by.
 constexpr int kUnwakeableMilliseconds = 50;
+constexpr int kUnservedMilliseconds = 100;
 
 constexpr int kStatusActive = 7;
 
@@ -54,9 +55,12 @@ MonitorThread::MonitorThread(ImplFactory::GAME newGame)
 
 MonitorThread::~MonitorThread() { reset(); }
 
+// Other threads may be binding while one starts the monitor.
+bool MonitorThread::hasStarted() const { return __atomic_load_n(&started, __ATOMIC_RELAXED); }
+
 void MonitorThread::start() {
     if (game == ImplFactory::GENSHIN_IMPACT || game == ImplFactory::NO_GAME) return;
-    if (started || !PollStop::prepare(this)) return;
+    if (hasStarted() || !PollStop::prepare(this)) return;
 
     const int result = pthread_create(&thread, nullptr, threadProc, this);
     if (result != 0) PollStop::discard(this);
@@ -70,7 +74,7 @@ void MonitorThread::start() {
     const int node = keptFromZero(open(kParameterNodePath, O_RDONLY | O_CLOEXEC));
     if (node < 0) MONITOR_LOG(ERROR, " open %s failed", kParameterNodePath);
     __atomic_store_n(&pollRecord.fd, node, __ATOMIC_RELAXED);
-    started = true;
+    __atomic_store_n(&started, true, __ATOMIC_RELAXED);
     __atomic_store_n(&pollRecord.events, short{POLLPRI | POLLERR}, __ATOMIC_RELEASE);
     // The thread may be asleep on the record as it was before.
     PollStop::wake(this);
@@ -80,7 +84,7 @@ void MonitorThread::reset() {
     PollStop::end(this, thread);
     close(pollRecord.fd);
     // The number may soon be somebody else's; a second reset must not close it.
-    if (started) pollRecord.fd = -1;
+    if (hasStarted()) pollRecord.fd = -1;
     initGameInfo();
     MONITOR_LOG(DEBUG, "end MonitorThread");
 }
@@ -100,21 +104,73 @@ pollfd snapshot(const pollfd& record) {
             __atomic_load_n(&record.events, __ATOMIC_ACQUIRE), 0};
 }
 
-void readNode(MonitorThread& monitor, int descriptor) {
+// The node's descriptor as the poll thread knows it.
+class NodeFile {
+public:
+    // What to poll: nothing of the node once its descriptor is lost.
+    pollfd record(const pollfd& shared) {
+        pollfd now = snapshot(shared);
+        if (now.fd != number) {
+            number = now.fd;
+            identity = FileIdentity(number);
+            lost = false;
+        }
+        if (lost) now.fd = -1;
+        return now;
+    }
+
+    bool isIntact() const { return identity.isThatOf(number); }
+
+    // After somebody has closed the descriptor; the number may be another file's
+    // now. Not before start() has stored one: until then there is only to wait.
+    void reopen(MonitorThread& monitor) {
+        lost = true;
+        if (snapshot(monitor.pollRecord).events == 0) return;
+        const int node = keptFromZero(open(kParameterNodePath, O_RDONLY | O_CLOEXEC));
+        if (node < 0) {
+            MONITOR_LOG(ERROR, " open %s failed", kParameterNodePath);
+            return;
+        }
+        __atomic_store_n(&monitor.pollRecord.fd, node, __ATOMIC_RELAXED);
+        // The number may well be the old one again.
+        number = -1;
+    }
+
+private:
+    int number = -1;
+    FileIdentity identity;
+    bool lost = false;
+};
+
+bool readNode(MonitorThread& monitor, int descriptor) {
     // One byte more than is read, so that a full buffer is still a string.
     char text[kNodeTextSize + 1] = {};
     const ssize_t count = pread(descriptor, text, kNodeTextSize, 0);
     if (count < 0) {
         MONITOR_LOG(ERROR, "pread failed");
-        return;
+        return false;
     }
     MONITOR_LOG(DEBUG, "read(%d) %s ", static_cast<int>(count), text);
     monitor.parseprocessData(text, static_cast<int>(count));
+    return true;
+}
+
+// What poll has reported of the node. False when it may report the same again at
+// once.
+bool serveEvent(MonitorThread& monitor, NodeFile& node, const pollfd& record) {
+    if (!node.isIntact()) {
+        MONITOR_LOG(DEBUG, "loop again");
+        node.reopen(monitor);
+        return true;
+    }
+    if ((record.revents & POLLPRI) != 0) return readNode(monitor, record.fd);
+    MONITOR_LOG(DEBUG, "loop again");
+    return false;
 }
 
 // One pass of the poll loop. False when the thread is to end.
-bool waitForEvent(MonitorThread& monitor, const PollStop::Running& running) {
-    struct pollfd records[2] = {snapshot(monitor.pollRecord),
+bool waitForEvent(MonitorThread& monitor, NodeFile& node, const PollStop::Running& running) {
+    struct pollfd records[2] = {node.record(monitor.pollRecord),
                                 {running.wakeDescriptor(), POLLIN, 0}};
     const bool wakeable = records[1].fd >= 0;
     const int ready = poll(records, 2, wakeable ? -1 : kUnwakeableMilliseconds);
@@ -127,15 +183,16 @@ bool waitForEvent(MonitorThread& monitor, const PollStop::Running& running) {
     }
 
     MONITOR_LOG(DEBUG, "start polling");
+    bool served = error == EINTR;
     if (ready < 1) {
         MONITOR_LOG(ERROR, " poll failed err= %s", strerror(error));
-    } else if ((records[0].revents & POLLPRI) != 0) {
-        readNode(monitor, records[0].fd);
     } else {
-        MONITOR_LOG(DEBUG, "loop again");
+        served = serveEvent(monitor, node, records[0]);
     }
     MONITOR_LOG(DEBUG, "ready to poll data");
-    return true;
+    // A condition that stays must not keep a core busy, nor fill the log.
+    if (!served) poll(&records[1], 1, kUnservedMilliseconds);
+    return !running.requested();
 }
 
 }  // namespace
@@ -152,7 +209,8 @@ void MonitorThread::eventProcess() {
     poll(&record, 1, kFirstPollMilliseconds);
     MONITOR_LOG(DEBUG, "poll once");
     MONITOR_LOG(DEBUG, "ready to poll data");
-    while (waitForEvent(*this, running)) {
+    NodeFile node;
+    while (waitForEvent(*this, node, running)) {
     }
 }
 

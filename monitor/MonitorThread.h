@@ -52,6 +52,9 @@ public:
     bool started;
     ImplFactory::GAME game;
     struct pollfd pollRecord;
+
+private:
+    PLUGIN_LOCAL bool hasStarted() const;
 };
 
 }  // namespace android

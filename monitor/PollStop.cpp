@@ -8,28 +8,33 @@
 #include <ctime>
 #include <mutex>
 
-#include "monitor/safe_descriptor.h"
-
 namespace android {
 
 namespace {
 
 std::mutex registryLock;
 PollStop* registry = nullptr;
+// Whose threads these are. In a forked child there are none, and the lock may be
+// one that nobody will ever release.
+std::atomic<pid_t> registryProcess{0};
 
-constexpr int kPatienceSeconds = 2;
+constexpr int kPatienceMilliseconds = 2000;
+// Longer than a thread that cannot be woken sleeps once it has noticed.
+constexpr int kShortPatienceMilliseconds = 100;
 
 }  // namespace
 
 PollStop::PollStop(const void* owner)
     : monitor(owner),
       process(getpid()),
-      wakeFd(keptFromZero(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))) {
+      wakeFd(keptFromZero(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))),
+      wakeFile(wakeFd) {
+    registryProcess = process;
     sem_init(&ended, 0, 0);
 }
 
 PollStop::~PollStop() {
-    if (wakeFd >= 0) close(wakeFd);
+    if (isWakeable()) close(wakeFd);
     sem_destroy(&ended);
 }
 
@@ -40,9 +45,9 @@ PollStop** PollStop::find(const void* monitor) {
     return link;
 }
 
-void PollStop::signal() const {
+bool PollStop::signal() const {
     const uint64_t one = 1;
-    if (wakeFd >= 0) (void)!write(wakeFd, &one, sizeof(one));
+    return isWakeable() && write(wakeFd, &one, sizeof(one)) == sizeof(one);
 }
 
 bool PollStop::prepare(const void* monitor) {
@@ -54,7 +59,7 @@ bool PollStop::prepare(const void* monitor) {
     }
     // An entry whose thread never came may be that of an earlier monitor at
     // this address.
-    if ((*link)->state != State::Cancelled) return false;
+    if ((*link)->state != State::Abandoned) return false;
     (*link)->state = State::Created;
     return true;
 }
@@ -62,8 +67,12 @@ bool PollStop::prepare(const void* monitor) {
 void PollStop::discard(const void* monitor) {
     std::lock_guard<std::mutex> guard(registryLock);
     PollStop** link = find(monitor);
-    if (PollStop* stop = *link) {
-        *link = stop->next;
+    PollStop* stop = *link;
+    if (stop == nullptr) return;
+    *link = stop->next;
+    if (stop->state == State::Cancelled) {
+        stop->finish();
+    } else {
         delete stop;
     }
 }
@@ -74,33 +83,43 @@ void PollStop::wake(const void* monitor) {
 }
 
 void PollStop::end(const void* monitor, pthread_t thread) {
+    if (registryProcess != getpid()) return;
     PollStop* stop;
+    bool begun;
+    int patience = kPatienceMilliseconds;
     {
         std::lock_guard<std::mutex> guard(registryLock);
         PollStop** link = find(monitor);
         stop = *link;
         if (stop == nullptr) return;
-        if (stop->state == State::Created) {
-            // Left for the thread, should it still come.
+        begun = stop->state == State::Running;
+        if (begun) {
+            *link = stop->next;
+            stop->stopRequested = true;
+            if (!stop->signal()) patience = kShortPatienceMilliseconds;
+        } else if (stop->state == State::Created) {
+            // Left for the thread to find.
             stop->state = State::Cancelled;
+        } else {
             return;
         }
-        if (stop->state == State::Cancelled) return;
-        *link = stop->next;
-        stop->stopRequested = true;
-        stop->signal();
     }
-    if (stop->waitUntilEnded(thread)) delete stop;
+    if (stop->waitUntilEnded(thread, patience)) {
+        delete stop;
+    } else if (!begun) {
+        stop->abandon();
+    }
 }
 
 // False where the thread may still refer to this object. The process must not
 // hang while it leaves, not even if the application closed the wake descriptor.
-bool PollStop::waitUntilEnded(pthread_t thread) {
-    if (process != getpid()) return true;
+bool PollStop::waitUntilEnded(pthread_t thread, int milliseconds) {
     if (pthread_equal(self, pthread_self())) return false;
     timespec deadline = {};
     clock_gettime(CLOCK_REALTIME, &deadline);
-    deadline.tv_sec += kPatienceSeconds;
+    const long nanoseconds = deadline.tv_nsec + (milliseconds % 1000) * 1000000L;
+    deadline.tv_sec += milliseconds / 1000 + nanoseconds / 1000000000;
+    deadline.tv_nsec = nanoseconds % 1000000000;
     while (sem_timedwait(&ended, &deadline) != 0) {
         if (errno != EINTR) return false;
     }
@@ -111,6 +130,25 @@ bool PollStop::waitUntilEnded(pthread_t thread) {
     return true;
 }
 
+// The lock is held; whoever waits deletes this object.
+void PollStop::finish() {
+    self = pthread_self();
+    state = State::Ended;
+    sem_post(&ended);
+}
+
+// After a thread that did not come in time. It may still.
+void PollStop::abandon() {
+    {
+        std::lock_guard<std::mutex> guard(registryLock);
+        if (state == State::Cancelled) {
+            state = State::Abandoned;
+            return;
+        }
+    }
+    delete this;
+}
+
 PollStop::Running::Running(const void* monitor) {
     std::lock_guard<std::mutex> guard(registryLock);
     PollStop** link = find(monitor);
@@ -118,6 +156,9 @@ PollStop::Running::Running(const void* monitor) {
     if (stop == nullptr) *link = stop = new PollStop(monitor);  // run without start()
     if (stop->state != State::Created) {
         if (stop->state == State::Cancelled) {
+            *link = stop->next;
+            stop->finish();
+        } else if (stop->state == State::Abandoned) {
             *link = stop->next;
             delete stop;
         }

@@ -11,6 +11,8 @@
 
 #include <atomic>
 
+#include "monitor/safe_descriptor.h"
+
 namespace android {
 
 class PollStop {
@@ -22,9 +24,9 @@ public:
     static void discard(const void* monitor);
     // Makes a running thread look at its poll record again.
     static void wake(const void* monitor);
-    // Ends the monitor's thread and waits until it is gone. A thread that has
-    // not begun is not waited for: it will find itself cancelled. Nor is one
-    // of another process, which is what it is after a fork.
+    // Ends the monitor's thread and waits until it is gone, as long as that is
+    // reasonable; a thread that has not begun finds itself cancelled. One of
+    // another process, which is what it is after a fork, is not waited for.
     static void end(const void* monitor, pthread_t thread);
 
     // A poll thread's own membership, for as long as it polls.
@@ -38,8 +40,8 @@ public:
         bool cancelled() const { return stop == nullptr; }
         bool requested() const { return stop->stopRequested; }
         // To be polled for POLLIN together with the node; negative where the
-        // process had no descriptor left.
-        int wakeDescriptor() const { return stop->wakeFd; }
+        // process had no descriptor left, or has closed this one.
+        int wakeDescriptor() const { return stop->isWakeable() ? stop->wakeFd : -1; }
         void consumeWake() const;
 
     private:
@@ -47,17 +49,22 @@ public:
     };
 
 private:
-    enum class State { Created, Running, Cancelled };
+    // Cancelled and waited for; Abandoned where the wait was in vain.
+    enum class State { Created, Running, Cancelled, Abandoned, Ended };
 
     explicit PollStop(const void* monitor);
     ~PollStop();
     static PollStop** find(const void* monitor);
-    void signal() const;
-    bool waitUntilEnded(pthread_t thread);
+    bool isWakeable() const { return wakeFile.isThatOf(wakeFd); }
+    bool signal() const;
+    void finish();
+    void abandon();
+    bool waitUntilEnded(pthread_t thread, int milliseconds);
 
     const void* const monitor;
     const pid_t process;
     const int wakeFd;
+    const FileIdentity wakeFile;
     State state = State::Created;
     pthread_t self{};
     std::atomic<bool> stopRequested{false};

@@ -1,7 +1,9 @@
-// Descriptors that a monitor's own housekeeping cannot close.
+// Descriptors that a monitor's own housekeeping cannot close, and that the
+// application may close without harm.
 #pragma once
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace android {
@@ -15,5 +17,23 @@ inline int keptFromZero(int descriptor) {
     close(descriptor);
     return moved;
 }
+
+// What a descriptor refers to. Some applications close all descriptors that they
+// do not know, and then the number may become another file's.
+class FileIdentity {
+public:
+    FileIdentity() = default;
+    explicit FileIdentity(int descriptor) : known(fstat(descriptor, &file) == 0) {}
+
+    bool isThatOf(int descriptor) const {
+        struct stat now = {};
+        return known && fstat(descriptor, &now) == 0 && now.st_dev == file.st_dev &&
+               now.st_ino == file.st_ino && now.st_mode == file.st_mode;
+    }
+
+private:
+    struct stat file = {};
+    bool known = false;
+};
 
 }  // namespace android

@@ -130,6 +130,57 @@ TEST_F(MonitorNode, ResetEndsTheThreadForGood) {
     if (reused != descriptor) close(reused);
 }
 
+namespace {
+
+int wakeDescriptor() {
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code gone;
+        const auto target = std::filesystem::read_symlink(entry, gone);
+        if (target == "anon_inode:[eventfd]") return std::stoi(entry.path().filename());
+    }
+    return -1;
+}
+
+}  // namespace
+
+// As some applications do to all descriptors that they do not know.
+TEST_F(MonitorNode, DescriptorsThatTheApplicationClosesAreReplaced) {
+    const long threadsBefore = threads();
+    MonitorThread monitor(ImplFactory::SGAME);
+    start(monitor);
+    const long linesBefore = host::loggedLines();
+    EXPECT_EQ(close(wakeDescriptor()), 0);
+    EXPECT_EQ(close(monitor.pollRecord.fd), 0);
+    for (int i = 0; i < 50 && gameInfo["FB0Factor"] != 42; ++i) {
+        writeNode("FB0Factor:42#");
+        usleep(20000);
+    }
+    EXPECT_EQ(gameInfo["FB0Factor"], 42);
+    usleep(200000);
+    EXPECT_LT(host::loggedLines() - linesBefore, 500);
+    monitor.reset();
+    EXPECT_TRUE(within(1, [&] { return threads() == threadsBefore; }));
+}
+
+TEST_F(MonitorNode, AFileThatGotTheNumberOfAClosedDescriptorIsLeftAlone) {
+    const long threadsBefore = threads();
+    MonitorThread monitor(ImplFactory::SGAME);
+    start(monitor);
+    const int descriptor = wakeDescriptor();
+    FILE* const file = tmpfile();
+    ASSERT_EQ(dup2(fileno(file), descriptor), descriptor);
+    const auto begin = std::chrono::steady_clock::now();
+    monitor.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
+    EXPECT_GE(fcntl(descriptor, F_GETFD), 0) << "closed";
+    EXPECT_EQ(lseek(descriptor, 0, SEEK_END), 0) << "written to";
+    close(descriptor);
+    fclose(file);
+    // Nothing could wake the thread; the node's next event does.
+    writeNode("FB0Factor:42#");
+    EXPECT_TRUE(within(1, [&] { return threads() == threadsBefore; }));
+}
+
 TEST_F(MonitorNode, ASecondStartDoesNothing) {
     MonitorThread monitor(ImplFactory::SGAME);
     start(monitor);
