@@ -4,6 +4,7 @@
 #include <android/log.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -24,6 +25,8 @@ namespace {
 struct Log {
     std::mutex lock;
     std::string text;
+    std::atomic<bool> kept{true};
+    std::atomic<long> lines{0};
 };
 
 Log& log() {
@@ -45,6 +48,10 @@ std::string takeLog() {
     const std::lock_guard<std::mutex> guard(log().lock);
     return std::exchange(log().text, {});
 }
+
+void keepLog(bool keep) { log().kept = keep; }
+
+long loggedLines() { return log().lines; }
 
 bool logHolds(const std::string& line) {
     const std::lock_guard<std::mutex> guard(log().lock);
@@ -110,6 +117,8 @@ extern "C" int __android_log_print(int priority, const char* tag, const char* fo
     va_start(arguments, format);
     const int length = vsnprintf(text, sizeof(text), format, arguments);
     va_end(arguments);
+    ++host::log().lines;
+    if (!host::log().kept) return length;
     const std::string line = host::printable(priority, tag, text);
     const std::lock_guard<std::mutex> guard(host::log().lock);
     host::log().text += line;

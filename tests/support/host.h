@@ -12,6 +12,9 @@ namespace host {
 // feeds within a text are shown as \n, and the prefix of the messages of
 // FBOBase, whose line number means nothing, as "FBOBase.operation: ".
 std::string takeLog();
+// Whether lines are kept; they are counted in any case.
+void keepLog(bool keep);
+long loggedLines();
 bool logHolds(const std::string& line);
 // Waits up to `seconds` for the line; what was logged stays to be taken.
 bool waitForLog(const std::string& line, double seconds = 2);

@@ -6,6 +6,7 @@
 // sets what a well-behaved driver does for the calls that the library makes.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <cstring>
 #include <functional>
@@ -103,7 +104,7 @@ public:
     int surfaceWidth = 0;
     int surfaceHeight = 0;
 
-    bool recording = true;
+    std::atomic<bool> recording{true};
 
     // For the entries.
     static RecordingDriver* current;
