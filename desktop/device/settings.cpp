@@ -8,7 +8,7 @@ namespace rig {
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Property, name, value)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Capture, file, frame)
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(QuirkRequest, name, fromFrame)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(QuirkRequest, name, fromFrame, toFrame)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ParameterChange, frame, name, value)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Settings, plugin, bare, log, game, threadName, parametersFile,
                                    changes, properties, service, width, height, captures, frames,

@@ -4,6 +4,7 @@
 // defaults: the plug-in, and nothing else.
 #pragma once
 
+#include <climits>
 #include <string>
 #include <vector>
 
@@ -26,9 +27,11 @@ struct Capture {
     int frame = 1;  // counted from 1
 };
 
+// In force from frame fromFrame to frame toFrame, both included.
 struct QuirkRequest {
     std::string name;
     int fromFrame = 1;
+    int toFrame = INT_MAX;
 };
 
 // Takes effect right after swap `frame`.

@@ -53,8 +53,8 @@ void start(Loader& l) {
 
     l.contextTable = l.driver.gl;
     if (!l.settings.statsFile.empty()) startStatistics(l.driver, l.settings, l.contextTable);
-    installQuirks(l.settings.quirks, l.contextTable);
     l.ownEntries = driverCallingEntries(l.driver);
+    installQuirks(l.settings.quirks, {l.contextTable.gl, l.ownEntries});
     l.pluginContextTable = l.contextTable;
     l.connection.platform = l.ownEntries;
     startCounting(l.settings.countsFile);

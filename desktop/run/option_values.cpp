@@ -110,6 +110,13 @@ std::vector<Property> propertiesFrom(const std::vector<std::string>& texts) {
     return properties;
 }
 
+void readFrames(const std::string& text, QuirkRequest& request) {
+    const size_t dash = text.find('-');
+    request.fromFrame = number("--quirk", text.substr(0, dash), 1, INT_MAX);
+    if (dash == std::string::npos) return;
+    request.toFrame = number("--quirk", text.substr(dash + 1), request.fromFrame, INT_MAX);
+}
+
 std::vector<QuirkRequest> quirksFrom(const std::vector<std::string>& texts) {
     std::vector<QuirkRequest> quirks;
     for (const std::string& text : texts) {
@@ -122,8 +129,7 @@ std::vector<QuirkRequest> quirksFrom(const std::vector<std::string>& texts) {
             all += std::string(all.empty() ? "" : ", ") + quirk.name;
         }
         if (!known) refuse("--quirk", "'" + request.name + "' is none of " + all);
-        if (at != std::string::npos)
-            request.fromFrame = number("--quirk", text.substr(at + 1), 1, INT_MAX);
+        if (at != std::string::npos) readFrames(text.substr(at + 1), request);
         for (const QuirkRequest& other : quirks)
             if (other.name == request.name)
                 refuse("--quirk", "'" + request.name + "' is given twice");

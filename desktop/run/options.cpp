@@ -36,7 +36,7 @@ cannot be run or found.)";
 
 std::string quirkHelp() {
     std::string help =
-        "Make the driver behave in another way, from FRAME on; "
+        "Make the driver behave in another way, from frame FROM on, up to frame TO; "
         "repeatable:";
     for (const QuirkName& quirk : kQuirkNames)
         help += std::string("\n") + quirk.name + ": " + quirk.effect;
@@ -159,7 +159,7 @@ void addRunOptions(CLI::App& app, Given& given) {
         ->type_name("CLOCK");
     app.add_option("--quirk", given.quirks, quirkHelp())
         ->allow_extra_args(false)
-        ->type_name("NAME[@FRAME]");
+        ->type_name("NAME[@FROM[-TO]]");
 }
 
 }  // namespace

@@ -167,6 +167,11 @@ void printFacts(GLuint program) {
     const GLuint vertexShader = shader(GL_VERTEX_SHADER, "void main() { gl_Position = vec4(0); }");
     CALL(glGetShaderiv)(vertexShader, GL_COMPILE_STATUS, &value);
     printf("compiled %d\n", value);
+    CALL(glGetShaderiv)(vertexShader, GL_INFO_LOG_LENGTH, &value);
+    printf("log %d\n", value);
+    EGLint width = 1;
+    CALL(eglQuerySurface)(display, surface, EGL_WIDTH, &width);
+    printf("width %d\n", width);
     CALL(glGetProgramiv)(program, GL_LINK_STATUS, &value);
     printf("linked %d\n", value);
     GLuint names[3] = {7, 7, 7};
@@ -175,8 +180,9 @@ void printFacts(GLuint program) {
     CALL(glGetIntegerv)(GL_NUM_EXTENSIONS, &value);
     const auto* last = CALL(glGetStringi)(GL_EXTENSIONS, static_cast<GLuint>(value) - 1);
     const char* all = reinterpret_cast<const char*>(CALL(glGetString)(GL_EXTENSIONS));
-    printf("shading-rate %d %d\n", strstr(all, "GL_QCOM_shading_rate") != nullptr,
-           strcmp(reinterpret_cast<const char*>(last), "GL_QCOM_shading_rate") == 0);
+    printf("shading-rate %d %d\n", all != nullptr && strstr(all, "GL_QCOM_shading_rate"),
+           last != nullptr &&
+               strcmp(reinterpret_cast<const char*>(last), "GL_QCOM_shading_rate") == 0);
 
     GLuint framebuffer = 0;
     GLuint textures[2] = {0, 0};

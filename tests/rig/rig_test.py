@@ -221,10 +221,15 @@ class Device(Rig):
                             ("shading-rate", "shading-rate 1 1"),
                             ("incomplete-framebuffer", "complete 0"), ("shader-compile", "compiled 0"),
                             ("program-link", "linked 0"), ("no-names", "named 0"),
-                            ("pending-error", "error 0x502 then 0x0")):
+                            ("pending-error", "error 0x502 then 0x0"),
+                            ("context-lost", "error 0x507 then 0x0"), ("zero-sizes", "width 0")):
             self.assertNotIn(line, normal)
-            self.assertIn(line, facts("--quirk", quirk + "@2"), quirk)
+            self.assertIn(line, facts("--quirk", quirk + "@2-2"), quirk)
             self.assertEqual(facts("--quirk", quirk + "@3"), normal, quirk)
+        self.assertEqual(facts("--quirk", "attachment-sizes@1-1"), normal)
+        failing = ("--quirk", "shader-compile")
+        self.assertIn("log 18", facts(*failing))
+        self.assertIn("log 0", facts(*failing, "--quirk", "no-info-logs"))
 
 
 class Launcher(Rig):
@@ -237,7 +242,7 @@ class Launcher(Rig):
         for arguments in (["--set", "FB0Factor"], ["--set", "FB0Factor=x"], ["--set", "FB0Factor=0"],
                           ["--set", "enable=99999999999"], ["--at", "3"], ["--at", "0:enable=1"],
                           ["--size", "3"], ["--size", "0x4"], ["--quirk", "odd"],
-                          ["--quirk", "no-names@x"], ["--driver", "odd"], ["--game", "odd"],
+                          ["--quirk", "no-names@x"], ["--quirk", "no-names@5-4"], ["--driver", "odd"], ["--game", "odd"],
                           ["--config", "/no/such/file"], ["--config", "/"], ["--service", "odd"],
                           ["--property", "odd"], ["--frames", "0"], ["--frame", "2"],
                           ["--capture", "/no/such/directory/a.png"], ["--count", "/no/such/directory/a.json"], ["--odd"]):

@@ -27,8 +27,9 @@ void getAttachmentParameter(GLenum target, GLenum attachment, GLenum name, GLint
 
 }  // namespace
 
-void installAttachmentSizes(GLTable& table, int fromFrame) {
-    quirk.from(fromFrame);
+void installAttachmentSizes(const DriverTables& tables, const QuirkRequest& request) {
+    GLTable& table = tables.gl;
+    quirk.set(request);
     next = table;
     table.glGetFramebufferAttachmentParameteriv = getAttachmentParameter;
 }

@@ -1,5 +1,5 @@
 // incomplete-framebuffer, shader-compile, program-link: the driver does its
-// work and then says that it failed.
+// work and then says that it failed. no-info-logs: it does not say why.
 #include <algorithm>
 #include <cstring>
 
@@ -15,6 +15,7 @@ constexpr char kLog[] = "refused on demand";
 QuirkSwitch framebufferQuirk;
 QuirkSwitch shaderQuirk;
 QuirkSwitch programQuirk;
+QuirkSwitch noLogsQuirk;
 // One each: a later quirk's table holds the earlier one's entries.
 GLTable belowFramebuffer;
 GLTable belowShader;
@@ -26,6 +27,10 @@ GLenum checkFramebufferStatus(GLenum target) {
 }
 
 void answerLog(GLsizei size, GLsizei* length, GLchar* log) {
+    if (noLogsQuirk.on()) {
+        if (length != nullptr) *length = 0;
+        return;
+    }
     const GLsizei copied = std::min<GLsizei>(size - 1, sizeof kLog - 1);
     if (length != nullptr) *length = std::max(copied, 0);
     if (size <= 0) return;
@@ -35,7 +40,7 @@ void answerLog(GLsizei size, GLsizei* length, GLchar* log) {
 
 void falsify(GLenum asked, GLenum status, GLint* value) {
     if (asked == status) *value = GL_FALSE;
-    if (asked == GL_INFO_LOG_LENGTH) *value = sizeof kLog;
+    if (asked == GL_INFO_LOG_LENGTH) *value = noLogsQuirk.on() ? 0 : sizeof kLog;
 }
 
 void getShaderiv(GLuint shader, GLenum name, GLint* value) {
@@ -60,24 +65,31 @@ void getProgramInfoLog(GLuint program, GLsizei size, GLsizei* length, GLchar* lo
 
 }  // namespace
 
-void installIncompleteFramebuffer(GLTable& table, int fromFrame) {
-    framebufferQuirk.from(fromFrame);
+void installIncompleteFramebuffer(const DriverTables& tables, const QuirkRequest& request) {
+    GLTable& table = tables.gl;
+    framebufferQuirk.set(request);
     belowFramebuffer = table;
     table.glCheckFramebufferStatus = checkFramebufferStatus;
 }
 
-void installShaderCompile(GLTable& table, int fromFrame) {
-    shaderQuirk.from(fromFrame);
+void installShaderCompile(const DriverTables& tables, const QuirkRequest& request) {
+    GLTable& table = tables.gl;
+    shaderQuirk.set(request);
     belowShader = table;
     table.glGetShaderiv = getShaderiv;
     table.glGetShaderInfoLog = getShaderInfoLog;
 }
 
-void installProgramLink(GLTable& table, int fromFrame) {
-    programQuirk.from(fromFrame);
+void installProgramLink(const DriverTables& tables, const QuirkRequest& request) {
+    GLTable& table = tables.gl;
+    programQuirk.set(request);
     belowProgram = table;
     table.glGetProgramiv = getProgramiv;
     table.glGetProgramInfoLog = getProgramInfoLog;
+}
+
+void installNoInfoLogs(const DriverTables&, const QuirkRequest& request) {
+    noLogsQuirk.set(request);
 }
 
 }  // namespace rig

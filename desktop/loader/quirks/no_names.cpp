@@ -23,8 +23,9 @@ GLuint createProgram() { return quirk.on() ? 0 : next.glCreateProgram(); }
 
 }  // namespace
 
-void installNoNames(GLTable& table, int fromFrame) {
-    quirk.from(fromFrame);
+void installNoNames(const DriverTables& tables, const QuirkRequest& request) {
+    GLTable& table = tables.gl;
+    quirk.set(request);
     next = table;
     table.glGenBuffers = generate<&GLTable::glGenBuffers>;
     table.glGenFramebuffers = generate<&GLTable::glGenFramebuffers>;

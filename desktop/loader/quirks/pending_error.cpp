@@ -21,8 +21,9 @@ GLenum getError() {
 
 }  // namespace
 
-void installPendingError(GLTable& table, int fromFrame) {
-    quirk.from(fromFrame);
+void installPendingError(const DriverTables& tables, const QuirkRequest& request) {
+    GLTable& table = tables.gl;
+    quirk.set(request);
     next = table;
 #define GL_ENTRY(result, name, parameters, arguments) precede<&GLTable::name, onCall>(table);
 #include "platform/gl_entries.in"

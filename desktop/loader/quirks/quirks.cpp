@@ -11,22 +11,27 @@ namespace rig {
 namespace {
 
 // In the order of kQuirkNames.
-constexpr void (*kInstallers[])(GLTable&, int) = {
-    installAttachmentSizes, installShadingRate, installIncompleteFramebuffer, installShaderCompile,
-    installProgramLink,     installNoNames,     installPendingError};
+constexpr Installer* kInstallers[] = {
+    installAttachmentSizes, installShadingRate,  installIncompleteFramebuffer,
+    installShaderCompile,   installProgramLink,  installNoInfoLogs,
+    installNoNames,         installPendingError, installContextLost,
+    installZeroSizes};
 static_assert(std::size(kInstallers) == std::size(kQuirkNames));
 
 }  // namespace
 
-bool QuirkSwitch::on() const { return currentFrame() >= fromFrame_; }
+bool QuirkSwitch::on() const {
+    const int frame = currentFrame();
+    return frame >= request_.fromFrame && frame <= request_.toFrame;
+}
 
-void installQuirks(const std::vector<QuirkRequest>& requests, android::gl_hooks_t& table) {
+void installQuirks(const std::vector<QuirkRequest>& requests, const DriverTables& tables) {
     for (const QuirkRequest& request : requests) {
         size_t i = 0;
         while (i < std::size(kQuirkNames) && request.name != kQuirkNames[i].name) ++i;
         if (i == std::size(kQuirkNames))
             throw std::runtime_error("unknown quirk '" + request.name + "'");
-        kInstallers[i](table.gl, request.fromFrame);
+        kInstallers[i](tables, request);
     }
 }
 

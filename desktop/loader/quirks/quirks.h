@@ -1,7 +1,8 @@
 // Ways of a device's driver, and of a failing driver, that the desktop's does
 // not have. A quirk replaces entries of the table that contexts get; the
-// plug-in and the program meet it alike. Each can be asked for from a certain
-// frame on, so that a program may build its own objects undisturbed.
+// plug-in and the program meet it alike. Each can be asked for in certain frames
+// only, so that a program may build its own objects undisturbed, and to see what
+// is left of a fault that is over.
 #pragma once
 
 #include <vector>
@@ -11,25 +12,35 @@
 
 namespace rig {
 
-// Throws std::runtime_error for an unknown name.
-void installQuirks(const std::vector<QuirkRequest>& requests, android::gl_hooks_t& table);
+// What a quirk may replace entries of.
+struct DriverTables {
+    GLTable& gl;
+    android::platform_impl_t& egl;
+};
 
-// Off until the frame from which the quirk was asked for.
+// Throws std::runtime_error for an unknown name.
+void installQuirks(const std::vector<QuirkRequest>& requests, const DriverTables& tables);
+
+// On in the frames for which the quirk was asked.
 class QuirkSwitch {
 public:
-    void from(int frame) { fromFrame_ = frame; }
+    void set(const QuirkRequest& request) { request_ = request; }
     bool on() const;
 
 private:
-    int fromFrame_ = 1;
+    QuirkRequest request_{"", 1, 0};  // in no frame
 };
 
-void installAttachmentSizes(GLTable& table, int fromFrame);
-void installShadingRate(GLTable& table, int fromFrame);
-void installIncompleteFramebuffer(GLTable& table, int fromFrame);
-void installShaderCompile(GLTable& table, int fromFrame);
-void installProgramLink(GLTable& table, int fromFrame);
-void installNoNames(GLTable& table, int fromFrame);
-void installPendingError(GLTable& table, int fromFrame);
+using Installer = void(const DriverTables& tables, const QuirkRequest& request);
+Installer installAttachmentSizes;
+Installer installShadingRate;
+Installer installIncompleteFramebuffer;
+Installer installShaderCompile;
+Installer installProgramLink;
+Installer installNoInfoLogs;
+Installer installNoNames;
+Installer installPendingError;
+Installer installContextLost;
+Installer installZeroSizes;
 
 }  // namespace rig

@@ -38,8 +38,9 @@ const GLubyte* getStringi(GLenum name, GLuint index) {
 
 }  // namespace
 
-void installShadingRate(GLTable& table, int fromFrame) {
-    quirk.from(fromFrame);
+void installShadingRate(const DriverTables& tables, const QuirkRequest& request) {
+    GLTable& table = tables.gl;
+    quirk.set(request);
     next = table;
     table.glGetString = getString;
     table.glGetIntegerv = getIntegerv;
