@@ -9,6 +9,7 @@
 #include "platform/immortal.h"
 #include "platform/init_order.h"
 #include "platform/log.h"
+#include "platform/sanitizers.h"
 
 namespace android {
 
@@ -115,9 +116,11 @@ void ContextManager::bindAHookContext() {
     if (!hookingEnabled) pthread_setspecific(sKey, &nullContext);
 }
 
-void ContextManager::enableHooking() { hookingEnabled = true; }
+// A plain flag by contract: other threads see it at their next binding at the
+// latest, and nothing else depends on when.
+DELIBERATE_RACE void ContextManager::enableHooking() { hookingEnabled = true; }
 
-void ContextManager::disableHooking() { hookingEnabled = false; }
+DELIBERATE_RACE void ContextManager::disableHooking() { hookingEnabled = false; }
 
 void ContextManager::reset() {
     sgameContext.reset();

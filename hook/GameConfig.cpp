@@ -20,6 +20,7 @@
 #include "platform/device_names.h"
 #include "platform/log.h"
 #include "platform/properties.h"
+#include "platform/sanitizers.h"
 
 namespace android {
 
@@ -70,6 +71,10 @@ bool parseLine(const std::string& line, ConfigLine& parsed) {
     return !fields.fail();
 }
 
+// A plain flag by contract: two threads that bind at once may both read the file,
+// and read the same.
+DELIBERATE_RACE void markInited() { ContextManager::inited = true; }
+
 }  // namespace
 
 bool ContextManager::getGameConfig(int& width, int& height) {
@@ -83,7 +88,7 @@ bool ContextManager::getGameConfig(int& width, int& height) {
     if (answer <= 0 && getGameType() != ImplFactory::GENSHIN_IMPACT) return answer != 0;
 
     parseGameConfig(answer, width, height);
-    inited = true;
+    markInited();
     HOOK_LOG(DEBUG, "getGameConfig Success");
     return true;
 }

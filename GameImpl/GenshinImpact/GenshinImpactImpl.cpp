@@ -2,6 +2,7 @@
 
 #include "GameImpl/rebuild_in_place.h"
 #include "GameImpl/renderer_log.h"
+#include "platform/sanitizers.h"
 
 namespace android {
 
@@ -23,7 +24,9 @@ GenshinImpactImpl::GenshinImpactImpl(gl_hooks_t* table) : DefaultImplV2(table) {
 
 GenshinImpactImpl::~GenshinImpactImpl() = default;
 
-void GenshinImpactImpl::setTargetTexResolution(int& width, int& height) {
+// Plain numbers by contract, written while another thread may be drawing: it then
+// draws at the old size or the new one, or at a width and a height of both.
+DELIBERATE_RACE void GenshinImpactImpl::setTargetTexResolution(int& width, int& height) {
     RENDERER_LOG_AT(DEBUG, kLogPath, 48, __func__, "setTargetTexResolution %dx%d", width, height);
     targetWidth = width;
     targetHeight = height;
