@@ -117,7 +117,7 @@ def process_faults():
 
 
 def input_faults(long):
-    last = 4000 if long else 200
+    last = 9000 if long else 200
     yield Scenario("the node changed every millisecond", "random", SCALED, (), (),
                    ("--fault", f"flip-node@{FIRST}-{last}"), frames=last + 20, right=last + 2)
     yield Scenario("a node value that is no number", fault_arguments=(

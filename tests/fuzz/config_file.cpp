@@ -40,7 +40,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     int height = kUnset;
     android::ContextManager::parseGameConfig(1, width, height);
     // Both or none, and only with the game's key somewhere.
-    const bool named = memmem(data, size, "yuanshen", 8) != nullptr;
+    const bool named = size > 0 && memmem(data, size, "yuanshen", 8) != nullptr;
     require(named || (width == kUnset && height == kUnset));
     return 0;
 }
