@@ -9,6 +9,7 @@
 #include "platform/call_record.h"
 #include "platform/immortal.h"
 #include "platform/init_order.h"
+#include "platform/sanitizers.h"
 
 // No valid key yet: a lookup before one was made must not read some other
 // library's thread-local value.
@@ -21,8 +22,11 @@ IMMORTAL_STORAGE(GenshinImpactImpl, genshinStorage, "_ZN7android11ImplFactory17g
 IMMORTAL_STORAGE(PUBGMHDImpl, pubgmhdStorage, "_ZN7android11ImplFactory11pubgmhdImplE");
 
 static_assert(sizeof(DefaultImplV2) == sizeof(CallRecord::passThrough));
+// The address sanitizer would guard the record's other members from this name.
+constexpr size_t kDefaultStorage =
+    ADDRESSES_ARE_WATCHED ? sizeof(CallRecord) : sizeof(DefaultImplV2);
 extern "C" [[gnu::visibility("default"), gnu::alias("vesko_call_record")]] char
-    defaultStorage[sizeof(DefaultImplV2)] __asm__("_ZN7android11ImplFactory13defaultImplV2E");
+    defaultStorage[kDefaultStorage] __asm__("_ZN7android11ImplFactory13defaultImplV2E");
 
 namespace {
 

@@ -80,11 +80,19 @@ void MonitorThread::start() {
     PollStop::wake(this);
 }
 
+namespace {
+
+// Whatever a record holds is closed, by contract: 0 where the monitor never
+// started, though another thread may have a file of that number open.
+void closeUntested(int descriptor) { close(descriptor); }
+
+}  // namespace
+
 void MonitorThread::reset() {
     PollStop::end(this, thread);
-    close(pollRecord.fd);
+    closeUntested(__atomic_load_n(&pollRecord.fd, __ATOMIC_RELAXED));
     // The number may soon be somebody else's; a second reset must not close it.
-    if (hasStarted()) pollRecord.fd = -1;
+    if (hasStarted()) __atomic_store_n(&pollRecord.fd, -1, __ATOMIC_RELAXED);
     initGameInfo();
     MONITOR_LOG(DEBUG, "end MonitorThread");
 }

@@ -114,7 +114,7 @@ void PollStop::end(const void* monitor, pthread_t thread) {
 // False where the thread may still refer to this object. The process must not
 // hang while it leaves, not even if the application closed the wake descriptor.
 bool PollStop::waitUntilEnded(pthread_t thread, int milliseconds) {
-    if (pthread_equal(self, pthread_self())) return false;
+    if (pthread_equal(self, pthread_self())) return sem_trywait(&ended) == 0;
     timespec deadline = {};
     clock_gettime(CLOCK_REALTIME, &deadline);
     const long nanoseconds = deadline.tv_nsec + (milliseconds % 1000) * 1000000L;

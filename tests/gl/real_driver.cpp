@@ -1,6 +1,7 @@
 #include "gl/real_driver.h"
 
 #include <dlfcn.h>
+#include <link.h>
 
 #include <cstring>
 
@@ -26,6 +27,14 @@ void fillTables(android::gl_hooks_t& hooks, android::platform_impl_t& platform) 
 #define EGL_ENTRY(result, name, parameters, arguments) \
     platform.name = reinterpret_cast<decltype(platform.name)>(find(egl, #name));
 #include "platform/egl_entries.in"
+}
+
+// What the driver has loaded stays, or a leak report at exit could not tell whose
+// the leaks are.
+int keepLoaded(dl_phdr_info* info, size_t, void*) {
+    if (strstr(info->dlpi_name, "/dri/") != nullptr || strstr(info->dlpi_name, "vulkan") != nullptr)
+        dlopen(info->dlpi_name, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+    return 0;
 }
 
 }  // namespace
@@ -63,6 +72,7 @@ RealDriver::RealDriver(int width, int height) {
     const int contextAttributes[] = {EGL_CONTEXT_MAJOR_VERSION, 3, EGL_NONE};
     context = platform.eglCreateContext(display, config, nullptr, contextAttributes);
     if (!platform.eglMakeCurrent(display, surface, surface, context)) context = nullptr;
+    dl_iterate_phdr(keepLoaded, nullptr);
 }
 
 RealDriver::~RealDriver() {
