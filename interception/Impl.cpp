@@ -2,6 +2,7 @@
 
 #include "hook/HookManager.h"
 #include "interception/served_by.h"
+#include "platform/sanitizers.h"
 
 // The base class ignores the arguments of every GL call.
 #pragma GCC diagnostic ignored "-Wunused-parameter"
@@ -20,7 +21,9 @@ void Impl::reset() {}
 
 const gl_hooks_t* Impl::getGLDriverImpl() { return driverTable; }
 
-void Impl::setGLDriverImpl(const gl_hooks_t* table) { driverTable = table; }
+// A plain pointer by contract: each thread's set-up stores the driver's table, which
+// is the same for all, while others make calls through it.
+DELIBERATE_RACE void Impl::setGLDriverImpl(const gl_hooks_t* table) { driverTable = table; }
 
 platform_impl_t* Impl::getEGLPlatformImpl() { return HookManager::getDefaultEGLPlatformImpl(); }
 

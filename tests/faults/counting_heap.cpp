@@ -9,6 +9,7 @@ namespace test {
 
 bool heapIsCounted() { return false; }
 long heapBlocks() { return 0; }
+long heapRequests() { return 0; }
 
 }  // namespace test
 
@@ -17,9 +18,11 @@ long heapBlocks() { return 0; }
 namespace {
 
 std::atomic<long> blocks{0};
+std::atomic<long> requests{0};
 
 template <class T>
 T counted(T block) {
+    requests.fetch_add(1, std::memory_order_relaxed);
     if (block != nullptr) blocks.fetch_add(1, std::memory_order_relaxed);
     return block;
 }
@@ -42,7 +45,9 @@ void* calloc(size_t count, size_t size) { return counted(__libc_calloc(count, si
 
 void* realloc(void* block, size_t size) {
     void* const result = __libc_realloc(block, size);
-    return block == nullptr ? counted(result) : result;
+    if (block == nullptr) return counted(result);
+    requests.fetch_add(1, std::memory_order_relaxed);
+    return result;
 }
 
 void* memalign(size_t alignment, size_t size) { return counted(__libc_memalign(alignment, size)); }
@@ -64,6 +69,7 @@ namespace test {
 
 bool heapIsCounted() { return true; }
 long heapBlocks() { return blocks; }
+long heapRequests() { return requests; }
 
 }  // namespace test
 

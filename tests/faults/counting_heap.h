@@ -6,5 +6,7 @@ namespace test {
 // False under sanitizers, which bring an allocator of their own.
 bool heapIsCounted();
 long heapBlocks();
+// How many blocks were ever asked for.
+long heapRequests();
 
 }  // namespace test
