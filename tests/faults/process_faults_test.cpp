@@ -4,6 +4,9 @@
 #include <unistd.h>
 
 #include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
 #include <thread>
 
 #include "faults/game.h"
@@ -108,4 +111,31 @@ TEST(ProcessFaults, ARenamedThreadGoesOnRenderingForTheGame) {
     game.drawFrame();
     EXPECT_EQ(game.drawFrame(), "");
     EXPECT_TRUE(game.driver.scaled);
+}
+
+// A system without room for one more thread: the monitor counts as started, nobody
+// waits for the thread that never was, and none comes later.
+TEST(ProcessFaults, AMonitorWithoutAThreadHoldsNobodyUp) {
+    pthread_attr_t ordinary;
+    pthread_attr_t impossible;
+    ASSERT_EQ(pthread_getattr_default_np(&ordinary), 0);
+    ASSERT_EQ(pthread_getattr_default_np(&impossible), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&impossible, SIZE_MAX / 2 & ~size_t{0xffff}), 0);
+    const auto threads = [] {
+        return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+    };
+    const auto before = threads();
+    MonitorThread monitor(ImplFactory::SGAME);
+    ASSERT_EQ(pthread_setattr_default_np(&impossible), 0);
+    pthread_t refused;
+    ASSERT_NE(pthread_create(&refused, nullptr, MonitorThread::threadProc, nullptr), 0);
+    monitor.start();
+    ASSERT_EQ(pthread_setattr_default_np(&ordinary), 0);
+    EXPECT_TRUE(monitor.started);
+    EXPECT_FALSE(host::logHolds("E EGL_MONITOR Create MonitorThread ERROR."));
+    monitor.start();
+    EXPECT_EQ(threads(), before);
+    const auto start = std::chrono::steady_clock::now();
+    monitor.reset();
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
 }

@@ -153,15 +153,22 @@ protected:
 }  // namespace
 
 TEST_F(Tables, GLTablesHoldTheTrampolinesAndNothingElse) {
-    HookCore& core = HookManager::hookCore;
+    // The process's own, and one in memory that held something else.
+    alignas(HookCore) static char used[sizeof(HookCore)];
+    std::memset(used, 0x5a, sizeof(used));
+    HookCore* const cores[] = {&HookManager::hookCore, new (used) HookCore};
     void* const trampolines[] = {
 #define GL_ENTRY(result, name, parameters, arguments) reinterpret_cast<void*>(name##_hook),
 #include "platform/gl_entries.in"
     };
-    for (int i = 0; i < 1276; ++i) {
-        EXPECT_EQ(words(core.glTables[1])[i], i < 1020 ? trampolines[i] : nullptr) << i;
-        EXPECT_EQ(words(core.glTables[0])[i], nullptr) << i;
+    for (HookCore* core : cores) {
+        for (int i = 0; i < 1276; ++i) {
+            EXPECT_EQ(words(core->glTables[1])[i], i < 1020 ? trampolines[i] : nullptr) << i;
+            EXPECT_EQ(words(core->glTables[0])[i], nullptr) << i;
+        }
     }
+    const platform_impl_t nothing = {};
+    EXPECT_EQ(std::memcmp(&cores[1]->platformTable, &nothing, sizeof(nothing)), 0);
 }
 
 TEST_F(Tables, PlatformTableHoldsTheHooksAndSixOfTheLoaders) {
