@@ -66,7 +66,7 @@ def measure_calls(options):
     repetitions = 3 if options.quick else 21
     result["nanoseconds"], options.egl_microseconds = times.calls(options.build, plain,
                                                                   repetitions)
-    result["mesa"] = times.mesa(options.build, repetitions, software_driver())
+    result["mesa"] = times.mesa(options.build, 100 if options.quick else 1000, software_driver())
     return result
 
 

@@ -1,10 +1,14 @@
 // What the library adds on the system's own driver: eight calls that set state and
-// a draw, directly and through the library.
+// a draw, directly and through the library in turn.
 //
-//     mesa_time LIBRARY [GOOGLE BENCHMARK OPTIONS]
+//     mesa_time LIBRARY FRAMES [GOOGLE BENCHMARK OPTIONS]
 #include <benchmark/benchmark.h>
+#include <time.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <vector>
 
 #include "bench/plugin.h"
 #include "bench/scenes.h"
@@ -29,23 +33,50 @@ void drawObject(const Table& gl, unsigned number) {
     gl.glDrawArrays(GL_TRIANGLES, 0, 3);
 }
 
-void measure(const char* name, const Table& table) {
-    benchmark::RegisterBenchmark(name, [&table](benchmark::State& state) {
-        unsigned number = 0;
-        for (auto _ : state) {
-            drawObject(table, number++);
-            // A frame's end, which all of its objects share.
-            if (number % 1000 == 0) table.glFinish();
-        }
-        table.glFinish();
-    });
+// Of this thread alone: the driver's own threads draw meanwhile, and other programs
+// may take the processor away.
+double threadNanoseconds() {
+    timespec now = {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
+}
+
+constexpr unsigned kObjects = 200;
+
+double drawObjects(const Table& gl) {
+    const double start = threadNanoseconds();
+    for (unsigned number = 0; number < kObjects; ++number) drawObject(gl, number);
+    const double taken = threadNanoseconds() - start;
+    gl.glFinish();
+    return taken / kObjects;
+}
+
+double median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<long>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+// Frames of objects in turn, directly and through the library, and the other way
+// round in the next pair. The counters are the medians for one object.
+void measure(benchmark::State& state, const Table& direct, const Table& library) {
+    std::vector<double> times[2];
+    const Table* const tables[] = {&direct, &library};
+    size_t first = 0;
+    for (auto _ : state) {
+        times[first].push_back(drawObjects(*tables[first]));
+        times[1 - first].push_back(drawObjects(*tables[1 - first]));
+        first = 1 - first;
+    }
+    state.counters["direct"] = median(times[0]);
+    state.counters["library"] = median(times[1]);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 2) {
-        fprintf(stderr, "usage: mesa_time LIBRARY [GOOGLE BENCHMARK OPTIONS]\n");
+    if (argc < 3 || atoi(argv[2]) < 1) {
+        fprintf(stderr, "usage: mesa_time LIBRARY FRAMES [GOOGLE BENCHMARK OPTIONS]\n");
         return 2;
     }
     test::RealDriver driver(64, 64);
@@ -56,11 +87,13 @@ int main(int argc, char** argv) {
     bench::Plugin library(argv[1], driver.platform);
     bench::Scene scene(driver.hooks.gl, bench::kOneColour);
     scene.use(driver.hooks.gl);
-    measure("mesa/direct", driver.hooks.gl);
-    measure("mesa/library", library.bindThread(driver.hooks));
+    const Table& table = library.bindThread(driver.hooks);
+    benchmark::RegisterBenchmark("mesa", [&](benchmark::State& state) {
+        measure(state, driver.hooks.gl, table);
+    })->Iterations(atoi(argv[2]));
 
-    argc -= 1;
-    benchmark::Initialize(&argc, argv + 1);
+    argc -= 2;
+    benchmark::Initialize(&argc, argv + 2);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

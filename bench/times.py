@@ -33,10 +33,13 @@ def calls(build, plain, repetitions):
     return {name: rows[name] for name in families()}, (egl["library"] - egl["direct"]) / 1000
 
 
-def mesa(build, repetitions, environment):
-    times = medians([f"{build}/bench/mesa_time", f"{build}/libtolvernvesko.so"],
-                    repetitions, 0.05, {**environment, **SURFACELESS})
-    return {"direct": times["mesa/direct"], "library": times["mesa/library"]}
+def mesa(build, frames, environment):
+    """Median nanoseconds for one object, over so many frames of objects each way."""
+    output = run([f"{build}/bench/mesa_time", f"{build}/libtolvernvesko.so", str(frames),
+                  "--benchmark_format=json"],
+                 env={**environment, **SURFACELESS})
+    row = json.loads(output)["benchmarks"][0]
+    return {"direct": row["direct"], "library": row["library"]}
 
 
 def system_calls(build):
