@@ -18,9 +18,10 @@ PollStop* registry = nullptr;
 // one that nobody will ever release.
 std::atomic<pid_t> registryProcess{0};
 
-constexpr int kPatienceMilliseconds = 2000;
+constexpr timespec kPatience = {2, 0};
 // Longer than a thread that cannot be woken sleeps once it has noticed.
-constexpr int kShortPatienceMilliseconds = 100;
+constexpr timespec kShortPatience = {0, 100'000'000};
+constexpr long kNanosecondsPerSecond = 1'000'000'000;
 
 }  // namespace
 
@@ -86,7 +87,7 @@ void PollStop::end(const void* monitor, pthread_t thread) {
     if (registryProcess != getpid()) return;
     PollStop* stop;
     bool begun;
-    int patience = kPatienceMilliseconds;
+    timespec patience = kPatience;
     {
         std::lock_guard<std::mutex> guard(registryLock);
         PollStop** link = find(monitor);
@@ -96,7 +97,7 @@ void PollStop::end(const void* monitor, pthread_t thread) {
         if (begun) {
             *link = stop->next;
             stop->stopRequested = true;
-            if (!stop->signal()) patience = kShortPatienceMilliseconds;
+            if (!stop->signal()) patience = kShortPatience;
         } else if (stop->state == State::Created) {
             // Left for the thread to find.
             stop->state = State::Cancelled;
@@ -113,13 +114,16 @@ void PollStop::end(const void* monitor, pthread_t thread) {
 
 // False where the thread may still refer to this object. The process must not
 // hang while it leaves, not even if the application closed the wake descriptor.
-bool PollStop::waitUntilEnded(pthread_t thread, int milliseconds) {
+bool PollStop::waitUntilEnded(pthread_t thread, const timespec& patience) {
     if (pthread_equal(self, pthread_self())) return sem_trywait(&ended) == 0;
     timespec deadline = {};
     clock_gettime(CLOCK_REALTIME, &deadline);
-    const long nanoseconds = deadline.tv_nsec + (milliseconds % 1000) * 1000000L;
-    deadline.tv_sec += milliseconds / 1000 + nanoseconds / 1000000000;
-    deadline.tv_nsec = nanoseconds % 1000000000;
+    deadline.tv_sec += patience.tv_sec;
+    deadline.tv_nsec += patience.tv_nsec;
+    if (deadline.tv_nsec >= kNanosecondsPerSecond) {
+        deadline.tv_nsec -= kNanosecondsPerSecond;
+        ++deadline.tv_sec;
+    }
     while (sem_timedwait(&ended, &deadline) != 0) {
         if (errno != EINTR) return false;
     }

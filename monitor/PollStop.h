@@ -8,6 +8,7 @@
 #include <pthread.h>
 #include <semaphore.h>
 #include <sys/types.h>
+#include <time.h>
 
 #include <atomic>
 
@@ -59,7 +60,7 @@ private:
     bool signal() const;
     void finish();
     void abandon();
-    bool waitUntilEnded(pthread_t thread, int milliseconds);
+    bool waitUntilEnded(pthread_t thread, const timespec& patience);
 
     const void* const monitor;
     const pid_t process;
