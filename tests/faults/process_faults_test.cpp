@@ -120,7 +120,8 @@ TEST(ProcessFaults, AMonitorWithoutAThreadHoldsNobodyUp) {
     pthread_attr_t impossible;
     ASSERT_EQ(pthread_getattr_default_np(&ordinary), 0);
     ASSERT_EQ(pthread_getattr_default_np(&impossible), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&impossible, SIZE_MAX / 2 & ~size_t{0xffff}), 0);
+    ASSERT_EQ(pthread_attr_setstacksize(&impossible, (SIZE_MAX - SIZE_MAX / 16) & ~size_t{0xffff}),
+              0);
     const auto threads = [] {
         return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
     };
