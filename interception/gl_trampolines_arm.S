@@ -38,16 +38,16 @@
     .equ SAVED_SIZE, 24             // of four argument registers, r4 and lr
     .equ REGISTER_ARGUMENTS, 4      // all others lie on the stack
 
-// save COUNT, restore COUNT: the registers of COUNT arguments, r4 and lr. Their
-// number is even, for the stack's alignment. saved COUNT: the same, told to
+// registers push COUNT, registers pop COUNT: those of COUNT arguments, r4 and lr.
+// Their number is even, for the stack's alignment. saved COUNT: the same, told to
 // whoever walks the stack.
-.macro save count
+.macro registers operation, count
     .if \count == 0
-    push    {r4, lr}
+    \operation {r4, lr}
     .elseif \count <= 2
-    push    {r0, r1, r4, lr}
+    \operation {r0, r1, r4, lr}
     .else
-    push    {r0, r1, r2, r3, r4, lr}
+    \operation {r0, r1, r2, r3, r4, lr}
     .endif
 .endm
 
@@ -57,16 +57,6 @@
     .pad    #16
     .elseif \count > 0
     .pad    #8
-    .endif
-.endm
-
-.macro restore count
-    .if \count == 0
-    pop     {r4, lr}
-    .elseif \count <= 2
-    pop     {r0, r1, r4, lr}
-    .else
-    pop     {r0, r1, r2, r3, r4, lr}
     .endif
 .endm
 
@@ -87,7 +77,7 @@
     .type   \name, %function
     .balign 4
 \name:
-    save    \count
+    registers push, \count
     ldr     r4, 3f
 1:  add     r4, pc
     ldrd    r0, r1, [r4, #RECORD_KEY]
@@ -97,7 +87,7 @@
     bne     2f
     ldr     r1, [r0, #IMPL_DRIVER]
     ldr.w   r12, [r1, #position * 4]
-    restore \count
+    registers pop, \count
     bx      r12
 2:  movw    r1, #FIRST_ENTRY + position * 4
     \call
@@ -124,7 +114,7 @@
     ldr     r2, [r0, #IMPL_DRIVER]
     subs    r1, #FIRST_ENTRY
     ldr.w   r12, [r2, r1]
-    restore \count
+    registers pop, \count
     bx      r12
 .endm
 
@@ -220,7 +210,7 @@ jump_or_return:
 .macro entry_64 name, call
     .if most > REGISTER_ARGUMENTS
     .hidden \call
-    trampoline \name, REGISTER_ARGUMENTS, "bl jump_or_return; restore REGISTER_ARGUMENTS; b.w \call"
+    trampoline \name, REGISTER_ARGUMENTS, "bl jump_or_return; registers pop, REGISTER_ARGUMENTS; b.w \call"
     .endif
     .equ    position, position + 1
 .endm
