@@ -6,7 +6,7 @@
 #include "GameImpl/PUBGMHD/PUBGMHDImpl.h"
 #include "GameImpl/sgame/SGAMEImpl.h"
 #include "interception/DefaultImplV2.h"
-#include "platform/call_record.h"
+#include "interception/call_record.h"
 #include "platform/immortal.h"
 #include "platform/init_order.h"
 #include "platform/sanitizers.h"

@@ -9,5 +9,5 @@ endfunction()
 
 # Not linked: it holds static assertions only.
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
-    plugin_module(arm_layout ${CMAKE_SOURCE_DIR}/arm/layout.cpp)
+    plugin_module(arm_layout ${CMAKE_SOURCE_DIR}/arm/contract/layout.cpp)
 endif()

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "hook/HookContext.h"
-#include "platform/call_record.h"
+#include "interception/call_record.h"
 
 namespace android {
 

@@ -28,7 +28,7 @@
     .arch armv7-a
     .thumb
 
-// Layouts, asserted by arm/layout.cpp. The order of the virtual functions is
+// Layouts, asserted by arm/contract/layout.cpp. The order of the virtual functions is
 // asserted by the tests.
     .equ RECORD_KEY, 8              // CallRecord: the key, then the lookup
     .equ CONTEXT_IMPL, 4            // HookContext::impl

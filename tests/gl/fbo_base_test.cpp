@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "GameImpl/FBOBase/FBOBase.h"
-#include "gl/real_driver.h"
+#include "rig/real_driver/real_driver.h"
 #include "support/host.h"
 
 namespace {

@@ -3,9 +3,9 @@
 
 #include "GameImpl/GenshinImpact/GenshinImpactImpl.h"
 #include "GameImpl/sgame/SGAMEImpl.h"
-#include "gl/real_driver.h"
 #include "hook/HookManager.h"
 #include "monitor/MonitorThread.h"
+#include "rig/real_driver/real_driver.h"
 #include "support/host.h"
 
 namespace {

@@ -12,7 +12,7 @@ ALLOWED = {
     "hook": ["hook/", "interception/", "GameImpl/ImplFactory.h", "monitor/MonitorThread.h",
              "platform/"],
 }
-FOLDERS = tuple(f"{name}/" for name in (*ALLOWED, "desktop", "tests"))
+FOLDERS = tuple(f"{name}/" for name in (*ALLOWED, "rig", "programs", "tools", "tests"))
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.M)
 
 

@@ -13,7 +13,7 @@ import unittest
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[2]
-TOOL = ROOT / "desktop" / "tune" / "tune.py"
+TOOL = ROOT / "tools" / "tune" / "tune.py"
 sys.path[:0] = [str(TOOL.parent), str(TOOL.parent.parent)]
 
 import options as o

@@ -18,7 +18,7 @@ from browser import Browser
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
-TOOL = Path(__file__).resolve().parents[2] / "desktop" / "tune" / "tune.py"
+TOOL = Path(__file__).resolve().parents[2] / "tools" / "tune" / "tune.py"
 BUILD = PROBE = None
 NOT_POSSIBLE = 77
 
@@ -206,7 +206,7 @@ class Programs(Session):
 def main():
     global BUILD, PROBE
     BUILD = sys.argv[1]
-    PROBE = os.path.join(BUILD, "tests", "rig", "rig-probe-linked")
+    PROBE = os.path.join(BUILD, "desktop", "rig-probe-linked")
     tried = subprocess.run([os.path.join(BUILD, "desktop", "vesko-run"), "--display", "none", "--",
                             "true"], stdin=subprocess.DEVNULL, capture_output=True, text=True)
     if tried.returncode == 3:

@@ -1,0 +1,33 @@
+// pending-error: after every call glGetError answers GL_INVALID_OPERATION once.
+// Only once, or a caller that drains all errors would never end.
+#include "platform/gl_constants.h"
+#include "rig/loader/quirks/quirks.h"
+
+namespace rig {
+
+namespace {
+
+QuirkSwitch quirk;
+GLTable next;
+thread_local bool pending;
+
+void onCall() { pending = true; }
+
+GLenum getError() {
+    if (!quirk.on() || !pending) return next.glGetError();
+    pending = false;
+    return GL_INVALID_OPERATION;
+}
+
+}  // namespace
+
+void installPendingError(const DriverTables& tables, const QuirkRequest& request) {
+    GLTable& table = tables.gl;
+    quirk.set(request);
+    next = table;
+#define GL_ENTRY(result, name, parameters, arguments) precede<&GLTable::name, onCall>(table);
+#include "platform/gl_entries.in"
+    table.glGetError = getError;
+}
+
+}  // namespace rig

@@ -1,0 +1,72 @@
+#include "rig/run/sandbox.h"
+
+#include <dirent.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <climits>
+#include <cstring>
+
+#include "platform/device_names.h"
+#include "rig/device/parameter_node.h"
+
+namespace rig {
+
+namespace {
+
+using Arguments = std::vector<std::string>;
+
+constexpr char kNodeSource[] = "/proc/sys/kernel/domainname";
+
+void add(Arguments& arguments, std::initializer_list<std::string> more) {
+    arguments.insert(arguments.end(), more);
+}
+
+bool isDirectory(const std::string& path) {
+    struct stat info = {};
+    return lstat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+void showEntry(Arguments& arguments, const std::string& path) {
+    char target[PATH_MAX];
+    const ssize_t length = readlink(path.c_str(), target, sizeof target - 1);
+    if (length > 0)
+        add(arguments, {"--symlink", std::string(target, static_cast<size_t>(length)), path});
+    else
+        add(arguments, {"--dev-bind-try", path, path});
+}
+
+// Puts an empty file system over the directory and shows its entries again,
+// all but `hidden`, so that something new can come into it.
+void makeRoom(Arguments& arguments, const std::string& directory, const std::string& hidden) {
+    add(arguments, {"--tmpfs", directory});
+    DIR* entries = opendir(directory.c_str());
+    if (entries == nullptr) return;
+    const std::string prefix = directory == "/" ? "/" : directory + "/";
+    while (const dirent* entry = readdir(entries)) {
+        const std::string name = entry->d_name;
+        if (name != "." && name != ".." && name != hidden) showEntry(arguments, prefix + name);
+    }
+    closedir(entries);
+}
+
+}  // namespace
+
+std::vector<std::string> sandboxArguments(const std::string& configFile) {
+    Arguments arguments = {"bwrap", "--die-with-parent", "--unshare-uts", "--cap-add",
+                           "CAP_SYS_ADMIN"};
+    if (geteuid() != 0) add(arguments, {"--unshare-user"});
+    makeRoom(arguments, "/", "data");
+    // A machine's own /data stays visible around ours.
+    for (const auto& [directory, next] : {std::pair<const char*, const char*>{"/data", "system"},
+                                          {"/data/system", "vkd"},
+                                          {"/data/system/vkd", "qogl"}})
+        if (isDirectory(directory)) makeRoom(arguments, directory, next);
+    add(arguments, {"--dir", "/data/system/vkd", "--dir", kPrivateDirectory});
+    if (!configFile.empty()) add(arguments, {"--ro-bind", configFile, android::kGameConfigPath});
+    makeRoom(arguments, "/sys/class", "gpu_vesko");
+    add(arguments, {"--dev-bind", kNodeSource, android::kParameterNodePath});
+    return arguments;
+}
+
+}  // namespace rig

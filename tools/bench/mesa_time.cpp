@@ -1,0 +1,99 @@
+// What the library adds on the system's own driver: eight calls that set state and
+// a draw, directly and through the library in turn.
+//
+//     mesa_time LIBRARY FRAMES [GOOGLE BENCHMARK OPTIONS]
+#include <benchmark/benchmark.h>
+#include <time.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+#include "rig/real_driver/real_driver.h"
+#include "tools/bench/plugin.h"
+#include "tools/bench/scenes.h"
+
+namespace {
+
+using Table = android::gl_hooks_t::gl_t;
+
+// What a frame does for one object. The state changes with each, or the driver
+// would have nothing to do.
+void drawObject(const Table& gl, unsigned number) {
+    const float shade = number % 2 ? 0.25f : 0.75f;
+    gl.glBindTexture(GL_TEXTURE_2D, number % 2);
+    gl.glEnable(GL_BLEND);
+    gl.glBlendFunc(GL_ONE, number % 2 ? GL_ZERO : GL_ONE_MINUS_SRC_ALPHA);
+    gl.glDepthMask(number % 2);
+    gl.glUniform4f(0, shade, shade, shade, 1);
+    gl.glViewport(0, 0, 16, 16);
+    gl.glScissor(0, 0, 8 + number % 2, 8);
+    gl.glDisable(GL_BLEND);
+    gl.glDrawArrays(GL_TRIANGLES, 0, 3);
+}
+
+// Of this thread alone: the driver's own threads draw meanwhile, and other programs
+// may take the processor away.
+double threadNanoseconds() {
+    timespec now = {};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
+}
+
+constexpr unsigned kObjects = 200;
+
+double drawObjects(const Table& gl) {
+    const double start = threadNanoseconds();
+    for (unsigned number = 0; number < kObjects; ++number) drawObject(gl, number);
+    const double taken = threadNanoseconds() - start;
+    gl.glFinish();
+    return taken / kObjects;
+}
+
+double median(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<long>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
+}
+
+// Frames of objects in turn, directly and through the library, and the other way
+// round in the next pair. The counters are the medians for one object.
+void measure(benchmark::State& state, const Table& direct, const Table& library) {
+    std::vector<double> times[2];
+    const Table* const tables[] = {&direct, &library};
+    size_t first = 0;
+    for (auto _ : state) {
+        times[first].push_back(drawObjects(*tables[first]));
+        times[1 - first].push_back(drawObjects(*tables[1 - first]));
+        first = 1 - first;
+    }
+    state.counters["direct"] = median(times[0]);
+    state.counters["library"] = median(times[1]);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 3 || atoi(argv[2]) < 1) {
+        fprintf(stderr, "usage: mesa_time LIBRARY FRAMES [GOOGLE BENCHMARK OPTIONS]\n");
+        return 2;
+    }
+    test::RealDriver driver(64, 64);
+    if (!driver.ok()) {
+        fprintf(stderr, "mesa_time: no OpenGL ES 3 driver with pbuffers\n");
+        return 3;
+    }
+    bench::Plugin library(argv[1], driver.platform);
+    bench::Scene scene(driver.hooks.gl, bench::kOneColour);
+    scene.use(driver.hooks.gl);
+    const Table& table = library.bindThread(driver.hooks);
+    benchmark::RegisterBenchmark("mesa", [&](benchmark::State& state) {
+        measure(state, driver.hooks.gl, table);
+    })->Iterations(atoi(argv[2]));
+
+    argc -= 2;
+    benchmark::Initialize(&argc, argv + 2);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
