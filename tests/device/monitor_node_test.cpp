@@ -1,7 +1,10 @@
 // Monitors on the kernel's parameter node, which here is the system's domain
-// name: a change raises the same event as the node's own.
+// name: a change raises the same event as the node's own. The kernel raises it in
+// every namespace, so a monitor also reads its own text again whenever another
+// program changes the name of its namespace; no test may depend on silence.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <pthread.h>
 #include <unistd.h>
 
@@ -43,6 +46,21 @@ bool becomes(const char* key, int value) {
     return within(2, [&] { return gameInfo[key] == value; });
 }
 
+// Whether the node has raised an event since this was made, anybody's.
+class NodeEvents {
+public:
+    NodeEvents() : descriptor(open(kNode, O_RDONLY | O_CLOEXEC)) {}
+    ~NodeEvents() { close(descriptor); }
+    NodeEvents(const NodeEvents&) = delete;
+    bool any() const {
+        pollfd record = {descriptor, POLLPRI, 0};
+        return poll(&record, 1, 0) > 0 && (record.revents & POLLPRI) != 0;
+    }
+
+private:
+    int descriptor;
+};
+
 class MonitorNode : public testing::Test {
 protected:
     MonitorNode() {
@@ -60,26 +78,41 @@ protected:
 
 }  // namespace
 
+TEST_F(MonitorNode, WhatTheNodeHeldBeforeDoesNotCount) {
+    writeNode("FB0Factor:60#");
+    std::deque<MonitorThread> monitors;  // none at the address of another
+    for (int attempt = 0; attempt < 200; ++attempt) {
+        const NodeEvents events;
+        MonitorThread& monitor = monitors.emplace_back(ImplFactory::SGAME);
+        start(monitor);
+        usleep(10000);
+        const int factor = gameInfo["FB0Factor"];
+        const std::string log = host::takeLog();
+        monitor.reset();
+        if (events.any()) continue;
+        EXPECT_EQ(factor, -1);
+        EXPECT_EQ(log, "");
+        return;
+    }
+    GTEST_SKIP() << "other programs change their nodes all the time";
+}
+
 TEST_F(MonitorNode, EventsChangeTheParameters) {
-    writeNode("enable:1#status:7#FB0Factor:60#");
     MonitorThread monitor(ImplFactory::SGAME);
     start(monitor);
-    usleep(50000);
-    EXPECT_EQ(gameInfo["FB0Factor"], -1) << "what the node held before does not count";
-    EXPECT_EQ(host::takeLog(), "");
-
     writeNode("enable:1#status:7#FB0Factor:75#");
     EXPECT_TRUE(becomes("internalEnable", 1));
     EXPECT_EQ(gameInfo["FB0Factor"], 75);
-    ASSERT_TRUE(host::waitForLog("D EGL_MONITOR ready to poll data"));
-    EXPECT_EQ(host::takeLog(),
-              "D EGL_MONITOR start polling\n"
-              "D EGL_MONITOR read(32) enable:1#status:7#FB0Factor:75#\\n \n"
-              "D EGL_MONITOR name:enable,value:1 \n"
-              "D EGL_MONITOR name:status,value:7 \n"
-              "D EGL_MONITOR name:FB0Factor,value:75 \n"
-              "D EGL_MONITOR gameInfo[INTERNALENABLE]:1 \n"
-              "D EGL_MONITOR ready to poll data\n");
+    const std::string lines =
+        "D EGL_MONITOR start polling\n"
+        "D EGL_MONITOR read(32) enable:1#status:7#FB0Factor:75#\\n \n"
+        "D EGL_MONITOR name:enable,value:1 \n"
+        "D EGL_MONITOR name:status,value:7 \n"
+        "D EGL_MONITOR name:FB0Factor,value:75 \n"
+        "D EGL_MONITOR gameInfo[INTERNALENABLE]:1 \n"
+        "D EGL_MONITOR ready to poll data\n";
+    std::string log;
+    EXPECT_TRUE(within(2, [&] { return (log += host::takeLog()).find(lines) != log.npos; })) << log;
 
     writeNode("foo:3#gameInternalFBOFactor:70#");
     EXPECT_TRUE(becomes("gameInternalFBOFactor", 70));
@@ -157,7 +190,7 @@ TEST_F(MonitorNode, DescriptorsThatTheApplicationClosesAreReplaced) {
     }
     EXPECT_EQ(gameInfo["FB0Factor"], 42);
     usleep(200000);
-    EXPECT_LT(host::loggedLines() - linesBefore, 500);
+    EXPECT_LT(host::loggedLines() - linesBefore, 5000) << "in a loop";
     monitor.reset();
     EXPECT_TRUE(within(1, [&] { return threads() == threadsBefore; }));
 }
@@ -189,7 +222,6 @@ TEST_F(MonitorNode, ASecondStartDoesNothing) {
     monitor.start();
     EXPECT_EQ(threads(), threadsBefore);
     EXPECT_EQ(descriptors(), descriptorsBefore);
-    EXPECT_EQ(host::takeLog(), "");
 }
 
 // The thread may be anywhere in its beginning when it is told to end.
