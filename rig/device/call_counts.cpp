@@ -1,13 +1,9 @@
 #include "rig/device/call_counts.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
-
-#include <cerrno>
-#include <cstring>
+#include <iterator>
 #include <nlohmann/json.hpp>
-#include <stdexcept>
+
+#include "rig/device/shared_memory.h"
 
 namespace rig {
 
@@ -23,23 +19,15 @@ constexpr const char* kRouteNames[] = {"served", "forwarded", "direct"};
 static_assert(std::size(kEntryNames) == CallCounts::kEntries);
 static_assert(std::size(kRouteNames) == CallCounts::kRoutes);
 
-CallCounts& map(const std::string& file, int flags) {
-    const int descriptor = ::open(file.c_str(), O_RDWR | O_CLOEXEC | flags, 0600);
-    void* memory = MAP_FAILED;
-    if (descriptor >= 0 && ftruncate(descriptor, sizeof(CallCounts)) == 0)
-        memory =
-            mmap(nullptr, sizeof(CallCounts), PROT_READ | PROT_WRITE, MAP_SHARED, descriptor, 0);
-    if (memory == MAP_FAILED)
-        throw std::runtime_error("cannot map " + file + ": " + strerror(errno));
-    close(descriptor);
-    return *static_cast<CallCounts*>(memory);
-}
-
 }  // namespace
 
-CallCounts& CallCounts::create(const std::string& file) { return map(file, O_CREAT | O_TRUNC); }
+CallCounts& CallCounts::create(const std::string& file) {
+    return *static_cast<CallCounts*>(createShared(file, sizeof(CallCounts)));
+}
 
-CallCounts& CallCounts::open(const std::string& file) { return map(file, 0); }
+CallCounts& CallCounts::open(const std::string& file) {
+    return *static_cast<CallCounts*>(openShared(file, sizeof(CallCounts)));
+}
 
 std::string CallCounts::toJson() const {
     nlohmann::ordered_json document = {{"processes", processes.load()}};

@@ -12,7 +12,7 @@ NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(QuirkRequest, name, fromFrame, toFrame)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(ParameterChange, frame, name, value)
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Settings, plugin, bare, log, game, threadName, parametersFile,
                                    changes, properties, service, width, height, captures, frames,
-                                   statsFile, countsFile, quirks, clockStep, status)
+                                   statsFile, countsFile, outcomeFile, quirks, clockStep, status)
 
 std::string toJson(const Settings& settings) { return nlohmann::json(settings).dump(); }
 

@@ -56,7 +56,8 @@ struct Settings {
     std::vector<Capture> captures;
     int frames = 0;  // end after so many swaps; 0: never
     std::string statsFile;
-    std::string countsFile;  // see CallCounts; empty: calls are not counted
+    std::string countsFile;   // see CallCounts; empty: calls are not counted
+    std::string outcomeFile;  // see RunOutcome; empty: nobody asks
     std::vector<QuirkRequest> quirks;
     long long clockStep = 0;  // nanoseconds by which a swap moves the program's clock; 0: real time
     bool status = false;      // say once a second what the plug-in does

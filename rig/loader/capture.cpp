@@ -100,7 +100,7 @@ Picture readWindow(void* display, void* surface) {
 
 }  // namespace
 
-void captureWindow(void* display, void* surface, const std::string& file) {
+bool captureWindow(void* display, void* surface, const std::string& file) {
     const Picture picture = readWindow(display, surface);
     png_image image = {};
     image.version = PNG_IMAGE_VERSION;
@@ -108,9 +108,12 @@ void captureWindow(void* display, void* surface, const std::string& file) {
     image.height = static_cast<png_uint_32>(picture.height);
     image.format = PNG_FORMAT_RGB;
     // A negative stride: the last row in memory is the top one.
-    if (!png_image_write_to_file(&image, file.c_str(), 0, picture.rgb.data(), -picture.width * 3,
-                                 nullptr))
-        fprintf(stderr, "vesko-run: --capture %s: %s\n", file.c_str(), image.message);
+    if (png_image_write_to_file(&image, file.c_str(), 0, picture.rgb.data(), -picture.width * 3,
+                                nullptr)) {
+        return true;
+    }
+    fprintf(stderr, "vesko-run: --capture %s: %s\n", file.c_str(), image.message);
+    return false;
 }
 
 }  // namespace rig

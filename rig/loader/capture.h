@@ -7,7 +7,7 @@ namespace rig {
 
 // Reads framebuffer 0 of the current context and writes it as PNG: upright,
 // RGB, of the surface's size. All GL state is as before afterwards. Complains
-// on stderr where it fails.
-void captureWindow(void* display, void* surface, const std::string& file);
+// on stderr and answers false where it fails.
+bool captureWindow(void* display, void* surface, const std::string& file);
 
 }  // namespace rig

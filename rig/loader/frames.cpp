@@ -26,6 +26,13 @@ std::mutex& frameMutex() {
     return *mutex;
 }
 
+void noteSwap(RunOutcome* outcome, uint32_t swap) {
+    if (outcome == nullptr) return;
+    uint32_t most = outcome->swaps;
+    while (most < swap && !outcome->swaps.compare_exchange_weak(most, swap)) {
+    }
+}
+
 }  // namespace
 
 int currentFrame() { return frame.load(std::memory_order_relaxed); }
@@ -47,14 +54,20 @@ void beforePresentation(SwapKind swap) {
 void beforeSwap(void* display, void* surface) {
     std::lock_guard<std::mutex> lock(frameMutex());
     statisticsFrameDrawn(display, surface);
-    for (const Capture& capture : loader().settings.captures)
-        if (capture.frame == frame) captureWindow(display, surface, capture.file);
+    const std::vector<Capture>& captures = loader().settings.captures;
+    for (size_t i = 0; i < captures.size(); ++i) {
+        if (captures[i].frame != frame) continue;
+        const bool made = captureWindow(display, surface, captures[i].file);
+        RunOutcome* const outcome = loader().outcome;
+        if (made && outcome != nullptr && i < RunOutcome::kCapturesMax) outcome->captured[i] = 1;
+    }
     statisticsSwapBegins();
 }
 
 void afterSwap() {
     std::lock_guard<std::mutex> lock(frameMutex());
     statisticsFrameEnds();
+    noteSwap(loader().outcome, static_cast<uint32_t>(frame));
     for (const ParameterChange& change : loader().settings.changes)
         if (change.frame == frame) changeParameter(change.name, change.value);
     awaitChanges();

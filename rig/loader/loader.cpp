@@ -45,6 +45,10 @@ void* openOwnLibrary(const std::string& path) {
 
 void start(Loader& l) {
     l.settings = settingsFromEnvironment();
+    if (!l.settings.outcomeFile.empty()) {
+        l.outcome = &RunOutcome::open(l.settings.outcomeFile);
+        ++l.outcome->processes;
+    }
     const std::string directory = ownDirectory();
     l.ownEgl = openOwnLibrary(directory + "/libEGL.so.1");
     l.ownGles2 = openOwnLibrary(directory + "/libGLESv2.so.2");

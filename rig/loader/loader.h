@@ -5,6 +5,7 @@
 #pragma once
 
 #include "platform/loader_records.h"
+#include "rig/device/run_outcome.h"
 #include "rig/device/settings.h"
 #include "rig/loader/driver.h"
 #include "rig/loader/plugin.h"
@@ -16,6 +17,7 @@ enum class ContextApi { none, es1, es2, desktop };
 
 struct Loader {
     Settings settings;
+    RunOutcome* outcome = nullptr;  // null: nobody asks
     Driver driver;
     // The table for contexts that do without the plug-in: the driver's, behind
     // statistics and quirks. The plug-in gets the same.

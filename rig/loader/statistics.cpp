@@ -47,8 +47,11 @@ void save() {
     std::ofstream stream(unfinished);
     stream << s.document.dump(1, ' ', false, json::error_handler_t::replace) << '\n';
     stream.close();
+    RunOutcome* const outcome = loader().outcome;
     if (!stream || rename(unfinished.c_str(), s.file.c_str()) != 0)
         fprintf(stderr, "vesko-run: --stats %s: cannot write the file\n", s.file.c_str());
+    else if (outcome != nullptr)
+        outcome->statisticsWritten = static_cast<uint32_t>(s.document["frames"].size());
     s.saved = Clock::now();
     s.savedFrames = static_cast<unsigned>(s.document["frames"].size());
 }

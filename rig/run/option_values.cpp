@@ -14,6 +14,7 @@
 
 #include "rig/device/parameter_node.h"
 #include "rig/device/quirk_names.h"
+#include "rig/device/run_outcome.h"
 #include "rig/run/paths.h"
 
 namespace rig {
@@ -141,6 +142,8 @@ std::vector<QuirkRequest> quirksFrom(const std::vector<std::string>& texts) {
 std::vector<Capture> capturesFrom(const Given& given) {
     if (!given.captureFrames.empty() && given.captureFrames.size() != given.captures.size())
         refuse("--frame", "give one --frame for each --capture, or none for frame 1");
+    if (given.captures.size() > RunOutcome::kCapturesMax)
+        refuse("--capture", "a run makes at most 256 pictures");
     std::vector<Capture> captures;
     for (size_t i = 0; i < given.captures.size(); ++i)
         captures.push_back({outputFile("--capture", given.captures[i]),

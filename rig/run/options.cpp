@@ -31,7 +31,8 @@ Lines NAME=VALUE on standard input change the parameters while the program runs;
 the program itself reads an empty standard input.
 
 Exit code: the program's (128 + N when signal N killed it); 2 for a bad option,
-3 when the device's surroundings could not be made, 126 and 127 when the program
+3 when the device's surroundings could not be made, 4 when the program ended
+well but a picture or the statistics asked for did not come about, 126 and 127 when the program
 cannot be run or found.)";
 
 std::string quirkHelp() {

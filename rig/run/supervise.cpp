@@ -16,6 +16,7 @@
 
 #include "rig/device/call_counts.h"
 #include "rig/device/parameter_node.h"
+#include "rig/device/run_outcome.h"
 #include "rig/run/display.h"
 #include "rig/run/exit_codes.h"
 #include "rig/run/plan.h"
@@ -150,6 +151,13 @@ void writeCounts(const CallCounts& counts, const std::string& file) {
     if (!stream) fprintf(stderr, "vesko-run: --count %s: cannot write the file\n", file.c_str());
 }
 
+// The exit code, given the program's.
+int checkOutcome(const RunOutcome& outcome, const Settings& settings, int exitCode) {
+    const std::vector<std::string> missing = outcome.missing(settings);
+    for (const std::string& line : missing) fprintf(stderr, "vesko-run: %s\n", line.c_str());
+    return exitCode == 0 && !missing.empty() ? kExitMissing : exitCode;
+}
+
 int runPlan(Plan plan) {
     sigset_t handled;
     sigset_t before;
@@ -173,11 +181,14 @@ int runPlan(Plan plan) {
         plan.settings.countsFile = std::string(kPrivateDirectory) + "/calls";
         counts = &CallCounts::create(plan.settings.countsFile);
     }
+    plan.settings.outcomeFile = std::string(kPrivateDirectory) + "/outcome";
+    const RunOutcome& outcome = RunOutcome::create(plan.settings.outcomeFile);
     Display display(plan.display);
     const pid_t program = fork();
     if (program == 0) becomeProgram(plan, before);
     if (program < 0) throw std::runtime_error(std::string("fork: ") + strerror(errno));
-    const int exitCode = watch(program, signals, node, plan.settings.status);
+    const int exitCode =
+        checkOutcome(outcome, plan.settings, watch(program, signals, node, plan.settings.status));
     if (counts != nullptr) writeCounts(*counts, plan.countFile);
     return exitCode;
 }

@@ -238,6 +238,23 @@ class Launcher(Rig):
                               (["no-such-program"], 127), (["/etc/passwd"], 126)):
             self.run_rig("--", *command, code=code)
 
+    def test_outputs_that_did_not_come_about_are_told(self):
+        picture, stats = self.path("a.png"), self.path("s.json")
+        for options, command, code, line in (
+                (["--capture", picture, "--frame", "4"], probe("linked"), 4,
+                 f"--capture {picture}: there is no picture of frame 4: the program swapped 3"),
+                (["--capture", picture, "--frame", "4", "--frame", "2", "--capture",
+                  self.path("b.png")], probe("linked"), 4, f"{picture}: there is no"),
+                (["--stats", stats], ["true"], 4, f"--stats {stats}: nothing was recorded: the "
+                 "program made no EGL call that comes through the rig"),
+                (["--stats", stats], [*probe("linked"), "frames", "0"], 4, "swapped no frame"),
+                (["--stats", stats], ["sh", "-c", "exit 9"], 9, "nothing was recorded"),
+                (["--stats", stats, "--capture", picture, "--frame", "3"], probe("linked"), 0, "")):
+            _, err = self.run_rig(*options, "--", *command, code=code)
+            self.assertIn(line, err)
+            self.assertEqual(os.path.exists(picture), code == 0)
+            self.assertEqual(os.path.exists(stats), code == 0)
+
     def test_bad_options_are_refused_by_name(self):
         for arguments in (["--set", "FB0Factor"], ["--set", "FB0Factor=x"], ["--set", "FB0Factor=0"],
                           ["--set", "enable=99999999999"], ["--at", "3"], ["--at", "0:enable=1"],
