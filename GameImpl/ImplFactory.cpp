@@ -7,9 +7,9 @@
 #include "GameImpl/sgame/SGAMEImpl.h"
 #include "interception/DefaultImplV2.h"
 #include "interception/call_record.h"
-#include "platform/immortal.h"
-#include "platform/init_order.h"
-#include "platform/sanitizers.h"
+#include "platform/compiler/immortal.h"
+#include "platform/compiler/init_order.h"
+#include "platform/compiler/sanitizers.h"
 
 // No valid key yet: a lookup before one was made must not read some other
 // library's thread-local value.

@@ -1,7 +1,7 @@
 // The four Impl objects of the process and the numbering of the games.
 #pragma once
 
-#include "platform/visibility.h"
+#include "platform/compiler/visibility.h"
 
 namespace android {
 

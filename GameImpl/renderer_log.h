@@ -3,7 +3,7 @@
 // know; the others carry that of the call.
 #pragma once
 
-#include "platform/log.h"
+#include "platform/device/log.h"
 
 #define RENDERER_LOG_AT(priority, path, line, operation, format, ...) \
     HOOK_LOG(priority, "[%s][%d][%s]: " format, path, line, operation, ##__VA_ARGS__)

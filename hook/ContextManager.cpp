@@ -5,11 +5,11 @@
 #include <atomic>
 
 #include "hook/current_context.h"
-#include "platform/device_names.h"
-#include "platform/immortal.h"
-#include "platform/init_order.h"
-#include "platform/log.h"
-#include "platform/sanitizers.h"
+#include "platform/compiler/immortal.h"
+#include "platform/compiler/init_order.h"
+#include "platform/compiler/sanitizers.h"
+#include "platform/device/log.h"
+#include "platform/device/names.h"
 
 namespace android {
 

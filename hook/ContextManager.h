@@ -13,7 +13,7 @@
 #include <map>
 
 #include "hook/HookContext.h"
-#include "platform/visibility.h"
+#include "platform/compiler/visibility.h"
 
 namespace android {
 

@@ -2,8 +2,8 @@
 
 #include "hook/ContextManager.h"
 #include "hook/HookManager.h"
-#include "platform/init_order.h"
-#include "platform/log.h"
+#include "platform/compiler/init_order.h"
+#include "platform/device/log.h"
 
 namespace android {
 

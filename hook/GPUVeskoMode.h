@@ -9,8 +9,8 @@
 // setGLHooksThreadSpecific acts on the calling thread only. Nothing fails.
 #pragma once
 
-#include "platform/loader_records.h"
-#include "platform/visibility.h"
+#include "platform/compiler/visibility.h"
+#include "platform/loader/records.h"
 
 namespace android {
 

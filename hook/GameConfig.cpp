@@ -17,10 +17,10 @@
 #include <sstream>
 
 #include "hook/ContextManager.h"
-#include "platform/device_names.h"
-#include "platform/log.h"
-#include "platform/properties.h"
-#include "platform/sanitizers.h"
+#include "platform/compiler/sanitizers.h"
+#include "platform/device/log.h"
+#include "platform/device/names.h"
+#include "platform/device/properties.h"
 
 namespace android {
 

@@ -7,8 +7,8 @@
 #include <cstring>
 
 #include "hook/ContextManager.h"
-#include "platform/device_names.h"
-#include "platform/log.h"
+#include "platform/device/log.h"
+#include "platform/device/names.h"
 
 namespace android {
 

@@ -5,8 +5,8 @@
 
 #include "GameImpl/ImplFactory.h"
 #include "monitor/MonitorThread.h"
-#include "platform/loader_records.h"
-#include "platform/visibility.h"
+#include "platform/compiler/visibility.h"
+#include "platform/loader/records.h"
 
 namespace android {
 

@@ -3,8 +3,8 @@
 #include "hook/ContextManager.h"
 #include "interception/egl_hooks.h"
 #include "interception/gl_trampolines.h"
-#include "platform/gl_slot.h"
-#include "platform/log.h"
+#include "platform/device/log.h"
+#include "platform/loader/gl_slot.h"
 
 namespace android {
 

@@ -6,8 +6,8 @@
 // to OpenGL ES 1 threads.
 #pragma once
 
-#include "platform/loader_records.h"
-#include "platform/visibility.h"
+#include "platform/compiler/visibility.h"
+#include "platform/loader/records.h"
 
 namespace android {
 

@@ -1,7 +1,7 @@
 #include "hook/HookManager.h"
 
 #include "hook/ContextManager.h"
-#include "platform/init_order.h"
+#include "platform/compiler/init_order.h"
 
 namespace android {
 

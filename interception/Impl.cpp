@@ -2,7 +2,7 @@
 
 #include "hook/HookManager.h"
 #include "interception/served_by.h"
-#include "platform/sanitizers.h"
+#include "platform/compiler/sanitizers.h"
 
 // The base class ignores the arguments of every GL call.
 #pragma GCC diagnostic ignored "-Wunused-parameter"

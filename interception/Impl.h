@@ -7,8 +7,8 @@
 // before the first GL call, as nothing checks the driver table for null.
 #pragma once
 
-#include "platform/loader_records.h"
-#include "platform/visibility.h"
+#include "platform/compiler/visibility.h"
+#include "platform/loader/records.h"
 
 namespace android {
 

@@ -8,7 +8,7 @@
 
 #include <cstddef>
 
-#include "platform/visibility.h"
+#include "platform/compiler/visibility.h"
 
 namespace android {
 

@@ -2,8 +2,8 @@
 // binds the calling thread to a context and hands the call to its Impl.
 #pragma once
 
-#include "platform/gl_types.h"
-#include "platform/visibility.h"
+#include "platform/compiler/visibility.h"
+#include "platform/loader/gl_types.h"
 
 namespace android {
 

@@ -3,8 +3,8 @@
 // context the call is undefined.
 #pragma once
 
-#include "platform/gl_types.h"
-#include "platform/visibility.h"
+#include "platform/compiler/visibility.h"
+#include "platform/loader/gl_types.h"
 
 namespace android {
 extern "C" {

@@ -2,8 +2,8 @@
 
 #include <pthread.h>
 
-#include "platform/immortal.h"
-#include "platform/init_order.h"
+#include "platform/compiler/immortal.h"
+#include "platform/compiler/init_order.h"
 
 namespace android {
 

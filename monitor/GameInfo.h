@@ -8,7 +8,7 @@
 #include <map>
 #include <string>
 
-#include "platform/visibility.h"
+#include "platform/compiler/visibility.h"
 
 namespace android {
 

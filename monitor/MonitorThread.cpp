@@ -8,8 +8,8 @@
 
 #include "monitor/PollStop.h"
 #include "monitor/safe_descriptor.h"
-#include "platform/device_names.h"
-#include "platform/log.h"
+#include "platform/device/log.h"
+#include "platform/device/names.h"
 
 namespace android {
 

@@ -11,7 +11,7 @@
 
 #include "GameImpl/ImplFactory.h"
 #include "monitor/GameInfo.h"
-#include "platform/visibility.h"
+#include "platform/compiler/visibility.h"
 
 namespace android {
 

@@ -9,8 +9,8 @@
 // Sizes are pixels; a scaled size is truncated toward zero.
 #pragma once
 
-#include "platform/loader_records.h"
-#include "platform/visibility.h"
+#include "platform/compiler/visibility.h"
+#include "platform/loader/records.h"
 
 namespace android {
 

@@ -3,7 +3,7 @@
 
 #include "GameImpl/FBOBase/FBOBase.h"
 #include "GameImpl/renderer_log.h"
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 
 namespace android {
 

@@ -2,7 +2,7 @@
 
 #include "GameImpl/rebuild_in_place.h"
 #include "GameImpl/renderer_log.h"
-#include "platform/sanitizers.h"
+#include "platform/compiler/sanitizers.h"
 
 namespace android {
 

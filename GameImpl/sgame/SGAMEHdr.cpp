@@ -1,7 +1,7 @@
 // SGAMEImpl: the smaller framebuffer in the place of the game's HDR one.
 #include "GameImpl/scaled_size.h"
 #include "GameImpl/sgame/sgame_internal.h"
-#include "platform/sanitizers.h"
+#include "platform/compiler/sanitizers.h"
 
 namespace android {
 

@@ -3,7 +3,7 @@
 
 #include "GameImpl/renderer_log.h"
 #include "GameImpl/sgame/SGAMEImpl.h"
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 
 #define SGAME_LOG(priority, ...) RENDERER_LOG(priority, "GameImpl/sgame/SGAMEImpl", __VA_ARGS__)
 // For the lines whose number log readers know.

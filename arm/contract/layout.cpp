@@ -1,5 +1,5 @@
 // The layouts that the loader, and code built against other headers, rely on;
-// those of the loader's own records stand in platform/loader_records.h.
+// those of the loader's own records stand in platform/loader/records.h.
 // Compiled with every 32-bit ARM build; it generates nothing.
 #include <cstddef>
 // The binder headers use these without including them.

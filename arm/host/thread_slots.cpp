@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "platform/gl_slot.h"
+#include "platform/loader/gl_slot.h"
 
 namespace {
 

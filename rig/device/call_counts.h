@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string>
 
-#include "platform/loader_records.h"
+#include "platform/loader/records.h"
 
 namespace rig {
 

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <vector>
 
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 #include "rig/loader/loader.h"
 
 namespace rig {

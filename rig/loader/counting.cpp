@@ -1,6 +1,6 @@
 #include "rig/loader/counting.h"
 
-#include "platform/gl_slot.h"
+#include "platform/loader/gl_slot.h"
 
 namespace rig {
 

@@ -5,7 +5,7 @@
 // nothing else: no GL call is added, and no call takes another way.
 #pragma once
 
-#include "platform/loader_records.h"
+#include "platform/loader/records.h"
 #include "rig/device/call_counts.h"
 
 namespace rig {

@@ -1,7 +1,7 @@
 // The system's EGL and GLES libraries, which serve as the driver.
 #pragma once
 
-#include "platform/loader_records.h"
+#include "platform/loader/records.h"
 
 namespace rig {
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "hook/GPUVeskoMode.h"
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 #include "rig/loader/counting.h"
 #include "rig/loader/frames.h"
 #include "rig/loader/interface.h"

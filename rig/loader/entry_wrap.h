@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-#include "platform/loader_records.h"
+#include "platform/loader/records.h"
 
 namespace rig {
 

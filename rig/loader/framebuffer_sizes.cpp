@@ -2,7 +2,7 @@
 
 #include <map>
 
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 #include "rig/loader/loader.h"
 
 namespace rig {

@@ -2,8 +2,8 @@
 // link: libEGL, libGLESv2 and libGLESv1_CM hold nothing but exported entries.
 #pragma once
 
-#include "platform/gl_slot.h"
-#include "platform/loader_records.h"
+#include "platform/loader/gl_slot.h"
+#include "platform/loader/records.h"
 
 #define RIG_EXPORT __attribute__((visibility("default")))
 

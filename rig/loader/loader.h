@@ -4,7 +4,7 @@
 // process: the plug-in makes GL calls from its own destructors at exit.
 #pragma once
 
-#include "platform/loader_records.h"
+#include "platform/loader/records.h"
 #include "rig/device/run_outcome.h"
 #include "rig/device/settings.h"
 #include "rig/loader/driver.h"

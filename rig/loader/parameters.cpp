@@ -12,7 +12,7 @@
 #include <thread>
 
 #include "hook/GPUVeskoMode.h"
-#include "platform/device_names.h"
+#include "platform/device/names.h"
 #include "rig/device/parameter_node.h"
 
 namespace rig {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "GameImpl/ImplFactory.h"
-#include "platform/loader_records.h"
+#include "platform/loader/records.h"
 #include "rig/device/settings.h"
 
 namespace android {

@@ -7,8 +7,8 @@
 #include "GameImpl/GenshinImpact/GenshinImpactImpl.h"
 #include "GameImpl/sgame/SGAMEImpl.h"
 #include "hook/HookContext.h"
-#include "platform/device_names.h"
-#include "platform/gl_constants.h"
+#include "platform/device/names.h"
+#include "platform/loader/gl_constants.h"
 #include "rig/loader/parameters.h"
 
 namespace rig {

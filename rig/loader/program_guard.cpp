@@ -1,6 +1,6 @@
 #include "rig/loader/program_guard.h"
 
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 #include "rig/loader/loader.h"
 
 namespace rig {

@@ -7,7 +7,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 #include "rig/loader/loader.h"
 #include "rig/loader/parameters.h"
 #include "rig/loader/statistics_entries.h"

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 #include "rig/loader/framebuffer_sizes.h"
 #include "rig/loader/loader.h"
 

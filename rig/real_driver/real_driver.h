@@ -6,8 +6,8 @@
 #include <array>
 #include <string>
 
-#include "platform/gl_constants.h"
-#include "platform/loader_records.h"
+#include "platform/loader/gl_constants.h"
+#include "platform/loader/records.h"
 
 namespace test {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/device_names.h"
+#include "platform/device/names.h"
 #include "rig/run/plan.h"
 
 namespace rig {

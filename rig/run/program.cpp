@@ -9,7 +9,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "platform/device_names.h"
+#include "platform/device/names.h"
 #include "rig/run/exit_codes.h"
 #include "rig/run/paths.h"
 

@@ -7,7 +7,7 @@
 #include <climits>
 #include <cstring>
 
-#include "platform/device_names.h"
+#include "platform/device/names.h"
 #include "rig/device/parameter_node.h"
 
 namespace rig {

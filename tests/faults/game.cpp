@@ -6,8 +6,8 @@
 #include "hook/ContextManager.h"
 #include "hook/GPUVeskoMode.h"
 #include "monitor/GameInfo.h"
-#include "platform/device_names.h"
-#include "platform/gl_slot.h"
+#include "platform/device/names.h"
+#include "platform/loader/gl_slot.h"
 #include "support/host.h"
 
 namespace test {

@@ -13,7 +13,7 @@
 #include "hook/ContextManager.h"
 #include "hook/HookManager.h"
 #include "interception/egl_hooks.h"
-#include "platform/device_names.h"
+#include "platform/device/names.h"
 #include "support/host.h"
 
 using namespace android;

@@ -11,9 +11,9 @@
 #include <thread>
 
 #include "hook/GPUVeskoMode.h"
-#include "platform/device_names.h"
-#include "platform/gl_slot.h"
-#include "platform/loader_records.h"
+#include "platform/device/names.h"
+#include "platform/loader/gl_slot.h"
+#include "platform/loader/records.h"
 
 using namespace android;
 

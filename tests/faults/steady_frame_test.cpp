@@ -9,7 +9,7 @@
 #include "faults/counting_heap.h"
 #include "hook/HookManager.h"
 #include "monitor/GameInfo.h"
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 #include "support/host.h"
 
 using namespace android;

@@ -8,7 +8,7 @@
 
 #include "fuzz/require.h"
 #include "hook/ContextManager.h"
-#include "platform/device_names.h"
+#include "platform/device/names.h"
 #include "support/host.h"
 
 namespace {

@@ -14,7 +14,7 @@
 #include <thread>
 #include <utility>
 
-#include "platform/properties.h"
+#include "platform/device/properties.h"
 
 namespace host {
 

@@ -18,8 +18,8 @@
 #include <utility>
 #include <vector>
 
-#include "platform/gl_constants.h"
-#include "platform/loader_records.h"
+#include "platform/loader/gl_constants.h"
+#include "platform/loader/records.h"
 
 namespace test {
 

@@ -12,7 +12,7 @@
 #include "hook/ContextManager.h"
 #include "hook/GPUVeskoMode.h"
 #include "monitor/GameInfo.h"
-#include "platform/gl_slot.h"
+#include "platform/loader/gl_slot.h"
 #include "support/host.h"
 #include "support/recording_driver.h"
 

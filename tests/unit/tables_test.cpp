@@ -10,7 +10,7 @@
 #include "interception/DefaultImplV2.h"
 #include "interception/egl_hooks.h"
 #include "interception/gl_trampolines.h"
-#include "platform/gl_slot.h"
+#include "platform/loader/gl_slot.h"
 #include "support/host.h"
 #include "support/recording_driver.h"
 

@@ -2,7 +2,7 @@
 
 #include <pthread.h>
 
-#include "platform/gl_slot.h"
+#include "platform/loader/gl_slot.h"
 
 static_assert(android::TLS_SLOT_OPENGL_API * sizeof(void*) == 16);
 

@@ -15,7 +15,7 @@
 #include <map>
 #include <string>
 
-#include "platform/device_names.h"
+#include "platform/device/names.h"
 #include "rig/real_driver/real_driver.h"
 #include "tools/bench/plugin.h"
 #include "tools/bench/scenes.h"

@@ -1,7 +1,7 @@
 // A driver whose entries do nothing, so that only what comes before them counts.
 #pragma once
 
-#include "platform/loader_records.h"
+#include "platform/loader/records.h"
 
 namespace bench {
 

@@ -5,7 +5,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "platform/gl_slot.h"
+#include "platform/loader/gl_slot.h"
 
 #if !defined(__arm__)
 extern "C" void** platform_tls_slots(void) {

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "hook/GPUVeskoMode.h"
-#include "platform/loader_records.h"
+#include "platform/loader/records.h"
 
 namespace bench {
 

@@ -1,8 +1,8 @@
 // What the measured frames draw.
 #pragma once
 
-#include "platform/gl_constants.h"
-#include "platform/loader_records.h"
+#include "platform/loader/gl_constants.h"
+#include "platform/loader/records.h"
 
 namespace bench {
 

@@ -2,7 +2,7 @@
 // and stencil attachments with the colour attachment's. A conformant driver
 // answers zeros, and the plug-in then takes no framebuffer for a
 // high-precision one.
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 #include "rig/loader/quirks/quirks.h"
 
 namespace rig {

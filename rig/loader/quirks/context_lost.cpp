@@ -1,6 +1,6 @@
 // context-lost: GL calls do nothing, leave what they should answer alone, and
 // have GL_CONTEXT_LOST pending; what existed before is there again afterwards.
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 #include "rig/loader/quirks/quirks.h"
 
 namespace rig {

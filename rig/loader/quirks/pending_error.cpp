@@ -1,6 +1,6 @@
 // pending-error: after every call glGetError answers GL_INVALID_OPERATION once.
 // Only once, or a caller that drains all errors would never end.
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 #include "rig/loader/quirks/quirks.h"
 
 namespace rig {

@@ -2,7 +2,7 @@
 // no entry of the table; the plug-in only looks for the name.
 #include <string>
 
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 #include "rig/loader/quirks/quirks.h"
 
 namespace rig {

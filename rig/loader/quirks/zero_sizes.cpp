@@ -1,6 +1,6 @@
 // zero-sizes: surfaces measure 0 x 0, as those of a window that is just going away
 // may.
-#include "platform/gl_constants.h"
+#include "platform/loader/gl_constants.h"
 #include "rig/loader/quirks/quirks.h"
 
 namespace rig {

@@ -2,7 +2,7 @@
 // read to find the dispatch table of the thread.
 #pragma once
 
-#include "platform/loader_records.h"
+#include "platform/loader/records.h"
 
 #if !defined(__arm__)
 // On a desktop the loader that hosts the plug-in owns the thread-pointer array

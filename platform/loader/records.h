@@ -5,7 +5,7 @@
 
 #include <cstddef>
 
-#include "platform/gl_types.h"
+#include "platform/loader/gl_types.h"
 
 namespace android {
 
