@@ -246,12 +246,13 @@ int main(int argc, char** argv) {
     const GLuint program = es1 || desktop ? 0 : makeProgram();
     for (int frame = 1; frame <= frames; ++frame) {
         const int x = clock ? printTime() : 0;
-        if (es1)
+        if (es1) {
             drawFrameEs1();
-        else if (desktop)
+        } else if (desktop) {
             drawFrameDesktop();
-        else
+        } else {
             drawFrame(rebind, x);
+        }
         require(CALL(eglSwapBuffers)(display, surface), "eglSwapBuffers");
         if (facts && frame == 1) printFacts(program);
         printf("frame %d\n", frame);

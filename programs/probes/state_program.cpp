@@ -71,10 +71,12 @@ void bindAll(const Objects& objects) {
 }
 
 void setState() {
-    for (const GLenum capability : {GL_BLEND, GL_STENCIL_TEST, GL_DEPTH_TEST, GL_SCISSOR_TEST,
-                                    GL_SAMPLE_SHADING, GL_CULL_FACE, GL_POLYGON_OFFSET_FILL,
-                                    GL_SAMPLE_ALPHA_TO_COVERAGE, GL_PRIMITIVE_RESTART_FIXED_INDEX})
+    for (const GLenum capability :
+         {GL_BLEND, GL_STENCIL_TEST, GL_DEPTH_TEST, GL_SCISSOR_TEST, GL_SAMPLE_SHADING,
+          GL_CULL_FACE, GL_POLYGON_OFFSET_FILL, GL_SAMPLE_ALPHA_TO_COVERAGE,
+          GL_PRIMITIVE_RESTART_FIXED_INDEX}) {
         glEnable(capability);
+    }
     glBlendFuncSeparate(GL_DST_COLOR, GL_CONSTANT_COLOR, GL_ONE_MINUS_DST_ALPHA, GL_ZERO);
     glBlendEquationSeparate(GL_MAX, GL_FUNC_SUBTRACT);
     glBlendColor(0.125f, 0.25f, 0.5f, 0.75f);

@@ -8,7 +8,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "process_faults.h"
+#include "programs/random_calls/process_faults.h"
 
 namespace {
 
@@ -104,10 +104,13 @@ int main(int argc, char** argv) {
         app.parse(argc, argv);
         char rest = 0;
         if (sscanf(options.size.c_str(), "%dx%d%c", &options.width, &options.height, &rest) != 2 ||
-            options.width < 16 || options.height < 16)
+            options.width < 16 || options.height < 16) {
             throw CLI::ValidationError("--size", "'" + options.size + "' is not WxH, from 16x16");
-        if (sscanf(options.calm.c_str(), "%d-%d%c", &options.calmFrom, &options.calmTo, &rest) != 2)
+        }
+        if (sscanf(options.calm.c_str(), "%d-%d%c", &options.calmFrom, &options.calmTo, &rest) !=
+            2) {
             throw CLI::ValidationError("--calm", "'" + options.calm + "' is not FROM-TO");
+        }
         for (const std::string& text : options.faults) ProcessFault{text};
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : 2;

@@ -1,4 +1,4 @@
-#include "painter.h"
+#include "programs/random_calls/painter.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -84,33 +84,34 @@ Painter::Painter(uint64_t seed) {
     const char* const fragments[] = {kPlainShader, kTexturedShader};
     for (int i = 0; i < 2; ++i) {
         const GLuint program = link(fragments[i]);
-        shaders_[i] = {
-            program, glGetUniformLocation(program, "box"), glGetUniformLocation(program, "color"),
-            glGetUniformLocation(program, "turn"), glGetUniformLocation(program, "mixing")};
+        shaders[i] = {program, glGetUniformLocation(program, "box"),
+                      glGetUniformLocation(program, "color"), glGetUniformLocation(program, "turn"),
+                      glGetUniformLocation(program, "mixing")};
     }
     float vertices[kVertices * 4];
     for (float& value : vertices) value = random.real() * 2 - 1;
-    glGenBuffers(1, &vertices_);
-    glBindBuffer(GL_ARRAY_BUFFER, vertices_);
+    glGenBuffers(1, &vertexBuffer);
+    glBindBuffer(GL_ARRAY_BUFFER, vertexBuffer);
     glBufferData(GL_ARRAY_BUFFER, sizeof vertices, vertices, GL_STATIC_DRAW);
     GLushort indices[kVertices];
     for (GLushort& index : indices) index = static_cast<GLushort>(random.below(kVertices));
-    glGenVertexArrays(1, &array_);
-    glGenBuffers(1, &indices_);
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indices_);
+    glGenVertexArrays(1, &array);
+    glGenBuffers(1, &indexBuffer);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBuffer);
     glBufferData(GL_ELEMENT_ARRAY_BUFFER, sizeof indices, indices, GL_STATIC_DRAW);
-    for (int i = 0; i < kTextures; ++i) textures_.push_back(makeTexture(random));
-    for (int i = 0; i < kTargets; ++i)
-        targets_.push_back(makeTarget(random, i == kTargets - 1 ? 4 : 0));
+    for (int i = 0; i < kTextures; ++i) ownTextures.push_back(makeTexture(random));
+    for (int i = 0; i < kTargets; ++i) {
+        targets.push_back(makeTarget(random, i == kTargets - 1 ? 4 : 0));
+    }
 }
 
 void Painter::deleteObjects() {
-    for (const Shader& shader : shaders_) glDeleteProgram(shader.program);
-    glDeleteBuffers(1, &vertices_);
-    glDeleteBuffers(1, &indices_);
-    glDeleteVertexArrays(1, &array_);
-    glDeleteTextures(kTextures, textures_.data());
-    for (const Target& target : targets_) deleteTarget(target);
+    for (const Shader& shader : shaders) glDeleteProgram(shader.program);
+    glDeleteBuffers(1, &vertexBuffer);
+    glDeleteBuffers(1, &indexBuffer);
+    glDeleteVertexArrays(1, &array);
+    glDeleteTextures(kTextures, ownTextures.data());
+    for (const Target& target : targets) deleteTarget(target);
 }
 
 GLuint Painter::makeTexture(Random& random) {
@@ -156,17 +157,19 @@ Painter::Target Painter::makeTarget(Random& random, int samples) {
                                      target.height);
     glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDERBUFFER,
                               target.depthStencil);
-    if (glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE)
+    if (glCheckFramebufferStatus(GL_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) {
         throw std::runtime_error("the driver did not complete a framebuffer");
+    }
     return target;
 }
 
 void Painter::deleteTarget(const Target& target) {
     glDeleteFramebuffers(1, &target.framebuffer);
-    if (target.samples == 0)
+    if (target.samples == 0) {
         glDeleteTextures(1, &target.color);
-    else
+    } else {
         glDeleteRenderbuffers(1, &target.color);
+    }
     glDeleteRenderbuffers(1, &target.depthStencil);
 }
 
@@ -183,10 +186,10 @@ void Painter::churn(Random& random) {
     const GLsync fence = glFenceSync(GL_SYNC_GPU_COMMANDS_COMPLETE, 0);
     glClientWaitSync(fence, GL_SYNC_FLUSH_COMMANDS_BIT, 1000000000u);
     glDeleteSync(fence);
-    GLuint& texture = textures_[static_cast<size_t>(random.below(kTextures))];
+    GLuint& texture = ownTextures[static_cast<size_t>(random.below(kTextures))];
     glDeleteTextures(1, &texture);
     texture = makeTexture(random);
-    Target& target = targets_[static_cast<size_t>(random.below(kTargets))];
+    Target& target = targets[static_cast<size_t>(random.below(kTargets))];
     deleteTarget(target);
     target = makeTarget(random, target.samples);
 }
@@ -195,14 +198,14 @@ void Painter::refreshTexture(Random& random) {
     uint32_t pixels[64];
     for (uint32_t& pixel : pixels) pixel = static_cast<uint32_t>(random.bits());
     glActiveTexture(GL_TEXTURE0);
-    glBindTexture(GL_TEXTURE_2D, textures_[static_cast<size_t>(random.below(kTextures))]);
+    glBindTexture(GL_TEXTURE_2D, ownTextures[static_cast<size_t>(random.below(kTextures))]);
     glTexSubImage2D(GL_TEXTURE_2D, 0, random.below(8), random.below(8), 8, 8, GL_RGBA,
                     GL_UNSIGNED_BYTE, pixels);
 }
 
 void Painter::useArrays() const {
-    glBindBuffer(GL_ARRAY_BUFFER, vertices_);
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indices_);
+    glBindBuffer(GL_ARRAY_BUFFER, vertexBuffer);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, indexBuffer);
     for (GLuint i = 0; i < 2; ++i) {
         glVertexAttribPointer(i, 2, GL_FLOAT, GL_FALSE, 16,
                               reinterpret_cast<const void*>(uintptr_t{i} * 8));
@@ -212,9 +215,10 @@ void Painter::useArrays() const {
 
 GLuint Painter::anyTexture(Random& random) const {
     const int choice = random.below(3);
-    if (choice == 0 && !borrowed_.empty())
-        return borrowed_[static_cast<size_t>(random.below(static_cast<int>(borrowed_.size())))];
-    return textures_[static_cast<size_t>(random.below(kTextures))];
+    if (choice == 0 && !borrowed.empty()) {
+        return borrowed[static_cast<size_t>(random.below(static_cast<int>(borrowed.size())))];
+    }
+    return ownTextures[static_cast<size_t>(random.below(kTextures))];
 }
 
 void Painter::setState(Random& random, int width, int height) {
@@ -231,15 +235,16 @@ void Painter::setState(Random& random, int width, int height) {
     enable(GL_SCISSOR_TEST, random.once(3));
     glScissor(random.below(width), random.below(height), random.from(1, width),
               random.from(1, height));
-    if (random.once(2))
+    if (random.once(2)) {
         glViewport(0, 0, width, height);
-    else
+    } else {
         glViewport(random.below(width), random.below(height), random.from(1, width),
                    random.from(1, height));
+    }
 }
 
 void Painter::draw(Random& random) {
-    const Shader& shader = shaders_[random.below(2)];
+    const Shader& shader = shaders[random.below(2)];
     glUseProgram(shader.program);
     glActiveTexture(GL_TEXTURE0);
     glBindTexture(GL_TEXTURE_2D, anyTexture(random));
@@ -282,7 +287,7 @@ void Painter::paintTarget(Random& random, const Target& target) {
     glBindFramebuffer(GL_FRAMEBUFFER, target.framebuffer);
     glViewport(0, 0, target.width, target.height);
     clear(random);
-    glBindVertexArray(array_);
+    glBindVertexArray(array);
     useArrays();
     for (int i = random.from(1, 5); i > 0; --i) {
         setState(random, target.width, target.height);
@@ -291,7 +296,7 @@ void Painter::paintTarget(Random& random, const Target& target) {
     glBindVertexArray(0);
     if (target.samples == 0) return;
     // Resolved into the first target, which keeps the rest of its picture.
-    const Target& other = targets_.front();
+    const Target& other = targets.front();
     glDisable(GL_SCISSOR_TEST);
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, other.framebuffer);
     const int width = std::min(target.width, other.width);
@@ -302,7 +307,7 @@ void Painter::paintTarget(Random& random, const Target& target) {
 void Painter::paint(Random& random, int width, int height, bool calm) {
     Random comings(random.bits());
     if (!calm && comings.once(3)) churn(comings);
-    for (const Target& target : targets_) paintTarget(random, target);
+    for (const Target& target : targets) paintTarget(random, target);
 
     glBindFramebuffer(GL_FRAMEBUFFER, 0);
     glViewport(0, 0, width, height);
@@ -312,22 +317,22 @@ void Painter::paint(Random& random, int width, int height, bool calm) {
         setState(random, width, height);
         if (random.once(3)) {
             glViewport(0, 0, width, height);
-            const Target& shown = targets_[static_cast<size_t>(random.below(kTargets - 1))];
+            const Target& shown = targets[static_cast<size_t>(random.below(kTargets - 1))];
             glActiveTexture(GL_TEXTURE1);
             glBindTexture(GL_TEXTURE_2D, shown.color);
         }
         draw(random);
     }
     // The framebuffers' pictures, so that they are part of the window's.
-    glUseProgram(shaders_[1].program);
-    glUniform1f(shaders_[1].mix, 0);
+    glUseProgram(shaders[1].program);
+    glUniform1f(shaders[1].mix, 0);
     glDisable(GL_SCISSOR_TEST);
     glDisable(GL_DEPTH_TEST);
     glDisable(GL_STENCIL_TEST);
     glColorMask(GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE);
     glActiveTexture(GL_TEXTURE0);
     for (int i = 0; i < kTargets - 1; ++i) {
-        glBindTexture(GL_TEXTURE_2D, targets_[static_cast<size_t>(i)].color);
+        glBindTexture(GL_TEXTURE_2D, targets[static_cast<size_t>(i)].color);
         glViewport(i * width / 2, 0, width / 2, height / 2);
         glDrawArrays(GL_TRIANGLES, 0, kVertices);
     }

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "random.h"
+#include "programs/random_calls/random.h"
 
 namespace fuzz {
 
@@ -17,12 +17,12 @@ class Painter {
 public:
     // In the current context. `seed` decides what its objects hold.
     explicit Painter(uint64_t seed);
-    // Deletes its objects where `delete_` is called; a lost context keeps none.
+    // Deletes what it made. A lost context holds nothing that could be deleted.
     void deleteObjects();
 
     // Textures of another context of the share group, to draw with.
-    void borrow(const std::vector<GLuint>& textures) { borrowed_ = textures; }
-    const std::vector<GLuint>& textures() const { return textures_; }
+    void borrow(const std::vector<GLuint>& textures) { borrowed = textures; }
+    const std::vector<GLuint>& textures() const { return ownTextures; }
     // New contents for one of its textures.
     void refreshTexture(Random& random);
 
@@ -52,10 +52,10 @@ private:
     void useArrays() const;
     GLuint anyTexture(Random& random) const;
 
-    Shader shaders_[2];
-    GLuint vertices_, indices_, array_;
-    std::vector<GLuint> textures_, borrowed_;
-    std::vector<Target> targets_;  // the last one is multisampled
+    Shader shaders[2];
+    GLuint vertexBuffer, indexBuffer, array;
+    std::vector<GLuint> ownTextures, borrowed;
+    std::vector<Target> targets;  // the last one is multisampled
 };
 
 }  // namespace fuzz

@@ -1,4 +1,4 @@
-#include "process_faults.h"
+#include "programs/random_calls/process_faults.h"
 
 #include <dirent.h>
 #include <dlfcn.h>
@@ -37,8 +37,9 @@ void manyBound(Program& program, Moment) {
         {
             Painter painter(seed);
             Random random(seed);
-            for (int i = 0; i < kVisitorFrames; ++i)
+            for (int i = 0; i < kVisitorFrames; ++i) {
                 painter.paint(random, Worker::kSize, Worker::kSize, false);
+            }
             painter.deleteObjects();
         }
         egl.makeCurrent(EGL_NO_SURFACE, EGL_NO_CONTEXT);
@@ -92,8 +93,9 @@ void forkAway(Program&, Moment) {
         _exit(0);
     }
     int status = 0;
-    if (child < 0 || waitpid(child, &status, 0) != child || status != 0)
+    if (child < 0 || waitpid(child, &status, 0) != child || status != 0) {
         throw std::runtime_error("a forked child did not end well");
+    }
 }
 
 void reopen(Program&, Moment) {
@@ -112,8 +114,9 @@ void closeDescriptors(Program&, Moment) {
     while (const dirent* entry = readdir(directory)) {
         char file[PATH_MAX] = {};
         if (readlinkat(dirfd(directory), entry->d_name, file, sizeof file - 1) < 0) continue;
-        if (strstr(file, "/game_parameters") != nullptr || strstr(file, "[eventfd]") != nullptr)
+        if (strstr(file, "/game_parameters") != nullptr || strstr(file, "[eventfd]") != nullptr) {
             closed.push_back(atoi(entry->d_name));
+        }
     }
     closedir(directory);
     for (const int descriptor : closed) close(descriptor);
@@ -204,18 +207,19 @@ constexpr struct {
 ProcessFault::ProcessFault(const std::string& text) {
     const size_t at = text.find('@');
     const std::string name = text.substr(0, at);
-    while (kind_ < std::size(kFaults) && name != kFaults[kind_].name) ++kind_;
-    if (kind_ == std::size(kFaults)) throw std::invalid_argument("unknown fault '" + name + "'");
+    while (kind < std::size(kFaults) && name != kFaults[kind].name) ++kind;
+    if (kind == std::size(kFaults)) throw std::invalid_argument("unknown fault '" + name + "'");
     char rest = 0;
     const bool read =
-        at != std::string::npos && sscanf(text.c_str() + at, "@%d-%d%c", &from_, &to_, &rest) == 2;
-    if (!read || from_ < 1 || to_ < from_)
+        at != std::string::npos && sscanf(text.c_str() + at, "@%d-%d%c", &from, &to, &rest) == 2;
+    if (!read || from < 1 || to < from) {
         throw std::invalid_argument("'" + text + "' is not NAME@FROM-TO");
+    }
 }
 
 void ProcessFault::beforeFrame(Program& program, int frame) const {
-    if (frame < from_ || frame > to_) return;
-    kFaults[kind_].act(program, {frame == from_, frame == to_});
+    if (frame < from || frame > to) return;
+    kFaults[kind].act(program, {frame == from, frame == to});
 }
 
 std::string ProcessFault::help() {
@@ -229,8 +233,9 @@ void paintOutsideMain() {
     Surroundings surroundings(Worker::kSize, Worker::kSize, false);
     Painter painter(1);
     Random random(1);
-    for (int i = 0; i < kVisitorFrames; ++i)
+    for (int i = 0; i < kVisitorFrames; ++i) {
         painter.paint(random, Worker::kSize, Worker::kSize, false);
+    }
     printf("outside main %s\n", painter.digest(Worker::kSize, Worker::kSize).c_str());
     fflush(stdout);
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "surroundings.h"
+#include "programs/random_calls/surroundings.h"
 
 namespace fuzz {
 
@@ -24,8 +24,8 @@ public:
     static std::string help();
 
 private:
-    size_t kind_ = 0;
-    int from_ = 0, to_ = 0;
+    size_t kind = 0;
+    int from = 0, to = 0;
 };
 
 // Called before main and after it, with RANDOM_CALLS_OUTSIDE_MAIN in the

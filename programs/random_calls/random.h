@@ -7,9 +7,9 @@ namespace fuzz {
 
 class Random {
 public:
-    explicit Random(uint64_t seed) : state_(mixed(seed)) {}
+    explicit Random(uint64_t seed) : state(mixed(seed)) {}
 
-    uint64_t bits() { return mixed(state_ += 0x9e3779b97f4a7c15u); }
+    uint64_t bits() { return mixed(state += 0x9e3779b97f4a7c15u); }
     int below(int limit) { return static_cast<int>(bits() % static_cast<uint64_t>(limit)); }
     int from(int low, int high) { return low + below(high - low + 1); }
     // From 0 to 1 in steps that every float holds exactly.
@@ -23,20 +23,20 @@ private:
         return z ^ (z >> 31);
     }
 
-    uint64_t state_;
+    uint64_t state;
 };
 
 class Digest {
 public:
     void add(const void* data, unsigned long size) {
         const auto* bytes = static_cast<const unsigned char*>(data);
-        for (unsigned long i = 0; i < size; ++i) value_ = (value_ ^ bytes[i]) * 0x100000001b3u;
+        for (unsigned long i = 0; i < size; ++i) hash = (hash ^ bytes[i]) * 0x100000001b3u;
     }
     void add(int number) { add(&number, sizeof number); }
-    uint64_t value() const { return value_; }
+    uint64_t value() const { return hash; }
 
 private:
-    uint64_t value_ = 0xcbf29ce484222325u;
+    uint64_t hash = 0xcbf29ce484222325u;
 };
 
 }  // namespace fuzz

@@ -1,4 +1,4 @@
-#include "surroundings.h"
+#include "programs/random_calls/surroundings.h"
 
 #include <EGL/eglext.h>
 #include <X11/Xlib.h>
@@ -26,9 +26,9 @@ constexpr int kSideSize = 48;
 Surroundings::Surroundings(int wantedWidth, int wantedHeight, bool onScreen)
     : width(wantedWidth), height(wantedHeight) {
     if (onScreen) {
-        xDisplay_ = XOpenDisplay(nullptr);
-        if (xDisplay_ == nullptr) throw std::runtime_error("there is no X server at DISPLAY");
-        display = eglGetPlatformDisplay(EGL_PLATFORM_X11_KHR, xDisplay_, nullptr);
+        xDisplay = XOpenDisplay(nullptr);
+        if (xDisplay == nullptr) throw std::runtime_error("there is no X server at DISPLAY");
+        display = eglGetPlatformDisplay(EGL_PLATFORM_X11_KHR, xDisplay, nullptr);
     } else {
         display = eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, nullptr, nullptr);
     }
@@ -45,8 +45,9 @@ Surroundings::Surroundings(int wantedWidth, int wantedHeight, bool onScreen)
                              8,
                              EGL_NONE};
     EGLint count = 0;
-    if (!eglChooseConfig(display, wanted, &config, 1, &count) || count == 0)
+    if (!eglChooseConfig(display, wanted, &config, 1, &count) || count == 0) {
         fail("eglChooseConfig");
+    }
     group = makeContext(EGL_NO_CONTEXT);
     context = makeContext(group);
     side = makePbuffer(kSideSize, kSideSize);
@@ -57,15 +58,15 @@ Surroundings::Surroundings(int wantedWidth, int wantedHeight, bool onScreen)
 Surroundings::~Surroundings() {
     makeCurrent(EGL_NO_SURFACE, EGL_NO_CONTEXT);
     eglTerminate(display);
-    if (xDisplay_ != nullptr) XCloseDisplay(static_cast<Display*>(xDisplay_));
+    if (xDisplay != nullptr) XCloseDisplay(static_cast<Display*>(xDisplay));
 }
 
 void Surroundings::makeWindow() {
-    if (xDisplay_ == nullptr) {
+    if (xDisplay == nullptr) {
         window = makePbuffer(width, height);
         return;
     }
-    auto* x = static_cast<Display*>(xDisplay_);
+    auto* x = static_cast<Display*>(xDisplay);
     EGLint visual = 0;
     eglGetConfigAttrib(display, config, EGL_NATIVE_VISUAL_ID, &visual);
     XVisualInfo wanted = {};
@@ -75,13 +76,13 @@ void Surroundings::makeWindow() {
     if (count == 0) throw std::runtime_error("the X server lacks the visual of the EGL config");
     XSetWindowAttributes attributes = {};
     attributes.colormap = XCreateColormap(x, DefaultRootWindow(x), info->visual, AllocNone);
-    xWindow_ = XCreateWindow(x, DefaultRootWindow(x), 0, 0, static_cast<unsigned>(width),
-                             static_cast<unsigned>(height), 0, info->depth, InputOutput,
-                             info->visual, CWColormap | CWBorderPixel, &attributes);
+    xWindow = XCreateWindow(x, DefaultRootWindow(x), 0, 0, static_cast<unsigned>(width),
+                            static_cast<unsigned>(height), 0, info->depth, InputOutput,
+                            info->visual, CWColormap | CWBorderPixel, &attributes);
     XFree(info);
-    XMapWindow(x, xWindow_);
+    XMapWindow(x, xWindow);
     XSync(x, False);
-    window = eglCreatePlatformWindowSurface(display, config, &xWindow_, nullptr);
+    window = eglCreatePlatformWindowSurface(display, config, &xWindow, nullptr);
     if (window == EGL_NO_SURFACE) fail("eglCreatePlatformWindowSurface");
 }
 
@@ -110,7 +111,7 @@ void Surroundings::swap() const {
 void Surroundings::rebuildWindow(int newWidth, int newHeight) {
     // While it is still current, as it may be when a window goes away.
     eglDestroySurface(display, window);
-    if (xDisplay_ != nullptr) XDestroyWindow(static_cast<Display*>(xDisplay_), xWindow_);
+    if (xDisplay != nullptr) XDestroyWindow(static_cast<Display*>(xDisplay), xWindow);
     width = newWidth;
     height = newHeight;
     makeWindow();
@@ -124,53 +125,53 @@ void Surroundings::rebuildContext() {
 }
 
 void Surroundings::resizeWindow(int newWidth, int newHeight) {
-    if (xDisplay_ == nullptr) throw std::runtime_error("only a window of an X server is resized");
-    auto* x = static_cast<Display*>(xDisplay_);
-    XResizeWindow(x, xWindow_, static_cast<unsigned>(newWidth), static_cast<unsigned>(newHeight));
+    if (xDisplay == nullptr) throw std::runtime_error("only a window of an X server is resized");
+    auto* x = static_cast<Display*>(xDisplay);
+    XResizeWindow(x, xWindow, static_cast<unsigned>(newWidth), static_cast<unsigned>(newHeight));
     XSync(x, False);
     width = newWidth;
     height = newHeight;
 }
 
-Worker::Worker(const Surroundings& surroundings, EGLContext shared, uint64_t seed)
-    : surroundings_(surroundings) {
-    std::future<std::string> ready = answer_.get_future();
-    thread_ = std::thread([this, shared, seed] { serve(shared, seed); });
+Worker::Worker(const Surroundings& around, EGLContext shared, uint64_t seed)
+    : surroundings(around) {
+    std::future<std::string> ready = answer.get_future();
+    thread = std::thread([this, shared, seed] { serve(shared, seed); });
     ready.get();
 }
 
 Worker::~Worker() {
-    order_.set_value(nullptr);
-    thread_.join();
+    order.set_value(nullptr);
+    thread.join();
 }
 
 std::string Worker::run(const std::function<std::string(Painter&)>& work) {
-    answer_ = {};
-    std::future<std::string> answer = answer_.get_future();
-    order_.set_value(work);
-    return answer.get();
+    answer = {};
+    std::future<std::string> result = answer.get_future();
+    order.set_value(work);
+    return result.get();
 }
 
 void Worker::serve(EGLContext shared, uint64_t seed) {
     prctl(PR_SET_NAME, "worker");  // not the creator's
-    const EGLSurface surface = surroundings_.makePbuffer(kSize, kSize);
-    const EGLContext context = surroundings_.makeContext(shared);
-    surroundings_.makeCurrent(surface, context);
-    painter_ = std::make_unique<Painter>(seed);
+    const EGLSurface surface = surroundings.makePbuffer(kSize, kSize);
+    const EGLContext context = surroundings.makeContext(shared);
+    surroundings.makeCurrent(surface, context);
+    painter = std::make_unique<Painter>(seed);
     glFinish();
-    std::future<std::function<std::string(Painter&)>> order = order_.get_future();
-    answer_.set_value("");
-    while (const auto work = order.get()) {
-        order_ = {};
-        order = order_.get_future();
-        const std::string answer = work(*painter_);
+    std::future<std::function<std::string(Painter&)>> next = order.get_future();
+    answer.set_value("");
+    while (const auto work = next.get()) {
+        order = {};
+        next = order.get_future();
+        const std::string result = work(*painter);
         glFinish();
-        answer_.set_value(answer);
+        answer.set_value(result);
     }
-    painter_->deleteObjects();
-    surroundings_.makeCurrent(EGL_NO_SURFACE, EGL_NO_CONTEXT);
-    eglDestroyContext(surroundings_.display, context);
-    eglDestroySurface(surroundings_.display, surface);
+    painter->deleteObjects();
+    surroundings.makeCurrent(EGL_NO_SURFACE, EGL_NO_CONTEXT);
+    eglDestroyContext(surroundings.display, context);
+    eglDestroySurface(surroundings.display, surface);
     eglReleaseThread();
 }
 

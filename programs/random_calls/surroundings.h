@@ -10,7 +10,7 @@
 #include <string>
 #include <thread>
 
-#include "painter.h"
+#include "programs/random_calls/painter.h"
 
 namespace fuzz {
 
@@ -44,8 +44,8 @@ public:
 private:
     void makeWindow();
 
-    void* xDisplay_ = nullptr;
-    unsigned long xWindow_ = 0;
+    void* xDisplay = nullptr;
+    unsigned long xWindow = 0;
 };
 
 // A thread with a context and a small surface of its own. Its work is done while
@@ -54,21 +54,21 @@ class Worker {
 public:
     static constexpr int kSize = 64;
 
-    Worker(const Surroundings& surroundings, EGLContext shared, uint64_t seed);
+    Worker(const Surroundings& around, EGLContext shared, uint64_t seed);
     ~Worker();
     Worker(const Worker&) = delete;
 
     std::string run(const std::function<std::string(Painter&)>& work);
-    const std::vector<GLuint>& textures() const { return painter_->textures(); }
+    const std::vector<GLuint>& textures() const { return painter->textures(); }
 
 private:
     void serve(EGLContext shared, uint64_t seed);
 
-    const Surroundings& surroundings_;
-    std::unique_ptr<Painter> painter_;
-    std::promise<std::function<std::string(Painter&)>> order_;
-    std::promise<std::string> answer_;
-    std::thread thread_;
+    const Surroundings& surroundings;
+    std::unique_ptr<Painter> painter;
+    std::promise<std::function<std::string(Painter&)>> order;
+    std::promise<std::string> answer;
+    std::thread thread;
 };
 
 }  // namespace fuzz

@@ -6,10 +6,10 @@
 #include <memory>
 #include <vector>
 
-#include "gl_util.h"
-#include "meshes.h"
-#include "textures.h"
-#include "vec.h"
+#include "programs/scene/gl_util.h"
+#include "programs/scene/meshes.h"
+#include "programs/scene/textures.h"
+#include "programs/scene/vec.h"
 
 namespace scene {
 
@@ -30,7 +30,7 @@ public:
     // middle of the arena.
     void draw(float aspect, float turn);
 
-    const std::vector<Fighter>& fighters() const { return fighters_; }
+    const std::vector<Fighter>& fighters() const { return posedFighters; }
     // Where a point of the world lies in the last view drawn, from 0 to 1 from
     // the top left; false when it is behind the eye.
     bool project(Vec3 point, float& x, float& y) const;
@@ -56,15 +56,15 @@ private:
     void drawGround();
     void drawSky(Vec3 eye, Vec3 at, float aspect);
 
-    Program world_, shadow_, sky_;
-    std::map<Surface, std::unique_ptr<Material>> materials_;
-    std::map<Shape, std::unique_ptr<Mesh>> meshes_;
-    Mesh ground_;
-    std::vector<Object> still_, moving_;
-    std::vector<Fighter> fighters_;
-    std::vector<float> lightPositions_, lightColors_;
-    Mat4 viewProjection_;
-    FullScreen fullScreen_;
+    Program world, shadow, sky;
+    std::map<Surface, std::unique_ptr<Material>> materials;
+    std::map<Shape, std::unique_ptr<Mesh>> meshes;
+    Mesh ground;
+    std::vector<Object> still, moving;
+    std::vector<Fighter> posedFighters;
+    std::vector<float> lightPositions, lightColors;
+    Mat4 viewProjection;
+    FullScreen fullScreen;
 };
 
 }  // namespace scene

@@ -2,10 +2,10 @@
 // pass to the window, then the interface on top.
 #include <cmath>
 
-#include "arena.h"
-#include "hud.h"
-#include "mode.h"
-#include "post.h"
+#include "programs/scene/arena.h"
+#include "programs/scene/hud.h"
+#include "programs/scene/mode.h"
+#include "programs/scene/post.h"
 
 namespace scene {
 namespace {
@@ -13,27 +13,27 @@ namespace {
 class ArenaMode : public Mode {
 public:
     ArenaMode(int width, int height, int objects)
-        : width_(width), height_(height), arena_(objects), target_(width, height) {}
+        : windowWidth(width), windowHeight(height), arena(objects), target(width, height) {}
 
     void draw(float phase) override {
-        arena_.pose(phase);
-        target_.begin();
-        arena_.draw(static_cast<float>(width_) / static_cast<float>(height_),
-                    0.22F * std::sin(phase * 2 * kPi));
+        arena.pose(phase);
+        target.begin();
+        arena.draw(static_cast<float>(windowWidth) / static_cast<float>(windowHeight),
+                   0.22f * std::sin(phase * 2 * kPi));
         glBindFramebuffer(GL_FRAMEBUFFER, 0);
-        glViewport(0, 0, width_, height_);
-        post_.draw(target_.color());
-        canvas_.begin(width_, height_);
-        drawHud(canvas_, arena_, phase);
-        canvas_.end();
+        glViewport(0, 0, windowWidth, windowHeight);
+        post.draw(target.color());
+        canvas.begin(windowWidth, windowHeight);
+        drawHud(canvas, arena, phase);
+        canvas.end();
     }
 
 private:
-    int width_, height_;
-    Arena arena_;
-    RenderTarget target_;
-    Post post_;
-    Canvas canvas_;
+    int windowWidth, windowHeight;
+    Arena arena;
+    RenderTarget target;
+    Post post;
+    Canvas canvas;
 };
 
 }  // namespace

@@ -1,7 +1,7 @@
-#include "canvas.h"
+#include "programs/scene/canvas.h"
 
-#include "font.h"
-#include "shaders.h"
+#include "programs/scene/font.h"
+#include "programs/scene/shaders.h"
 
 namespace scene {
 namespace {
@@ -13,12 +13,11 @@ constexpr float kAdvance = kLetterWidth + 1;
 }  // namespace
 
 Canvas::Canvas()
-    : program_("canvas", shaders::kCanvasVertex, shaders::kCanvasFragment),
-      font_(makeFontTexture()) {
-    glGenVertexArrays(1, &array_);
-    glBindVertexArray(array_);
-    glGenBuffers(1, &buffer_);
-    glBindBuffer(GL_ARRAY_BUFFER, buffer_);
+    : program("canvas", shaders::kCanvasVertex, shaders::kCanvasFragment), font(makeFontTexture()) {
+    glGenVertexArrays(1, &array);
+    glBindVertexArray(array);
+    glGenBuffers(1, &buffer);
+    glBindBuffer(GL_ARRAY_BUFFER, buffer);
     const GLint sizes[] = {2, 2, 4, 1};
     size_t offset = 0;
     for (GLuint i = 0; i < 4; ++i) {
@@ -31,14 +30,14 @@ Canvas::Canvas()
 }
 
 Canvas::~Canvas() {
-    glDeleteTextures(1, &font_);
-    glDeleteBuffers(1, &buffer_);
-    glDeleteVertexArrays(1, &array_);
+    glDeleteTextures(1, &font);
+    glDeleteBuffers(1, &buffer);
+    glDeleteVertexArrays(1, &array);
 }
 
 void Canvas::begin(int width, int height) {
-    width_ = width;
-    height_ = height;
+    windowWidth = width;
+    windowHeight = height;
     glEnable(GL_BLEND);
     glBlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
     glEnable(GL_SCISSOR_TEST);
@@ -53,15 +52,16 @@ void Canvas::end() {
 
 void Canvas::clipRows(int top, int bottom) {
     flush();
-    glScissor(0, height_ - bottom, width_, bottom - top);
+    glScissor(0, windowHeight - bottom, windowWidth, bottom - top);
 }
 
 void Canvas::quad(Rect at, Rect coords, Color color, float kind) {
     const float corners[6][2] = {{0, 0}, {1, 0}, {1, 1}, {0, 0}, {1, 1}, {0, 1}};
-    for (const auto& c : corners)
-        vertices_.insert(vertices_.end(),
-                         {at.x + at.w * c[0], at.y + at.h * c[1], coords.x + coords.w * c[0],
-                          coords.y + coords.h * c[1], color.r, color.g, color.b, color.a, kind});
+    for (const auto& c : corners) {
+        vertices.insert(vertices.end(),
+                        {at.x + at.w * c[0], at.y + at.h * c[1], coords.x + coords.w * c[0],
+                         coords.y + coords.h * c[1], color.r, color.g, color.b, color.a, kind});
+    }
 }
 
 void Canvas::box(float x, float y, float w, float h, Color color) {
@@ -84,11 +84,11 @@ void Canvas::ring(float x, float y, float radius, Color color) {
 }
 
 void Canvas::text(float x, float y, float dot, const std::string& line, Color color) {
-    constexpr float columns = kFontColumns * kCell;
+    constexpr float kColumns = kFontColumns * kCell;
     for (const char c : line) {
         const float left = static_cast<float>(fontCell(c) * kCell);
         quad({x, y, kLetterWidth * dot, kLetterHeight * dot},
-             {left / columns, 0, kLetterWidth / columns, kLetterHeight / float{kCell}}, color,
+             {left / kColumns, 0, kLetterWidth / kColumns, kLetterHeight / float{kCell}}, color,
              kLetter);
         x += kAdvance * dot;
     }
@@ -104,19 +104,19 @@ void Canvas::textCentered(float x, float y, float dot, const std::string& line, 
 }
 
 void Canvas::flush() {
-    if (vertices_.empty()) return;
-    program_.use();
-    glUniform2f(program_.uniform("window"), static_cast<float>(width_),
-                static_cast<float>(height_));
-    glUniform1i(program_.uniform("font"), 0);
-    bindTexture(0, font_);
-    glBindVertexArray(array_);
-    glBindBuffer(GL_ARRAY_BUFFER, buffer_);
-    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(vertices_.size() * sizeof(float)),
-                 vertices_.data(), GL_STREAM_DRAW);
-    glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(vertices_.size() / kFloats));
+    if (vertices.empty()) return;
+    program.use();
+    glUniform2f(program.uniform("window"), static_cast<float>(windowWidth),
+                static_cast<float>(windowHeight));
+    glUniform1i(program.uniform("font"), 0);
+    bindTexture(0, font);
+    glBindVertexArray(array);
+    glBindBuffer(GL_ARRAY_BUFFER, buffer);
+    glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(vertices.size() * sizeof(float)),
+                 vertices.data(), GL_STREAM_DRAW);
+    glDrawArrays(GL_TRIANGLES, 0, static_cast<GLsizei>(vertices.size() / kFloats));
     glBindVertexArray(0);
-    vertices_.clear();
+    vertices.clear();
 }
 
 }  // namespace scene

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "gl_util.h"
+#include "programs/scene/gl_util.h"
 
 namespace scene {
 
@@ -36,8 +36,8 @@ public:
     void textCentered(float x, float y, float dot, const std::string& line, Color color);
     static float textWidth(float dot, const std::string& line);
 
-    int width() const { return width_; }
-    int height() const { return height_; }
+    int width() const { return windowWidth; }
+    int height() const { return windowHeight; }
 
 private:
     struct Rect {
@@ -46,10 +46,10 @@ private:
     void quad(Rect at, Rect coords, Color color, float kind);
     void flush();
 
-    Program program_;
-    GLuint font_ = 0, array_ = 0, buffer_ = 0;
-    std::vector<float> vertices_;
-    int width_ = 0, height_ = 0;
+    Program program;
+    GLuint font = 0, array = 0, buffer = 0;
+    std::vector<float> vertices;
+    int windowWidth = 0, windowHeight = 0;
 };
 
 }  // namespace scene

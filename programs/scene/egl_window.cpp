@@ -1,4 +1,4 @@
-#include "egl_window.h"
+#include "programs/scene/egl_window.h"
 
 #include <EGL/eglext.h>
 
@@ -22,20 +22,21 @@ namespace {
 EGLDisplay openDisplay() {
     const char* extensions = eglQueryString(EGL_NO_DISPLAY, EGL_EXTENSIONS);
     if (extensions != nullptr &&
-        std::strstr(extensions, "EGL_MESA_platform_surfaceless") != nullptr)
+        std::strstr(extensions, "EGL_MESA_platform_surfaceless") != nullptr) {
         return eglGetPlatformDisplay(EGL_PLATFORM_SURFACELESS_MESA, EGL_DEFAULT_DISPLAY, nullptr);
+    }
     return eglGetDisplay(EGL_DEFAULT_DISPLAY);
 }
 
 }  // namespace
 
-EglWindow::EglWindow(int width, int height) : display_(openDisplay()) {
-    if (display_ == EGL_NO_DISPLAY) fail("eglGetDisplay");
-    if (eglInitialize(display_, nullptr, nullptr) == EGL_FALSE) fail("eglInitialize");
+EglWindow::EglWindow(int width, int height) : display(openDisplay()) {
+    if (display == EGL_NO_DISPLAY) fail("eglGetDisplay");
+    if (eglInitialize(display, nullptr, nullptr) == EGL_FALSE) fail("eglInitialize");
     try {
         choose(width, height);
     } catch (...) {
-        eglTerminate(display_);
+        eglTerminate(display);
         throw;
     }
 }
@@ -60,30 +61,31 @@ void EglWindow::choose(int width, int height) {
                              EGL_NONE};
     EGLConfig config = nullptr;
     EGLint count = 0;
-    if (eglChooseConfig(display_, wanted, &config, 1, &count) == EGL_FALSE || count == 0)
+    if (eglChooseConfig(display, wanted, &config, 1, &count) == EGL_FALSE || count == 0) {
         fail("eglChooseConfig (RGBA8, depth 24, stencil 8, pbuffer)");
+    }
     const EGLint size[] = {EGL_WIDTH, width, EGL_HEIGHT, height, EGL_NONE};
-    surface_ = eglCreatePbufferSurface(display_, config, size);
-    if (surface_ == EGL_NO_SURFACE) fail("eglCreatePbufferSurface");
+    surface = eglCreatePbufferSurface(display, config, size);
+    if (surface == EGL_NO_SURFACE) fail("eglCreatePbufferSurface");
     eglBindAPI(EGL_OPENGL_ES_API);
     const EGLint version[] = {EGL_CONTEXT_MAJOR_VERSION, 3, EGL_NONE};
-    context_ = eglCreateContext(display_, config, EGL_NO_CONTEXT, version);
-    if (context_ == EGL_NO_CONTEXT) fail("eglCreateContext (GLES 3)");
-    if (eglMakeCurrent(display_, surface_, surface_, context_) == EGL_FALSE) fail("eglMakeCurrent");
-    eglQuerySurface(display_, surface_, EGL_WIDTH, &width_);
-    eglQuerySurface(display_, surface_, EGL_HEIGHT, &height_);
+    context = eglCreateContext(display, config, EGL_NO_CONTEXT, version);
+    if (context == EGL_NO_CONTEXT) fail("eglCreateContext (GLES 3)");
+    if (eglMakeCurrent(display, surface, surface, context) == EGL_FALSE) fail("eglMakeCurrent");
+    eglQuerySurface(display, surface, EGL_WIDTH, &surfaceWidth);
+    eglQuerySurface(display, surface, EGL_HEIGHT, &surfaceHeight);
 }
 
 EglWindow::~EglWindow() {
-    eglMakeCurrent(display_, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
-    eglDestroyContext(display_, context_);
-    eglDestroySurface(display_, surface_);
-    eglTerminate(display_);
+    eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
+    eglDestroyContext(display, context);
+    eglDestroySurface(display, surface);
+    eglTerminate(display);
     eglReleaseThread();
 }
 
 void EglWindow::swap() {
-    if (eglSwapBuffers(display_, surface_) == EGL_FALSE) fail("eglSwapBuffers");
+    if (eglSwapBuffers(display, surface) == EGL_FALSE) fail("eglSwapBuffers");
 }
 
 }  // namespace scene

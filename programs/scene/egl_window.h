@@ -17,17 +17,17 @@ public:
     EglWindow& operator=(const EglWindow&) = delete;
 
     // The surface's own size, which the EGL layer may have decided.
-    int width() const { return width_; }
-    int height() const { return height_; }
+    int width() const { return surfaceWidth; }
+    int height() const { return surfaceHeight; }
     void swap();
 
 private:
     void choose(int width, int height);
 
-    EGLDisplay display_ = EGL_NO_DISPLAY;
-    EGLSurface surface_ = EGL_NO_SURFACE;
-    EGLContext context_ = EGL_NO_CONTEXT;
-    int width_ = 0, height_ = 0;
+    EGLDisplay display = EGL_NO_DISPLAY;
+    EGLSurface surface = EGL_NO_SURFACE;
+    EGLContext context = EGL_NO_CONTEXT;
+    int surfaceWidth = 0, surfaceHeight = 0;
 };
 
 }  // namespace scene

@@ -1,4 +1,4 @@
-#include "font.h"
+#include "programs/scene/font.h"
 
 #include <cstddef>
 #include <vector>
@@ -40,18 +40,22 @@ constexpr Letter kLetters[] = {
 }  // namespace
 
 GLuint makeFontTexture() {
-    constexpr int width = kFontColumns * kCell;
-    std::vector<GLubyte> dots(static_cast<size_t>(width * kCell), 0);
-    for (const Letter& letter : kLetters)
-        for (int y = 0; y < kLetterHeight; ++y)
-            for (int x = 0; x < kLetterWidth; ++x)
-                if ((letter.rows[y] >> (kLetterWidth - 1 - x) & 1) != 0)
-                    dots[static_cast<size_t>(y * width + fontCell(letter.c) * kCell + x)] = 255;
+    constexpr int kWidth = kFontColumns * kCell;
+    std::vector<GLubyte> dots(static_cast<size_t>(kWidth * kCell), 0);
+    for (const Letter& letter : kLetters) {
+        for (int y = 0; y < kLetterHeight; ++y) {
+            for (int x = 0; x < kLetterWidth; ++x) {
+                if ((letter.rows[y] >> (kLetterWidth - 1 - x) & 1) != 0) {
+                    dots[static_cast<size_t>(y * kWidth + fontCell(letter.c) * kCell + x)] = 255;
+                }
+            }
+        }
+    }
     GLuint texture = 0;
     glGenTextures(1, &texture);
     glBindTexture(GL_TEXTURE_2D, texture);
-    glTexStorage2D(GL_TEXTURE_2D, 1, GL_R8, width, kCell);
-    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, width, kCell, GL_RED, GL_UNSIGNED_BYTE, dots.data());
+    glTexStorage2D(GL_TEXTURE_2D, 1, GL_R8, kWidth, kCell);
+    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, kWidth, kCell, GL_RED, GL_UNSIGNED_BYTE, dots.data());
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_NEAREST);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_NEAREST);
     return texture;

@@ -1,4 +1,4 @@
-#include "gl_util.h"
+#include "programs/scene/gl_util.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -43,60 +43,62 @@ GLuint storage(GLenum format, int width, int height, GLint filter) {
 
 void checkGl(const std::string& where) {
     const GLenum error = glGetError();
-    if (error != GL_NO_ERROR)
+    if (error != GL_NO_ERROR) {
         throw std::runtime_error("GL error " + hex(error) + " after " + where);
+    }
 }
 
 Program::Program(const char* name, const std::string& vertex, const std::string& fragment)
-    : id_(glCreateProgram()) {
+    : id(glCreateProgram()) {
     const GLuint shaders[] = {compile(name, GL_VERTEX_SHADER, vertex),
                               compile(name, GL_FRAGMENT_SHADER, fragment)};
-    for (const GLuint shader : shaders) glAttachShader(id_, shader);
-    glLinkProgram(id_);
+    for (const GLuint shader : shaders) glAttachShader(id, shader);
+    glLinkProgram(id);
     for (const GLuint shader : shaders) glDeleteShader(shader);
     GLint ok = GL_FALSE;
-    glGetProgramiv(id_, GL_LINK_STATUS, &ok);
+    glGetProgramiv(id, GL_LINK_STATUS, &ok);
     if (ok == GL_TRUE) return;
     char log[2048] = "";
-    glGetProgramInfoLog(id_, sizeof log, nullptr, log);
+    glGetProgramInfoLog(id, sizeof log, nullptr, log);
     throw std::runtime_error(std::string("the program '") + name + "' does not link: " + log);
 }
 
-Program::~Program() { glDeleteProgram(id_); }
+Program::~Program() { glDeleteProgram(id); }
 
 void bindTexture(int unit, GLuint texture) {
     glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
     glBindTexture(GL_TEXTURE_2D, texture);
 }
 
-RenderTarget::RenderTarget(int width, int height) : width_(width), height_(height) {
-    color_ = storage(GL_RGBA8, width, height, GL_LINEAR);
-    depthStencil_ = storage(GL_DEPTH24_STENCIL8, width, height, GL_NEAREST);
-    glGenFramebuffers(1, &framebuffer_);
-    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer_);
-    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, color_, 0);
+RenderTarget::RenderTarget(int width, int height) : targetWidth(width), targetHeight(height) {
+    colorTexture = storage(GL_RGBA8, width, height, GL_LINEAR);
+    depthStencilTexture = storage(GL_DEPTH24_STENCIL8, width, height, GL_NEAREST);
+    glGenFramebuffers(1, &framebuffer);
+    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+    glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, colorTexture, 0);
     glFramebufferTexture2D(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_TEXTURE_2D,
-                           depthStencil_, 0);
+                           depthStencilTexture, 0);
     const GLenum status = glCheckFramebufferStatus(GL_FRAMEBUFFER);
     const std::string size = std::to_string(width) + "x" + std::to_string(height);
-    if (status != GL_FRAMEBUFFER_COMPLETE)
+    if (status != GL_FRAMEBUFFER_COMPLETE) {
         throw std::runtime_error("the " + size + " framebuffer is incomplete: " + hex(status));
+    }
     checkGl("making the " + size + " framebuffer");
 }
 
 RenderTarget::~RenderTarget() {
-    glDeleteFramebuffers(1, &framebuffer_);
-    glDeleteTextures(1, &color_);
-    glDeleteTextures(1, &depthStencil_);
+    glDeleteFramebuffers(1, &framebuffer);
+    glDeleteTextures(1, &colorTexture);
+    glDeleteTextures(1, &depthStencilTexture);
 }
 
 void RenderTarget::begin() const {
-    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer_);
-    glViewport(0, 0, width_, height_);
+    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+    glViewport(0, 0, targetWidth, targetHeight);
 }
 
 void FullScreen::draw() const {
-    glBindVertexArray(array_);
+    glBindVertexArray(array);
     glDrawArrays(GL_TRIANGLES, 0, 3);
     glBindVertexArray(0);
 }

@@ -19,11 +19,11 @@ public:
     Program(const Program&) = delete;
     Program& operator=(const Program&) = delete;
 
-    void use() const { glUseProgram(id_); }
-    GLint uniform(const char* name) const { return glGetUniformLocation(id_, name); }
+    void use() const { glUseProgram(id); }
+    GLint uniform(const char* name) const { return glGetUniformLocation(id, name); }
 
 private:
-    GLuint id_ = 0;
+    GLuint id = 0;
 };
 
 // Binds `texture` for the sampler that reads `unit`.
@@ -40,13 +40,13 @@ public:
 
     // Binds the framebuffer and makes the viewport its size.
     void begin() const;
-    GLuint color() const { return color_; }
-    int width() const { return width_; }
-    int height() const { return height_; }
+    GLuint color() const { return colorTexture; }
+    int width() const { return targetWidth; }
+    int height() const { return targetHeight; }
 
 private:
-    int width_, height_;
-    GLuint framebuffer_ = 0, color_ = 0, depthStencil_ = 0;
+    int targetWidth, targetHeight;
+    GLuint framebuffer = 0, colorTexture = 0, depthStencilTexture = 0;
 };
 
 // Draws one triangle over the whole viewport, for programs without attributes.
@@ -54,15 +54,15 @@ private:
 // reach it.
 class FullScreen {
 public:
-    FullScreen() { glGenVertexArrays(1, &array_); }
-    ~FullScreen() { glDeleteVertexArrays(1, &array_); }
+    FullScreen() { glGenVertexArrays(1, &array); }
+    ~FullScreen() { glDeleteVertexArrays(1, &array); }
     FullScreen(const FullScreen&) = delete;
     FullScreen& operator=(const FullScreen&) = delete;
 
     void draw() const;
 
 private:
-    GLuint array_ = 0;
+    GLuint array = 0;
 };
 
 }  // namespace scene

@@ -1,4 +1,4 @@
-#include "hud.h"
+#include "programs/scene/hud.h"
 
 #include <cmath>
 #include <string>
@@ -6,16 +6,16 @@
 namespace scene {
 namespace {
 
-constexpr Color kInk{0.03F, 0.04F, 0.08F, 0.62F};
-constexpr Color kLine{0.85F, 0.78F, 0.55F, 0.9F};
-constexpr Color kPaper{0.98F, 0.96F, 0.88F, 1};
-constexpr Color kOurs{0.30F, 0.62F, 1.0F, 1};
-constexpr Color kTheirs{1.0F, 0.34F, 0.28F, 1};
+constexpr Color kInk{0.03f, 0.04f, 0.08f, 0.62f};
+constexpr Color kLine{0.85f, 0.78f, 0.55f, 0.9f};
+constexpr Color kPaper{0.98f, 0.96f, 0.88f, 1};
+constexpr Color kOurs{0.30f, 0.62f, 1.0f, 1};
+constexpr Color kTheirs{1.0f, 0.34f, 0.28f, 1};
 constexpr float kArenaRadius = 11;
 
 // The interface is laid out for 720 rows and keeps whole dots at other sizes.
 float dotSize(const Canvas& canvas) {
-    return std::fmax(1.0F, std::round(static_cast<float>(canvas.height()) / 360.0F));
+    return std::fmax(1.0f, std::round(static_cast<float>(canvas.height()) / 360.0f));
 }
 
 void drawScore(Canvas& canvas, float dot, float phase) {
@@ -29,8 +29,8 @@ void drawScore(Canvas& canvas, float dot, float phase) {
     const std::string clock =
         "12:" + std::string(seconds < 10 ? "0" : "") + std::to_string(seconds);
     canvas.textCentered(middle, 6 * dot, dot, clock, kPaper);
-    canvas.textCentered(middle - half * 0.6F, 4 * dot, 2 * dot, "17", kOurs);
-    canvas.textCentered(middle + half * 0.6F, 4 * dot, 2 * dot, "14", kTheirs);
+    canvas.textCentered(middle - half * 0.6f, 4 * dot, 2 * dot, "17", kOurs);
+    canvas.textCentered(middle + half * 0.6f, 4 * dot, 2 * dot, "14", kTheirs);
 }
 
 void drawHealthBars(Canvas& canvas, const Arena& arena, float dot) {
@@ -41,15 +41,16 @@ void drawHealthBars(Canvas& canvas, const Arena& arena, float dot) {
     for (const Fighter& fighter : arena.fighters()) {
         const char* name = names[i++ % 10];
         float x = 0, y = 0;
-        if (!arena.project(fighter.at + Vec3{0, 2.15F, 0}, x, y)) continue;
+        if (!arena.project(fighter.at + Vec3{0, 2.15f, 0}, x, y)) continue;
         x = std::floor(x * static_cast<float>(canvas.width()) - w / 2);
         y = std::floor(y * static_cast<float>(canvas.height()));
-        canvas.box(x, y, w, h, {0, 0, 0, 0.75F});
+        canvas.box(x, y, w, h, {0, 0, 0, 0.75f});
         canvas.box(x + 1, y + 1, std::floor((w - 2) * fighter.health), h - 2,
                    fighter.ours ? kOurs : kTheirs);
-        for (int mark = 1; mark < 8; ++mark)
+        for (int mark = 1; mark < 8; ++mark) {
             canvas.box(x + std::floor(w * static_cast<float>(mark) / 8), y + 1, 1, h - 2,
-                       {0, 0, 0, 0.6F});
+                       {0, 0, 0, 0.6f});
+        }
         canvas.textCentered(x + w / 2, y - 9 * dot, dot, name, kPaper);
     }
 }
@@ -57,17 +58,17 @@ void drawHealthBars(Canvas& canvas, const Arena& arena, float dot) {
 void drawMinimap(Canvas& canvas, const Arena& arena, float dot) {
     const float size = 78 * dot, left = 6 * dot, top = 6 * dot;
     const float cx = left + size / 2, cy = top + size / 2;
-    canvas.box(left, top, size, size, {0.05F, 0.08F, 0.07F, 0.72F});
+    canvas.box(left, top, size, size, {0.05f, 0.08f, 0.07f, 0.72f});
     for (float line = 0; line < size; line += 6 * dot) {
-        canvas.box(left + line, top, 1, size, {0.5F, 0.6F, 0.5F, 0.25F});
-        canvas.box(left, top + line, size, 1, {0.5F, 0.6F, 0.5F, 0.25F});
+        canvas.box(left + line, top, 1, size, {0.5f, 0.6f, 0.5f, 0.25f});
+        canvas.box(left, top + line, size, 1, {0.5f, 0.6f, 0.5f, 0.25f});
     }
-    canvas.ring(cx, cy, size * 0.46F, {0.7F, 0.7F, 0.6F, 0.45F});
+    canvas.ring(cx, cy, size * 0.46f, {0.7f, 0.7f, 0.6f, 0.45f});
     canvas.frame(left, top, size, size, kLine);
-    canvas.frame(left + 2, top + 2, size - 4, size - 4, {0.85F, 0.78F, 0.55F, 0.4F});
+    canvas.frame(left + 2, top + 2, size - 4, size - 4, {0.85f, 0.78f, 0.55f, 0.4f});
     for (const Fighter& fighter : arena.fighters()) {
         const float scale = size / 2 / kArenaRadius;
-        canvas.disc(cx + fighter.at.x * scale, cy + fighter.at.z * scale, 2.5F * dot,
+        canvas.disc(cx + fighter.at.x * scale, cy + fighter.at.z * scale, 2.5f * dot,
                     fighter.ours ? kOurs : kTheirs);
     }
 }
@@ -80,10 +81,10 @@ void drawButtons(Canvas& canvas, float dot, float phase) {
         const char* label;
         Color color;
     };
-    const Button buttons[] = {{44, 40, 28, "ATK", {0.85F, 0.55F, 0.2F, 0.75F}},
-                              {94, 26, 17, "Q", {0.25F, 0.45F, 0.85F, 0.75F}},
-                              {88, 66, 17, "W", {0.3F, 0.7F, 0.45F, 0.75F}},
-                              {50, 90, 17, "R", {0.7F, 0.3F, 0.75F, 0.75F}}};
+    const Button buttons[] = {{44, 40, 28, "ATK", {0.85f, 0.55f, 0.2f, 0.75f}},
+                              {94, 26, 17, "Q", {0.25f, 0.45f, 0.85f, 0.75f}},
+                              {88, 66, 17, "W", {0.3f, 0.7f, 0.45f, 0.75f}},
+                              {50, 90, 17, "R", {0.7f, 0.3f, 0.75f, 0.75f}}};
     for (const Button& b : buttons) {
         const float x = right - b.x * dot, y = bottom - b.y * dot;
         canvas.disc(x, y, b.radius * dot, kInk);
@@ -93,10 +94,10 @@ void drawButtons(Canvas& canvas, float dot, float phase) {
     }
     // The stick on the left, with the thumb following the phase.
     const float x = 56 * dot, y = bottom - 56 * dot;
-    canvas.disc(x, y, 38 * dot, {0.9F, 0.9F, 1, 0.12F});
-    canvas.ring(x, y, 38 * dot, {0.9F, 0.9F, 1, 0.55F});
+    canvas.disc(x, y, 38 * dot, {0.9f, 0.9f, 1, 0.12f});
+    canvas.ring(x, y, 38 * dot, {0.9f, 0.9f, 1, 0.55f});
     canvas.disc(x + 16 * dot * std::cos(phase * 2 * kPi), y + 16 * dot * std::sin(phase * 2 * kPi),
-                13 * dot, {0.9F, 0.9F, 1, 0.55F});
+                13 * dot, {0.9f, 0.9f, 1, 0.55f});
 }
 
 // Lines of fine text that scroll through a strip and are cut at its edges.
@@ -125,7 +126,7 @@ void drawRuler(Canvas& canvas, float dot) {
     canvas.frame(middle - w / 2, y, w, 20 * dot, kLine);
     for (float x = 4; x < w - 4; x += 4) {
         const float tall = static_cast<int>(x) % 20 == 0 ? 7 * dot : 4 * dot;
-        canvas.box(middle - w / 2 + x, y + 1, 1, tall, {0.98F, 0.96F, 0.88F, 0.8F});
+        canvas.box(middle - w / 2 + x, y + 1, 1, tall, {0.98f, 0.96f, 0.88f, 0.8f});
     }
     canvas.textCentered(middle, y + 10 * dot, dot, "LV 12   XP 3140/4000   QUEST 2/5", kPaper);
 }

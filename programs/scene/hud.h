@@ -2,8 +2,8 @@
 // scrolling log of events.
 #pragma once
 
-#include "arena.h"
-#include "canvas.h"
+#include "programs/scene/arena.h"
+#include "programs/scene/canvas.h"
 
 namespace scene {
 

@@ -7,10 +7,10 @@
 #include <string>
 #include <thread>
 
-#include "egl_window.h"
-#include "gl_util.h"
-#include "mode.h"
-#include "picture.h"
+#include "programs/scene/egl_window.h"
+#include "programs/scene/gl_util.h"
+#include "programs/scene/mode.h"
+#include "programs/scene/picture.h"
 
 namespace {
 
@@ -44,8 +44,9 @@ void play(const Options& options) {
         const auto step = static_cast<float>((frame - 1) % options.period);
         mode->draw(step / static_cast<float>(options.period));
         scene::checkGl("drawing frame " + std::to_string(frame));
-        if (frame == options.frames && !options.save.empty())
+        if (frame == options.frames && !options.save.empty()) {
             scene::saveWindow(options.save, width, height);
+        }
         window.swap();
     }
 }
@@ -85,7 +86,7 @@ int main(int argc, char** argv) {
     app.add_option("--frames", options.frames, "Frames to play; 0 plays until it is ended")
         ->type_name("N")
         ->capture_default_str()
-        ->check(CLI::Range(0L, 1000000000L));
+        ->check(CLI::Range(0l, 1000000000l));
     app.add_option("--period", options.period, "Frames after which the motion repeats")
         ->type_name("K")
         ->capture_default_str()
@@ -105,8 +106,9 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
         readSize(options.size, options.width, options.height);
-        if (!options.save.empty() && options.frames == 0)
+        if (!options.save.empty() && options.frames == 0) {
             throw CLI::ValidationError("--save", "needs --frames, to know the last frame");
+        }
     } catch (const CLI::ParseError& e) {
         return app.exit(e) == 0 ? 0 : 2;
     }

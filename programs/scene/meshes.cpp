@@ -1,4 +1,4 @@
-#include "meshes.h"
+#include "programs/scene/meshes.h"
 
 namespace scene {
 namespace {
@@ -6,8 +6,9 @@ namespace {
 constexpr GLsizei kStride = 8 * sizeof(float);
 
 void addQuad(MeshData& mesh, unsigned first) {
-    for (const unsigned corner : {0U, 1U, 2U, 0U, 2U, 3U})
+    for (const unsigned corner : {0u, 1u, 2u, 0u, 2u, 3u}) {
         mesh.indices.push_back(static_cast<GLushort>(first + corner));
+    }
 }
 
 unsigned vertexCount(const MeshData& mesh) {
@@ -42,8 +43,9 @@ MeshData boxMesh() {
         const Vec3 right = cross(up, n);
         const unsigned first = vertexCount(mesh);
         const float corners[4][2] = {{0, 0}, {1, 0}, {1, 1}, {0, 1}};
-        for (const auto& c : corners)
+        for (const auto& c : corners) {
             mesh.add(n + right * (2 * c[0] - 1) + up * (2 * c[1] - 1), n, c[0], c[1]);
+        }
         addQuad(mesh, first);
     }
     return mesh;
@@ -76,15 +78,17 @@ MeshData latheMesh(const std::vector<ProfilePoint>& profile, int sides, bool smo
         for (int side = 0; side <= sides; ++side) {
             const float turn = static_cast<float>(side) / static_cast<float>(sides);
             const float c = std::cos(turn * 2 * kPi), s = std::sin(turn * 2 * kPi);
-            for (int end = 0; end < 2; ++end)
+            for (int end = 0; end < 2; ++end) {
                 mesh.add({ends[end].radius * c, ends[end].height, -ends[end].radius * s},
                          {normals[end].radius * c, normals[end].height, -normals[end].radius * s},
                          turn * 3, along + (end == 1 ? step : 0));
+            }
         }
         for (unsigned side = 0; side < static_cast<unsigned>(sides); ++side) {
             const unsigned a = first + side * 2;
-            for (const unsigned corner : {a, a + 2, a + 3, a, a + 3, a + 1})
+            for (const unsigned corner : {a, a + 2, a + 3, a, a + 3, a + 1}) {
                 mesh.indices.push_back(static_cast<GLushort>(corner));
+            }
         }
         along += step;
     }
@@ -95,20 +99,20 @@ MeshData sphereMesh() {
     std::vector<ProfilePoint> profile;
     const int rings = 14;
     for (int i = 0; i <= rings; ++i) {
-        const float angle = kPi * (static_cast<float>(i) / rings - 0.5F);
+        const float angle = kPi * (static_cast<float>(i) / rings - 0.5f);
         profile.push_back({std::cos(angle), std::sin(angle)});
     }
     return latheMesh(profile, 22, true);
 }
 
-Mesh::Mesh(const MeshData& data) : count_(static_cast<GLsizei>(data.indices.size())) {
-    glGenVertexArrays(1, &array_);
-    glBindVertexArray(array_);
-    glGenBuffers(2, buffers_);
-    glBindBuffer(GL_ARRAY_BUFFER, buffers_[0]);
+Mesh::Mesh(const MeshData& data) : count(static_cast<GLsizei>(data.indices.size())) {
+    glGenVertexArrays(1, &array);
+    glBindVertexArray(array);
+    glGenBuffers(2, buffers);
+    glBindBuffer(GL_ARRAY_BUFFER, buffers[0]);
     glBufferData(GL_ARRAY_BUFFER, static_cast<GLsizeiptr>(data.vertices.size() * sizeof(float)),
                  data.vertices.data(), GL_STATIC_DRAW);
-    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers_[1]);
+    glBindBuffer(GL_ELEMENT_ARRAY_BUFFER, buffers[1]);
     glBufferData(GL_ELEMENT_ARRAY_BUFFER,
                  static_cast<GLsizeiptr>(data.indices.size() * sizeof(GLushort)),
                  data.indices.data(), GL_STATIC_DRAW);
@@ -124,8 +128,8 @@ Mesh::Mesh(const MeshData& data) : count_(static_cast<GLsizei>(data.indices.size
 }
 
 Mesh::~Mesh() {
-    glDeleteVertexArrays(1, &array_);
-    glDeleteBuffers(2, buffers_);
+    glDeleteVertexArrays(1, &array);
+    glDeleteBuffers(2, buffers);
 }
 
 }  // namespace scene

@@ -6,7 +6,7 @@
 
 #include <vector>
 
-#include "vec.h"
+#include "programs/scene/vec.h"
 
 namespace scene {
 
@@ -35,13 +35,13 @@ public:
     Mesh(const Mesh&) = delete;
     Mesh& operator=(const Mesh&) = delete;
 
-    void bind() const { glBindVertexArray(array_); }
-    void draw() const { glDrawElements(GL_TRIANGLES, count_, GL_UNSIGNED_SHORT, nullptr); }
+    void bind() const { glBindVertexArray(array); }
+    void draw() const { glDrawElements(GL_TRIANGLES, count, GL_UNSIGNED_SHORT, nullptr); }
 
 private:
-    GLsizei count_;
-    GLuint array_ = 0;
-    GLuint buffers_[2] = {0, 0};
+    GLsizei count;
+    GLuint array = 0;
+    GLuint buffers[2] = {0, 0};
 };
 
 }  // namespace scene

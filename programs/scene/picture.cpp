@@ -1,4 +1,4 @@
-#include "picture.h"
+#include "programs/scene/picture.h"
 
 #include <GLES3/gl3.h>
 #include <png.h>
@@ -20,8 +20,9 @@ void saveWindow(const std::string& file, int width, int height) {
     image.height = static_cast<png_uint_32>(height);
     image.format = PNG_FORMAT_RGBA;
     // A negative stride turns GL's bottom-up rows over.
-    if (png_image_write_to_file(&image, file.c_str(), 0, pixels.data(), -stride, nullptr) == 0)
+    if (png_image_write_to_file(&image, file.c_str(), 0, pixels.data(), -stride, nullptr) == 0) {
         throw std::runtime_error("--save: cannot write '" + file + "': " + image.message);
+    }
 }
 
 }  // namespace scene

@@ -1,16 +1,16 @@
-#include "post.h"
+#include "programs/scene/post.h"
 
-#include "shaders.h"
+#include "programs/scene/shaders.h"
 
 namespace scene {
 
-Post::Post() : program_("post", shaders::kFullScreenVertex, shaders::kPostFragment) {}
+Post::Post() : program("post", shaders::kFullScreenVertex, shaders::kPostFragment) {}
 
 void Post::draw(GLuint color) const {
-    program_.use();
-    glUniform1i(program_.uniform("sceneColor"), 0);
+    program.use();
+    glUniform1i(program.uniform("sceneColor"), 0);
     bindTexture(0, color);
-    fullScreen_.draw();
+    fullScreen.draw();
 }
 
 }  // namespace scene

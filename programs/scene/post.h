@@ -1,7 +1,7 @@
 // The game's full-screen passes to the window.
 #pragma once
 
-#include "gl_util.h"
+#include "programs/scene/gl_util.h"
 
 namespace scene {
 
@@ -12,8 +12,8 @@ public:
     void draw(GLuint color) const;
 
 private:
-    Program program_;
-    FullScreen fullScreen_;
+    Program program;
+    FullScreen fullScreen;
 };
 
 }  // namespace scene

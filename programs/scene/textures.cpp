@@ -1,11 +1,11 @@
-#include "textures.h"
+#include "programs/scene/textures.h"
 
 #include <algorithm>
 #include <cmath>
 #include <vector>
 
-#include "gl_util.h"
-#include "vec.h"
+#include "programs/scene/gl_util.h"
+#include "programs/scene/vec.h"
 
 namespace scene {
 namespace {
@@ -19,7 +19,7 @@ struct Sample {
 };
 
 float smooth(float edge0, float edge1, float x) {
-    const float t = std::clamp((x - edge0) / (edge1 - edge0), 0.0F, 1.0F);
+    const float t = std::clamp((x - edge0) / (edge1 - edge0), 0.0f, 1.0f);
     return t * t * (3 - 2 * t);
 }
 
@@ -28,7 +28,7 @@ Vec3 mix(Vec3 a, Vec3 b, float t) { return a * (1 - t) + b * t; }
 float lattice(int x, int y, int period, unsigned seed) {
     const unsigned px = static_cast<unsigned>((x % period + period) % period);
     const unsigned py = static_cast<unsigned>((y % period + period) % period);
-    return scatter(px * 73U + py * 9176U + seed * 131071U);
+    return scatter(px * 73u + py * 9176u + seed * 131071u);
 }
 
 // Value noise over the unit square that repeats without a seam.
@@ -44,7 +44,7 @@ float noise(float u, float v, int period, unsigned seed) {
 }
 
 float cloud(float u, float v, int period, unsigned seed) {
-    float sum = 0, weight = 0.5F;
+    float sum = 0, weight = 0.5f;
     for (unsigned octave = 0; octave < 4; ++octave) {
         sum += weight * noise(u, v, period, seed + octave);
         weight /= 2;
@@ -62,70 +62,70 @@ struct Tile {
 Tile masonry(float u, float v, int columns, int rows, float joint) {
     const float y = v * static_cast<float>(rows);
     const int row = static_cast<int>(std::floor(y));
-    const float shift = row % 2 != 0 ? 0.5F : 0.0F;
+    const float shift = row % 2 != 0 ? 0.5f : 0.0f;
     const float x = u * static_cast<float>(columns) + shift;
     const int column = static_cast<int>(std::floor(x)) % columns;
     const float fx = x - std::floor(x), fy = y - std::floor(y);
     const float aspect = static_cast<float>(rows) / static_cast<float>(columns);
     const float inside = std::min(std::min(fx, 1 - fx) * aspect, std::min(fy, 1 - fy));
-    return {smooth(joint * 0.4F, joint, inside),
+    return {smooth(joint * 0.4f, joint, inside),
             scatter(static_cast<unsigned>(row * 31 + column + 7))};
 }
 
 Sample flagstone(float u, float v) {
-    const Tile tile = masonry(u, v, 4, 4, 0.06F);
+    const Tile tile = masonry(u, v, 4, 4, 0.06f);
     const float grain = cloud(u, v, 16, 3);
-    const Vec3 stone = mix({0.44F, 0.41F, 0.38F}, {0.60F, 0.57F, 0.50F}, tile.random);
-    const Vec3 worn = stone * (0.7F + 0.6F * grain);
-    const float moss = smooth(0.5F, 0.68F, cloud(u, v, 4, 17)) * (1.1F - tile.edge * 0.8F);
-    return {mix(mix({0.16F, 0.15F, 0.14F}, worn, tile.edge), {0.16F, 0.26F, 0.08F}, moss),
-            0.25F * tile.edge, 0.7F * tile.edge + 0.5F * grain};
+    const Vec3 stone = mix({0.44f, 0.41f, 0.38f}, {0.60f, 0.57f, 0.50f}, tile.random);
+    const Vec3 worn = stone * (0.7f + 0.6f * grain);
+    const float moss = smooth(0.5f, 0.68f, cloud(u, v, 4, 17)) * (1.1f - tile.edge * 0.8f);
+    return {mix(mix({0.16f, 0.15f, 0.14f}, worn, tile.edge), {0.16f, 0.26f, 0.08f}, moss),
+            0.25f * tile.edge, 0.7f * tile.edge + 0.5f * grain};
 }
 
 Sample brick(float u, float v) {
-    const Tile tile = masonry(u, v, 4, 8, 0.09F);
+    const Tile tile = masonry(u, v, 4, 8, 0.09f);
     const float grain = cloud(u, v, 24, 41);
-    const Vec3 clay = mix({0.62F, 0.56F, 0.47F}, {0.78F, 0.72F, 0.60F}, tile.random);
-    return {mix({0.34F, 0.31F, 0.28F}, clay * (0.65F + 0.6F * grain), tile.edge), 0.15F,
-            0.8F * tile.edge + 0.3F * grain};
+    const Vec3 clay = mix({0.62f, 0.56f, 0.47f}, {0.78f, 0.72f, 0.60f}, tile.random);
+    return {mix({0.34f, 0.31f, 0.28f}, clay * (0.65f + 0.6f * grain), tile.edge), 0.15f,
+            0.8f * tile.edge + 0.3f * grain};
 }
 
 Sample wood(float u, float v) {
-    const float plank = std::abs(std::fmod(v * 4, 1.0F) - 0.5F) * 2;
-    const float gap = 1 - smooth(0.9F, 0.97F, plank);
+    const float plank = std::abs(std::fmod(v * 4, 1.0f) - 0.5f) * 2;
+    const float gap = 1 - smooth(0.9f, 0.97f, plank);
     const unsigned board = static_cast<unsigned>(v * 4);
-    const float shade = 0.75F + 0.35F * scatter(board + 3);
-    const float grain = noise(u, v, 64, 5) * 0.5F + noise(u * 0.5F, v, 128, 9) * 0.5F;
+    const float shade = 0.75f + 0.35f * scatter(board + 3);
+    const float grain = noise(u, v, 64, 5) * 0.5f + noise(u * 0.5f, v, 128, 9) * 0.5f;
     const float rim = std::min({u, 1 - u, v, 1 - v});
-    const float band = 1 - smooth(0.09F, 0.10F, rim);
+    const float band = 1 - smooth(0.09f, 0.10f, rim);
     const Vec3 board1 =
-        Vec3{0.55F, 0.34F, 0.17F} * (shade * (0.6F + 0.6F * grain) * (0.3F + 0.7F * gap));
-    return {mix(board1, {0.32F, 0.33F, 0.36F}, band), 0.15F + 0.6F * band,
-            band > 0.5F ? 1.2F : gap * 0.7F + grain * 0.3F};
+        Vec3{0.55f, 0.34f, 0.17f} * (shade * (0.6f + 0.6f * grain) * (0.3f + 0.7f * gap));
+    return {mix(board1, {0.32f, 0.33f, 0.36f}, band), 0.15f + 0.6f * band,
+            band > 0.5f ? 1.2f : gap * 0.7f + grain * 0.3f};
 }
 
 Sample gold(float u, float v) {
     const float x = std::sin(u * 16 * kPi), y = std::sin(v * 16 * kPi);
-    const float dent = std::exp(-(x * x + y * y) * 1.5F);
+    const float dent = std::exp(-(x * x + y * y) * 1.5f);
     const float tarnish = cloud(u, v, 8, 77);
-    return {mix({0.95F, 0.68F, 0.26F}, {0.50F, 0.30F, 0.10F}, 0.7F * smooth(0.35F, 0.75F, tarnish)),
-            0.95F - 0.4F * tarnish, 0.9F - 0.8F * dent};
+    return {mix({0.95f, 0.68f, 0.26f}, {0.50f, 0.30f, 0.10f}, 0.7f * smooth(0.35f, 0.75f, tarnish)),
+            0.95f - 0.4f * tarnish, 0.9f - 0.8f * dent};
 }
 
 Sample cloth(float u, float v) {
     const float weave = std::sin(u * 96 * kPi) * std::sin(v * 96 * kPi);
     const float fold = cloud(u, v, 6, 21);
-    const float hem = std::abs(std::fmod(v * 3, 1.0F) - 0.5F) < 0.06F ? 1.0F : 0.0F;
-    return {mix(Vec3{0.85F, 0.85F, 0.85F} * (0.8F + 0.15F * weave + 0.25F * fold),
-                {0.98F, 0.85F, 0.45F}, hem),
-            0.1F + 0.5F * hem, 0.15F * weave + 0.7F * fold + 0.3F * hem};
+    const float hem = std::abs(std::fmod(v * 3, 1.0f) - 0.5f) < 0.06f ? 1.0f : 0.0f;
+    return {mix(Vec3{0.85f, 0.85f, 0.85f} * (0.8f + 0.15f * weave + 0.25f * fold),
+                {0.98f, 0.85f, 0.45f}, hem),
+            0.1f + 0.5f * hem, 0.15f * weave + 0.7f * fold + 0.3f * hem};
 }
 
 Sample foliage(float u, float v) {
     const float leaf = cloud(u, v, 24, 55), tuft = cloud(u, v, 6, 60);
-    return {mix({0.07F, 0.17F, 0.05F}, {0.34F, 0.48F, 0.13F}, smooth(0.25F, 0.75F, leaf)) *
-                (0.6F + 0.8F * tuft),
-            0.1F, leaf * 1.6F};
+    return {mix({0.07f, 0.17f, 0.05f}, {0.34f, 0.48f, 0.13f}, smooth(0.25f, 0.75f, leaf)) *
+                (0.6f + 0.8f * tuft),
+            0.1f, leaf * 1.6f};
 }
 
 Sample sample(Surface surface, float u, float v) {
@@ -147,7 +147,7 @@ Sample sample(Surface surface, float u, float v) {
 }
 
 GLubyte byte(float value) {
-    return static_cast<GLubyte>(std::clamp(value, 0.0F, 1.0F) * 255.0F + 0.5F);
+    return static_cast<GLubyte>(std::clamp(value, 0.0f, 1.0f) * 255.0f + 0.5f);
 }
 
 GLuint upload(const std::vector<GLubyte>& pixels) {
@@ -169,10 +169,12 @@ GLuint upload(const std::vector<GLubyte>& pixels) {
 Material::Material(Surface surface) {
     std::vector<Sample> samples;
     samples.reserve(kSize * kSize);
-    for (int y = 0; y < kSize; ++y)
-        for (int x = 0; x < kSize; ++x)
-            samples.push_back(sample(surface, (static_cast<float>(x) + 0.5F) / kSize,
-                                     (static_cast<float>(y) + 0.5F) / kSize));
+    for (int y = 0; y < kSize; ++y) {
+        for (int x = 0; x < kSize; ++x) {
+            samples.push_back(sample(surface, (static_cast<float>(x) + 0.5f) / kSize,
+                                     (static_cast<float>(y) + 0.5f) / kSize));
+        }
+    }
     const auto height = [&](int x, int y) {
         return samples[static_cast<size_t>((y & (kSize - 1)) * kSize + (x & (kSize - 1)))].height;
     };
@@ -182,26 +184,26 @@ Material::Material(Surface surface) {
             const Sample& s = samples[static_cast<size_t>(y * kSize + x)];
             color.insert(color.end(),
                          {byte(s.color.x), byte(s.color.y), byte(s.color.z), byte(s.gloss)});
-            const float slope = 3.5F;
+            const float slope = 3.5f;
             const Vec3 n = normalize({(height(x - 1, y) - height(x + 1, y)) * slope,
                                       (height(x, y - 1) - height(x, y + 1)) * slope, 1});
-            normals.insert(normals.end(), {byte(n.x * 0.5F + 0.5F), byte(n.y * 0.5F + 0.5F),
-                                           byte(n.z * 0.5F + 0.5F), 255});
+            normals.insert(normals.end(), {byte(n.x * 0.5f + 0.5f), byte(n.y * 0.5f + 0.5f),
+                                           byte(n.z * 0.5f + 0.5f), 255});
         }
     }
-    color_ = upload(color);
-    normals_ = upload(normals);
+    colorTexture = upload(color);
+    normalTexture = upload(normals);
     checkGl("making the textures");
 }
 
 Material::~Material() {
-    glDeleteTextures(1, &color_);
-    glDeleteTextures(1, &normals_);
+    glDeleteTextures(1, &colorTexture);
+    glDeleteTextures(1, &normalTexture);
 }
 
 void Material::bind() const {
-    bindTexture(0, color_);
-    bindTexture(1, normals_);
+    bindTexture(0, colorTexture);
+    bindTexture(1, normalTexture);
 }
 
 }  // namespace scene

@@ -19,7 +19,7 @@ public:
     void bind() const;
 
 private:
-    GLuint color_ = 0, normals_ = 0;
+    GLuint colorTexture = 0, normalTexture = 0;
 };
 
 }  // namespace scene

@@ -7,7 +7,7 @@
 
 namespace scene {
 
-constexpr float kPi = 3.14159265F;
+constexpr float kPi = 3.14159265f;
 
 struct Vec3 {
     float x = 0, y = 0, z = 0;
@@ -20,7 +20,7 @@ inline float dot(Vec3 a, Vec3 b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
 inline Vec3 cross(Vec3 a, Vec3 b) {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
-inline Vec3 normalize(Vec3 a) { return a * (1.0F / std::sqrt(dot(a, a))); }
+inline Vec3 normalize(Vec3 a) { return a * (1.0f / std::sqrt(dot(a, a))); }
 
 struct Mat4 {
     std::array<float, 16> m{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
@@ -47,7 +47,7 @@ inline Mat4 place(Vec3 at, Vec3 scale, float turn) {
 }
 
 inline Mat4 perspective(float fovY, float aspect, float nearZ, float farZ) {
-    const float f = 1.0F / std::tan(fovY / 2);
+    const float f = 1.0f / std::tan(fovY / 2);
     Mat4 r;
     r.m = {f / aspect,
            0,
@@ -79,19 +79,19 @@ inline Mat4 lookAt(Vec3 eye, Vec3 at) {
 // Flattens onto the ground plane along the direction to a distant light, a hair
 // above the ground so that the shadow wins the depth test.
 inline Mat4 shadowOnGround(Vec3 toLight) {
-    const float height = 0.015F;
+    const float height = 0.015f;
     return {{1, 0, 0, 0, -toLight.x / toLight.y, 0, -toLight.z / toLight.y, 0, 0, 0, 1, 0, 0,
              height, 0, 1}};
 }
 
 // A repeatable number from 0 to 1 for each n.
 inline float scatter(unsigned n) {
-    n = (n ^ 61U) ^ (n >> 16);
-    n *= 9U;
+    n = (n ^ 61u) ^ (n >> 16);
+    n *= 9u;
     n ^= n >> 4;
-    n *= 0x27d4eb2dU;
+    n *= 0x27d4eb2du;
     n ^= n >> 15;
-    return static_cast<float>(n & 0xffffU) / 65535.0F;
+    return static_cast<float>(n & 0xffffu) / 65535.0f;
 }
 
 }  // namespace scene

@@ -13,7 +13,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "support/host.h"
+#include "tests/support/host.h"
 
 namespace {
 

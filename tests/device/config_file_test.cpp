@@ -9,8 +9,8 @@
 #include "hook/ContextManager.h"
 #include "hook/HookManager.h"
 #include "interception/egl_hooks.h"
-#include "support/host.h"
-#include "support/recording_driver.h"
+#include "tests/support/host.h"
+#include "tests/support/recording_driver.h"
 
 using namespace android;
 

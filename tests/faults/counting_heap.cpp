@@ -1,4 +1,4 @@
-#include "faults/counting_heap.h"
+#include "tests/faults/counting_heap.h"
 
 #include <atomic>
 #include <cstddef>

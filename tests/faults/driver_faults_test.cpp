@@ -2,8 +2,8 @@
 // a target that is just being rebuilt, and at the start of scaling.
 #include <gtest/gtest.h>
 
-#include "faults/game.h"
-#include "support/host.h"
+#include "tests/faults/game.h"
+#include "tests/support/host.h"
 
 using test::Game;
 using test::ModelledDriver;

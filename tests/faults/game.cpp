@@ -1,4 +1,4 @@
-#include "faults/game.h"
+#include "tests/faults/game.h"
 
 #include <pthread.h>
 #include <unistd.h>
@@ -8,7 +8,7 @@
 #include "monitor/GameInfo.h"
 #include "platform/device/names.h"
 #include "platform/loader/gl_slot.h"
-#include "support/host.h"
+#include "tests/support/host.h"
 
 namespace test {
 

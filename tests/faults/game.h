@@ -3,7 +3,7 @@
 // the window.
 #pragma once
 
-#include "faults/modelled_driver.h"
+#include "tests/faults/modelled_driver.h"
 
 namespace test {
 

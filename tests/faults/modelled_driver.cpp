@@ -1,4 +1,4 @@
-#include "faults/modelled_driver.h"
+#include "tests/faults/modelled_driver.h"
 
 #include <algorithm>
 

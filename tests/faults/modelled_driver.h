@@ -6,7 +6,7 @@
 #include <map>
 #include <string>
 
-#include "support/recording_driver.h"
+#include "tests/support/recording_driver.h"
 
 namespace test {
 

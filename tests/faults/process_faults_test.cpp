@@ -9,12 +9,12 @@
 #include <filesystem>
 #include <thread>
 
-#include "faults/game.h"
 #include "hook/ContextManager.h"
 #include "hook/HookManager.h"
 #include "interception/egl_hooks.h"
 #include "platform/device/names.h"
-#include "support/host.h"
+#include "tests/faults/game.h"
+#include "tests/support/host.h"
 
 using namespace android;
 

@@ -27,8 +27,9 @@ namespace {
 // Descriptor 0 is not counted: the library closes it.
 long descriptors() {
     long count = 0;
-    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd"))
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
         count += entry.path().filename() != "0";
+    }
     return count;
 }
 
@@ -72,8 +73,9 @@ int main(int argc, char** argv) {
     const bool unloaded = dlopen(argv[1], RTLD_NOW | RTLD_NOLOAD) == nullptr;
     const long descriptorsBefore = descriptors();
     const long threadsBefore = threads();
-    for (int i = 1; i < atoi(argv[2]); ++i)
+    for (int i = 1; i < atoi(argv[2]); ++i) {
         if (!loadAndUnload(argv[1])) return 1;
+    }
     printf("unloaded %d, descriptors %ld more, threads %ld more\n", unloaded,
            descriptors() - descriptorsBefore, threads() - threadsBefore);
     return descriptors() == descriptorsBefore && threads() == threadsBefore ? 0 : 1;

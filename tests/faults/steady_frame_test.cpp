@@ -6,11 +6,11 @@
 #include <cstring>
 
 #include "GameImpl/sgame/SGAMEImpl.h"
-#include "faults/counting_heap.h"
 #include "hook/HookManager.h"
 #include "monitor/GameInfo.h"
 #include "platform/loader/gl_constants.h"
-#include "support/host.h"
+#include "tests/faults/counting_heap.h"
+#include "tests/support/host.h"
 
 using namespace android;
 
@@ -44,15 +44,15 @@ void fill(gl_hooks_t& hooks, egl_connection_t& connection) {
 #include "platform/egl_entries.in"
     hooks.gl.glGenFramebuffers = hooks.gl.glGenTextures = makeNames;
     hooks.gl.glGenRenderbuffers = hooks.gl.glGenBuffers = makeNames;
-    hooks.gl.glCreateShader = [](unsigned) { return 1U; };
-    hooks.gl.glCreateProgram = [] { return 1U; };
+    hooks.gl.glCreateShader = [](unsigned) { return 1u; };
+    hooks.gl.glCreateProgram = [] { return 1u; };
     hooks.gl.glGetShaderiv = hooks.gl.glGetProgramiv = succeed;
     hooks.gl.glCheckFramebufferStatus = [](unsigned) { return unsigned{GL_FRAMEBUFFER_COMPLETE}; };
-    connection.platform.eglSwapBuffers = [](void*, void*) { return 1U; };
+    connection.platform.eglSwapBuffers = [](void*, void*) { return 1u; };
     connection.platform.eglQuerySurface = [](void*, void*, int, int* size) {
         ++eglCalls[kEntry_eglQuerySurface];
         *size = 1000;
-        return 1U;
+        return 1u;
     };
 }
 

@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <random>
 
-#include "faults/counting_heap.h"
-#include "faults/game.h"
-#include "support/host.h"
+#include "tests/faults/counting_heap.h"
+#include "tests/faults/game.h"
+#include "tests/support/host.h"
 
 using test::Game;
 

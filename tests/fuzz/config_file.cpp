@@ -6,10 +6,10 @@
 #include <cstdio>
 #include <cstring>
 
-#include "fuzz/require.h"
 #include "hook/ContextManager.h"
 #include "platform/device/names.h"
-#include "support/host.h"
+#include "tests/fuzz/require.h"
+#include "tests/support/host.h"
 
 namespace {
 
@@ -31,8 +31,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         configuration = memfd_create("qogl", 0);
         host::keepLog(false);
     }
-    require(ftruncate(configuration, 0) == 0);
-    require(pwrite(configuration, data, size, 0) == static_cast<ssize_t>(size));
+    REQUIRE(ftruncate(configuration, 0) == 0);
+    REQUIRE(pwrite(configuration, data, size, 0) == static_cast<ssize_t>(size));
     const bool diagnostics = size > 0 && data[size - 1] % 2 == 0;
     host::properties()["vendor.qogl.debug"] = diagnostics ? "true" : "false";
     constexpr int kUnset = -12345;
@@ -41,6 +41,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     android::ContextManager::parseGameConfig(1, width, height);
     // Both or none, and only with the game's key somewhere.
     const bool named = size > 0 && memmem(data, size, "yuanshen", 8) != nullptr;
-    require(named || (width == kUnset && height == kUnset));
+    REQUIRE(named || (width == kUnset && height == kUnset));
     return 0;
 }

@@ -2,11 +2,11 @@
 #include <stdexcept>
 
 #include "GameImpl/sgame/SGAMEImpl.h"
-#include "faults/modelled_driver.h"
-#include "fuzz/require.h"
 #include "hook/HookManager.h"
 #include "monitor/MonitorThread.h"
-#include "support/host.h"
+#include "tests/faults/modelled_driver.h"
+#include "tests/fuzz/require.h"
+#include "tests/support/host.h"
 
 using namespace android;
 
@@ -34,12 +34,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         const std::string text(reinterpret_cast<const char*>(data), size);
         it->monitor.parseprocessData(text.c_str(), static_cast<int>(size));
         const bool active = gameInfo["enable"] == 1 && gameInfo["status"] == 7;
-        require(gameInfo["internalEnable"] == (active ? 1 : 0));
+        REQUIRE(gameInfo["internalEnable"] == (active ? 1 : 0));
     } catch (const std::invalid_argument&) {
         // What a value that is no number, or none that an int holds, has to raise.
     } catch (const std::out_of_range&) {
     }
-    require(gameInfo.size() == 9);
+    REQUIRE(gameInfo.size() == 9);
 
     for (int i = 0; i < 2; ++i) {
         it->game.glBindFramebuffer(GL_FRAMEBUFFER, 0);
@@ -47,6 +47,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         it->game.glScissor(0, 0, 999, 1);
         it->game.eglSwapBuffers(nullptr, nullptr);
     }
-    require(it->driver.objects() <= 7);
+    REQUIRE(it->driver.objects() <= 7);
     return 0;
 }

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#define require(condition)                                                  \
+#define REQUIRE(condition)                                                  \
     do {                                                                    \
         if (!(condition)) {                                                 \
             fprintf(stderr, "%s:%d: %s\n", __FILE__, __LINE__, #condition); \

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "GameImpl/sgame/SGAMEImpl.h"
-#include "fuzz/require.h"
-#include "support/host.h"
-#include "support/recording_driver.h"
+#include "tests/fuzz/require.h"
+#include "tests/support/host.h"
+#include "tests/support/recording_driver.h"
 
 using namespace android;
 
@@ -75,11 +75,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     it->game.shaderRewriteEnabled = false;
     it->game.glShaderSource(1, count, strings.data(), given);
     const std::string plain = it->got;
-    require(plain == received(count, strings.data(), given));
+    REQUIRE(plain == received(count, strings.data(), given));
     it->game.shaderRewriteEnabled = true;
     it->game.glShaderSource(1, count, strings.data(), given);
     const bool has = plain.substr(0, pieces[0].size()).find("precision highp") != plain.npos;
-    require(has || it->got == plain);
-    require(!has || it->got.find("precision mediump") != it->got.npos);
+    REQUIRE(has || it->got == plain);
+    REQUIRE(!has || it->got.find("precision mediump") != it->got.npos);
     return 0;
 }

@@ -3,7 +3,7 @@
 
 #include "GameImpl/FBOBase/FBOBase.h"
 #include "rig/real_driver/real_driver.h"
-#include "support/host.h"
+#include "tests/support/host.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include "hook/HookManager.h"
 #include "monitor/MonitorThread.h"
 #include "rig/real_driver/real_driver.h"
-#include "support/host.h"
+#include "tests/support/host.h"
 
 namespace {
 

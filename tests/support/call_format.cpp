@@ -1,7 +1,7 @@
 #include <cinttypes>
 #include <cstdio>
 
-#include "support/recording_driver.h"
+#include "tests/support/recording_driver.h"
 
 namespace test {
 

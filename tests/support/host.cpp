@@ -1,4 +1,4 @@
-#include "support/host.h"
+#include "tests/support/host.h"
 
 #include <android-base/properties.h>
 #include <android/log.h>

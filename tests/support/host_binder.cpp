@@ -13,7 +13,7 @@
 #include <utils/String16.h>
 #include <utils/String8.h>
 
-#include "support/host.h"
+#include "tests/support/host.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "support/recording_driver.h"
+#include "tests/support/recording_driver.h"
 
 #include <algorithm>
 

@@ -6,8 +6,8 @@
 #include "GameImpl/sgame/SGAMEImpl.h"
 #include "hook/HookManager.h"
 #include "monitor/GameInfo.h"
-#include "support/host.h"
-#include "support/recording_driver.h"
+#include "tests/support/host.h"
+#include "tests/support/recording_driver.h"
 
 namespace test {
 

@@ -15,8 +15,8 @@
 #include "hook/HookManager.h"
 #include "interception/egl_hooks.h"
 #include "interception/gl_trampolines.h"
-#include "support/host.h"
-#include "support/recording_driver.h"
+#include "tests/support/host.h"
+#include "tests/support/recording_driver.h"
 
 using namespace android;
 

@@ -13,8 +13,8 @@
 #include "hook/GPUVeskoMode.h"
 #include "monitor/GameInfo.h"
 #include "platform/loader/gl_slot.h"
-#include "support/host.h"
-#include "support/recording_driver.h"
+#include "tests/support/host.h"
+#include "tests/support/recording_driver.h"
 
 using namespace android;
 
@@ -65,8 +65,8 @@ void lastFrame(int, void*) {
 }
 
 void registerLastFrame(int, char**, char**) { on_exit(lastFrame, nullptr); }
-__attribute__((section(".preinit_array"), used)) void (*const preinit)(int, char**,
-                                                                       char**) = registerLastFrame;
+__attribute__((section(".preinit_array"), used)) void (*const kPreinit)(int, char**,
+                                                                        char**) = registerLastFrame;
 
 // As the monitor does it, whose thread may be at it.
 void setParameter(const char* key, int value) {

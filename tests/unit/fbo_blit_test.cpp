@@ -5,8 +5,8 @@
 #include <cstring>
 
 #include "GameImpl/FBOBase/FBOBase.h"
-#include "support/host.h"
-#include "support/recording_driver.h"
+#include "tests/support/host.h"
+#include "tests/support/recording_driver.h"
 
 using namespace android;
 

@@ -6,9 +6,9 @@
 #include "GameImpl/PUBGMHD/PUBGMHDImpl.h"
 #include "GameImpl/sgame/SGAMEImpl.h"
 #include "hook/HookManager.h"
-#include "support/host.h"
-#include "support/recording_driver.h"
-#include "unit/load_log.h"
+#include "tests/support/host.h"
+#include "tests/support/recording_driver.h"
+#include "tests/unit/load_log.h"
 
 using namespace android;
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "support/host.h"
-#include "unit/load_log.h"
+#include "tests/support/host.h"
+#include "tests/unit/load_log.h"
 
 // What the library logged while it was loaded.
 const std::string& loadLog() {

@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "monitor/MonitorThread.h"
-#include "support/host.h"
+#include "tests/support/host.h"
 
 using namespace android;
 

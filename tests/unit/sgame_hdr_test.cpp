@@ -1,7 +1,7 @@
 // SGAMEImpl: the smaller framebuffer in the place of the game's HDR one.
 #include <gtest/gtest.h>
 
-#include "support/sgame_fixture.h"
+#include "tests/support/sgame_fixture.h"
 
 using namespace android;
 

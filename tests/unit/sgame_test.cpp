@@ -4,8 +4,8 @@
 #include <cstring>
 
 #include "GameImpl/sgame/SGAMEImpl.h"
-#include "support/host.h"
-#include "support/sgame_fixture.h"
+#include "tests/support/host.h"
+#include "tests/support/sgame_fixture.h"
 
 using namespace android;
 

@@ -11,8 +11,8 @@
 #include "interception/egl_hooks.h"
 #include "interception/gl_trampolines.h"
 #include "platform/loader/gl_slot.h"
-#include "support/host.h"
-#include "support/recording_driver.h"
+#include "tests/support/host.h"
+#include "tests/support/recording_driver.h"
 
 // In here for the names of the GL types.
 namespace android {
