@@ -1,14 +1,12 @@
-#include "GameImpl/ImplFactory.h"
+#include "games/ImplFactory.h"
 
 #include <type_traits>
 
-#include "GameImpl/GenshinImpact/GenshinImpactImpl.h"
-#include "GameImpl/PUBGMHD/PUBGMHDImpl.h"
-#include "GameImpl/sgame/SGAMEImpl.h"
+#include "GameImpl/games.h"
 #include "interception/DefaultImplV2.h"
 #include "interception/call_record.h"
+#include "platform/compiler/construction.h"
 #include "platform/compiler/immortal.h"
-#include "platform/compiler/init_order.h"
 #include "platform/compiler/sanitizers.h"
 
 // No valid key yet: a lookup before one was made must not read some other
@@ -17,9 +15,9 @@ android::CallRecord vesko_call_record = {{}, static_cast<pthread_key_t>(-1), pth
 
 namespace android {
 
-IMMORTAL_STORAGE(SGAMEImpl, sgameStorage, "_ZN7android11ImplFactory9sgameImplE");
-IMMORTAL_STORAGE(GenshinImpactImpl, genshinStorage, "_ZN7android11ImplFactory17genshinImpactImplE");
-IMMORTAL_STORAGE(PUBGMHDImpl, pubgmhdStorage, "_ZN7android11ImplFactory11pubgmhdImplE");
+#define GAME_ROW(identity, value, Class, stem, symbol, ...) \
+    IMMORTAL_STORAGE(Class, stem##Storage, "_ZN7android11ImplFactory" #symbol "E");
+#include "games/games.in"
 
 static_assert(sizeof(DefaultImplV2) == sizeof(CallRecord::passThrough));
 // The address sanitizer would guard the record's other members from this name.
@@ -67,13 +65,15 @@ private:
 struct PassThroughTable {
     PassThroughTable() { new (&vesko_call_record.passThrough) DefaultImplV2; }
 };
-INIT_ORDER(kInitImpls) PassThroughTable passThroughTable;
+CONSTRUCTED_AT(kImplsStage) PassThroughTable passThroughTable;
 
-INIT_ORDER(kInitImpls) ImplLifetime<SGAMEImpl> sgameLifetime(ImplFactory::sgameImpl);
-INIT_ORDER(kInitImpls)
-ImplLifetime<GenshinImpactImpl> genshinLifetime(ImplFactory::genshinImpactImpl);
-INIT_ORDER(kInitImpls) ImplLifetime<PUBGMHDImpl> pubgmhdLifetime(ImplFactory::pubgmhdImpl);
-INIT_ORDER(kInitImpls) ImplLifetime<DefaultImplV2> defaultLifetime(ImplFactory::defaultImplV2);
+#define GAME_ROW(identity, value, Class, stem, symbol, built, ...) \
+    static_assert(built > 0 && built < kImplStages - 1);           \
+    CONSTRUCTED_AT(kImplsStage + built)                            \
+    ImplLifetime<Class> stem##Lifetime(ImplFactory::stem##Impl);
+#include "games/games.in"
+CONSTRUCTED_AT(kImplsStage + kImplStages - 1)
+ImplLifetime<DefaultImplV2> defaultLifetime(ImplFactory::defaultImplV2);
 
 }  // namespace
 
@@ -82,9 +82,14 @@ ImplFactory::ImplFactory() = default;
 ImplFactory::~ImplFactory() = default;
 
 Impl* ImplFactory::getImpl(GAME game) {
-    static Impl* const games[] = {&sgameImpl, &pubgmhdImpl, &genshinImpactImpl};
-    if (game < SGAME || game > GENSHIN_IMPACT) return &defaultImplV2;
-    return games[game - SGAME];
+    switch (game) {
+#define GAME_ROW(identity, value, Class, stem, ...) \
+    case identity:                                  \
+        return &stem##Impl;
+#include "games/games.in"
+        default:
+            return &defaultImplV2;
+    }
 }
 
 }  // namespace android

@@ -4,12 +4,13 @@
 
 #include <atomic>
 
+#include "games/games.h"
+#include "hook/construction_order.h"
 #include "hook/current_context.h"
+#include "platform/compiler/construction.h"
 #include "platform/compiler/immortal.h"
-#include "platform/compiler/init_order.h"
 #include "platform/compiler/sanitizers.h"
 #include "platform/device/log.h"
-#include "platform/device/names.h"
 
 namespace android {
 
@@ -24,14 +25,12 @@ constexpr int kDefaultTargetHeight = 648;
 
 struct GameListBuilder {
     GameListBuilder() {
-        new (&ContextManager::gameList) GameList{
-            {kSgamePackage, ImplFactory::SGAME},
-            {kPubgmhdPackage, ImplFactory::PUBGMHD},
-            {kGenshinImpactPackage, ImplFactory::GENSHIN_IMPACT},
-        };
+        new (&ContextManager::gameList) GameList;
+        for (const Game& game : kGames)
+            ContextManager::gameList.emplace(game.package, game.identity);
     }
 };
-INIT_ORDER(kInitContexts) GameListBuilder gameListBuilder;
+CONSTRUCTED_AT(kContextsStage) GameListBuilder gameListBuilder;
 
 // Once the process leaves, bindings stay as they are: all Impls are about to be
 // pass-throughs, and a monitor must not start any more.
@@ -40,7 +39,7 @@ std::atomic<bool> processIsLeaving{false};
 struct ExitWatch {
     ~ExitWatch() { processIsLeaving = true; }
 };
-INIT_ORDER(kInitExitWatch) ExitWatch exitWatch;
+CONSTRUCTED_AT(kExitWatchStage) ExitWatch exitWatch;
 
 }  // namespace
 
@@ -50,12 +49,12 @@ bool ContextManager::hookingEnabled = true;
 bool ContextManager::inited = false;
 
 #define GAME_CONTEXT(name, hook, game) \
-    INIT_ORDER(kInitContexts)          \
+    CONSTRUCTED_AT(kContextsStage)     \
     HookContext ContextManager::name(hook, ImplFactory::getImpl(game), game)
 GAME_CONTEXT(nullContext, false, ImplFactory::NO_GAME);
-GAME_CONTEXT(sgameContext, true, ImplFactory::SGAME);
-GAME_CONTEXT(pubgmhdContext, true, ImplFactory::PUBGMHD);
-GAME_CONTEXT(genshinImpactContext, true, ImplFactory::GENSHIN_IMPACT);
+#define GAME_ROW(identity, value, Class, stem, ...) \
+    GAME_CONTEXT(stem##Context, true, ImplFactory::identity);
+#include "games/games.in"
 
 void ContextManager::TlsKeyInitializer::create() {
     pthread_key_create(&sKey, nullptr);
@@ -70,36 +69,36 @@ HookContext* ContextManager::getNullContext() { return &nullContext; }
 
 namespace {
 
-HookContext* chooseGenshinImpactContext() {
-    HookContext* context = &ContextManager::genshinImpactContext;
+HookContext& contextOf(ImplFactory::GAME game) {
+    switch (game) {
+#define GAME_ROW(identity, value, Class, stem, ...) \
+    case ImplFactory::identity:                     \
+        return ContextManager::stem##Context;
+#include "games/games.in"
+        default:
+            return ContextManager::nullContext;
+    }
+}
+
+void configure(HookContext& context) {
     int width = kDefaultTargetWidth;
     int height = kDefaultTargetHeight;
     if (!ContextManager::inited && ContextManager::getGameConfig(width, height)) {
         HOOK_LOG(INFO, "set targetTexWidth %d targetTexHeight:%d", width, height);
-        context->setTargetTexResolution(width, height);
+        context.setTargetTexResolution(width, height);
     }
+}
+
+HookContext& chooseContext(ImplFactory::GAME identity) {
+    HookContext& context = contextOf(identity);
+    const Game* game = findGame(identity);
+    if (game == nullptr) return context;
+    if (game->thread != nullptr) {
+        if (!ContextManager::isMainRenderringThread(identity)) return ContextManager::nullContext;
+        context.setmainRenderringThreadId(gettid());
+    }
+    if (game->tuning == Tuning::File) configure(context);
     return context;
-}
-
-HookContext* chooseSgameContext() {
-    if (!ContextManager::isMainRenderringThread(ImplFactory::SGAME)) {
-        return &ContextManager::nullContext;
-    }
-    ContextManager::sgameContext.setmainRenderringThreadId(gettid());
-    return &ContextManager::sgameContext;
-}
-
-HookContext* chooseContext(ImplFactory::GAME game) {
-    switch (game) {
-        case ImplFactory::GENSHIN_IMPACT:
-            return chooseGenshinImpactContext();
-        case ImplFactory::PUBGMHD:
-            return &ContextManager::pubgmhdContext;
-        case ImplFactory::SGAME:
-            return chooseSgameContext();
-        default:
-            return &ContextManager::nullContext;
-    }
 }
 
 }  // namespace
@@ -110,9 +109,9 @@ void ContextManager::bindAHookContext() {
         if (currentContext() == nullptr) pthread_setspecific(sKey, &nullContext);
         return;
     }
-    HookContext* context = chooseContext(getGameType());
-    context->startMonitor();
-    pthread_setspecific(sKey, context);
+    HookContext& context = chooseContext(getGameType());
+    context.startMonitor();
+    pthread_setspecific(sKey, &context);
     if (!hookingEnabled) pthread_setspecific(sKey, &nullContext);
 }
 
@@ -123,8 +122,9 @@ DELIBERATE_RACE void ContextManager::enableHooking() { hookingEnabled = true; }
 DELIBERATE_RACE void ContextManager::disableHooking() { hookingEnabled = false; }
 
 void ContextManager::reset() {
-    sgameContext.reset();
-    pubgmhdContext.reset();
+    for (const Game& game : kGames) {
+        if (game.tuning == Tuning::Node) contextOf(game.identity).reset();
+    }
 }
 
 }  // namespace android

@@ -24,9 +24,9 @@ public:
     static HookContext* getCurrentContext();
     static HookContext* getNullContext();
 
-    // Chooses the thread's context by process name, for SGAME also by thread
-    // name, and starts the context's monitor. In a Genshin Impact process it
-    // asks for the game configuration until that has been read once.
+    // Chooses the thread's context by the process's name and, where the game has one
+    // rendering thread, the thread's, and starts the context's monitor. In the process
+    // of a game that the configuration tunes it asks for that until it has been read once.
     static void bindAHookContext();
 
     // Take effect at each thread's next binding. While disabled, all threads
@@ -34,7 +34,7 @@ public:
     static void enableHooking();
     static void disableHooking();
 
-    // Resets the SGAME and PUBGMHD contexts. The Genshin Impact context keeps
+    // Resets the contexts of games that the node tunes. That of Genshin Impact keeps
     // its target size, the null context has nothing to lose.
     static void reset();
 
@@ -42,7 +42,7 @@ public:
     // NO_GAME for any other process and when the name cannot be learnt.
     static ImplFactory::GAME getGameType();
     // Whether the calling thread renders for `game`: always once its bound
-    // context has recorded it, else only for SGAME and by the thread's name.
+    // context has recorded it, else only by the name that the game's thread has.
     static bool isMainRenderringThread(ImplFactory::GAME game);
 
     // Asks the game service and reads the configuration file, once a process.
@@ -60,9 +60,8 @@ public:
     // Ordered by pointer, not by text: it is only ever walked.
     static std::map<const char*, ImplFactory::GAME> gameList;
     static HookContext nullContext;
-    static HookContext sgameContext;
-    static HookContext pubgmhdContext;
-    static HookContext genshinImpactContext;
+#define GAME_ROW(identity, value, Class, stem, ...) static HookContext stem##Context;
+#include "games/games.in"
 
 private:
     struct TlsKeyInitializer {

@@ -2,13 +2,14 @@
 
 #include "hook/ContextManager.h"
 #include "hook/HookManager.h"
-#include "platform/compiler/init_order.h"
+#include "hook/construction_order.h"
+#include "platform/compiler/construction.h"
 #include "platform/device/log.h"
 
 namespace android {
 
 extern PLUGIN_API QoGPUVeskoModeImpl impl;
-INIT_ORDER(kInitEntryObject) QoGPUVeskoModeImpl impl;
+CONSTRUCTED_AT(kEntryObjectStage) QoGPUVeskoModeImpl impl;
 
 QoGPUVeskoModeImpl::~QoGPUVeskoModeImpl() = default;
 

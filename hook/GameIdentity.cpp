@@ -6,9 +6,9 @@
 #include <cstdio>
 #include <cstring>
 
+#include "games/games.h"
 #include "hook/ContextManager.h"
 #include "platform/device/log.h"
-#include "platform/device/names.h"
 
 namespace android {
 
@@ -58,10 +58,11 @@ bool ContextManager::isMainRenderringThread(ImplFactory::GAME game) {
         const int recorded = context->getmainRenderringThreadId();
         if (recorded != -1 && recorded == gettid()) return true;
     }
-    if (game != ImplFactory::SGAME) return false;
+    const Game* known = findGame(game);
+    if (known == nullptr || known->thread == nullptr) return false;
     char name[kThreadNameSize] = {};
     prctl(PR_GET_NAME, name);
-    return memcmp(name, kRenderingThreadName, sizeof(kRenderingThreadName)) == 0;
+    return strcmp(name, known->thread) == 0;
 }
 
 }  // namespace android

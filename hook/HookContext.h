@@ -3,7 +3,7 @@
 // ContextManager owns and chooses them.
 #pragma once
 
-#include "GameImpl/ImplFactory.h"
+#include "games/ImplFactory.h"
 #include "monitor/MonitorThread.h"
 #include "platform/compiler/visibility.h"
 #include "platform/loader/records.h"

@@ -1,11 +1,12 @@
 #include "hook/HookManager.h"
 
 #include "hook/ContextManager.h"
-#include "platform/compiler/init_order.h"
+#include "hook/construction_order.h"
+#include "platform/compiler/construction.h"
 
 namespace android {
 
-INIT_ORDER(kInitTables) HookCore HookManager::hookCore(HookCore::kStaticStorage);
+CONSTRUCTED_AT(kTablesStage) HookCore HookManager::hookCore(HookCore::kStaticStorage);
 egl_connection_t* HookManager::gEGLImpl = nullptr;
 platform_impl_t HookManager::default_platform = {};
 

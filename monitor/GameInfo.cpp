@@ -2,8 +2,8 @@
 
 #include <pthread.h>
 
+#include "platform/compiler/construction.h"
 #include "platform/compiler/immortal.h"
-#include "platform/compiler/init_order.h"
 
 namespace android {
 
@@ -28,7 +28,7 @@ struct GameInfoBuilder {
         new (&gameInfo) GameInfoMap;
     }
 };
-INIT_ORDER(kInitMonitor) GameInfoBuilder gameInfoBuilder;
+CONSTRUCTED_AT(kGameInfoStage) GameInfoBuilder gameInfoBuilder;
 
 struct Default {
     const std::string GameInfoKeys::*key;

@@ -12,6 +12,9 @@
 
 namespace android {
 
+// The map's stage of construction, see platform/compiler/construction.h.
+constexpr int kGameInfoStage = 4000;
+
 extern PLUGIN_API std::map<std::string, int> gameInfo;
 
 // The keys that code refers to, built once so that a lookup allocates nothing.

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 
+#include "games/games.h"
 #include "monitor/PollStop.h"
 #include "monitor/safe_descriptor.h"
 #include "platform/device/log.h"
@@ -59,7 +60,7 @@ MonitorThread::~MonitorThread() { reset(); }
 bool MonitorThread::hasStarted() const { return __atomic_load_n(&started, __ATOMIC_RELAXED); }
 
 void MonitorThread::start() {
-    if (game == ImplFactory::GENSHIN_IMPACT || game == ImplFactory::NO_GAME) return;
+    if (!monitorsNode(game)) return;
     if (hasStarted() || !PollStop::prepare(this)) return;
 
     const int result = pthread_create(&thread, nullptr, threadProc, this);

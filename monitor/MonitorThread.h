@@ -1,7 +1,7 @@
 // Follows the kernel's game parameter node and keeps `gameInfo` up to date.
 //
-// Each HookContext embeds one. Only the contexts of SGAME and PUBGMHD ever start
-// a thread, at their first binding; it sleeps in poll until the node changes.
+// Each HookContext embeds one. Only the contexts of games that the node tunes ever
+// start a thread, at their first binding; it sleeps in poll until the node changes.
 #pragma once
 
 #include <poll.h>
@@ -9,7 +9,7 @@
 
 #include <cstddef>
 
-#include "GameImpl/ImplFactory.h"
+#include "games/ImplFactory.h"
 #include "monitor/GameInfo.h"
 #include "platform/compiler/visibility.h"
 
@@ -23,8 +23,8 @@ public:
     // As reset().
     ~MonitorThread();
 
-    // Starts the thread, once per object and never for GENSHIN_IMPACT and
-    // NO_GAME. The thread is created before the node is opened. A node that
+    // Starts the thread, once per object and never for a game that monitorsNode
+    // denies. The thread is created before the node is opened. A node that
     // cannot be opened is logged, and the thread ends by itself.
     void start();
 

@@ -9,9 +9,7 @@
 
 #include <binder/Parcel.h>
 
-#include "GameImpl/GenshinImpact/GenshinImpactImpl.h"
-#include "GameImpl/PUBGMHD/PUBGMHDImpl.h"
-#include "GameImpl/sgame/SGAMEImpl.h"
+#include "GameImpl/games.h"
 #include "hook/HookContext.h"
 #include "hook/HookCore.h"
 #include "interception/call_record.h"

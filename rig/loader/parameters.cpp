@@ -11,8 +11,8 @@
 #include <optional>
 #include <thread>
 
+#include "games/games.h"
 #include "hook/GPUVeskoMode.h"
-#include "platform/device/names.h"
 #include "rig/device/parameter_node.h"
 
 namespace rig {
@@ -54,10 +54,14 @@ std::optional<int> value(const std::string& name) {
 bool pluginMonitors() {
     const State& s = state();
     if (s.plugin.gameInfo == nullptr || !s.plugin.entryObject->isInWhiteList()) return false;
-    if (s.game == "pubgmhd") return true;
     char threadName[16] = {};
     prctl(PR_GET_NAME, threadName);
-    return s.game == "sgame" && strcmp(threadName, android::kRenderingThreadName) == 0;
+    for (const android::Game& game : android::kGames) {
+        if (s.game == game.name)
+            return game.tuning == android::Tuning::Node &&
+                   (game.thread == nullptr || strcmp(threadName, game.thread) == 0);
+    }
+    return false;
 }
 
 // A name that the plug-in does not know never shows up.

@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-#include "GameImpl/ImplFactory.h"
+#include "games/ImplFactory.h"
 #include "platform/loader/records.h"
 #include "rig/device/settings.h"
 

@@ -6,8 +6,8 @@
 
 #include "GameImpl/GenshinImpact/GenshinImpactImpl.h"
 #include "GameImpl/sgame/SGAMEImpl.h"
+#include "games/games.h"
 #include "hook/HookContext.h"
-#include "platform/device/names.h"
 #include "platform/loader/gl_constants.h"
 #include "rig/loader/parameters.h"
 
@@ -68,9 +68,10 @@ std::string whyNoRenderer(const PluginState& s) {
                ", which is none of the games (--game sgame)";
     if (s.game == ImplFactory::PUBGMHD) return "this game passes through by design";
     if (s.context == s.game) return "";
-    if (s.game == ImplFactory::SGAME && s.thread != android::kRenderingThreadName)
-        return "the thread is named " + quoted(s.thread) + ", and only " +
-               quoted(android::kRenderingThreadName) + " is scaled (--thread-name)";
+    const char* served = android::findGame(s.game)->thread;
+    if (served != nullptr && s.thread != served)
+        return "the thread is named " + quoted(s.thread) + ", and only " + quoted(served) +
+               " is scaled (--thread-name)";
     return "the thread's next EGL call binds it to the game";
 }
 
@@ -131,16 +132,8 @@ std::string whyNotScaled(const PluginState& state) {
 }
 
 const char* gameName(ImplFactory::GAME game) {
-    switch (game) {
-        case ImplFactory::SGAME:
-            return "sgame";
-        case ImplFactory::PUBGMHD:
-            return "pubgmhd";
-        case ImplFactory::GENSHIN_IMPACT:
-            return "genshin";
-        default:
-            return "none";
-    }
+    const android::Game* known = android::findGame(game);
+    return known != nullptr ? known->name : "none";
 }
 
 }  // namespace rig

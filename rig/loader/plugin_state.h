@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "GameImpl/ImplFactory.h"
+#include "games/ImplFactory.h"
 #include "rig/loader/framebuffer_sizes.h"
 #include "rig/loader/loader.h"
 

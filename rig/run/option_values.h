@@ -4,14 +4,17 @@
 #include <string>
 #include <vector>
 
-#include "platform/device/names.h"
+#include "games/games.h"
 #include "rig/run/plan.h"
 
 namespace rig {
 
+// The one that the rig plays unless told otherwise.
+inline constexpr const android::Game& kUsualGame = *android::findGame(android::ImplFactory::SGAME);
+
 struct Given {
-    std::string game = "sgame";
-    std::string threadName = android::kRenderingThreadName;
+    std::string game = kUsualGame.name;
+    std::string threadName = kUsualGame.thread;
     std::vector<std::string> set;
     std::vector<std::string> at;
     std::string config;

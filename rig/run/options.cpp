@@ -76,14 +76,17 @@ public:
 };
 
 void addPluginOptions(CLI::App& app, Given& given) {
+    std::vector<std::string> games;
+    for (const android::Game& game : android::kGames) games.emplace_back(game.name);
     app.add_option("--game", given.game,
-                   "The process name that the plug-in sees: sgame, genshin, pubgmhd, or none for "
-                   "the program's own (default sgame)")
-        ->type_name("GAME")
-        ->check(CLI::IsMember({"sgame", "genshin", "pubgmhd", "none"}));
+                   "The process name that the plug-in sees: " + CLI::detail::join(games, ", ") +
+                       ", or none for the program's own (default " + given.game + ")")
+        ->type_name("GAME");
+    games.emplace_back("none");
+    app.get_option("--game")->check(CLI::IsMember(games));
     app.add_option("--thread-name", given.threadName,
-                   "Name given to a thread that makes a context current; '' gives none (default "
-                   "UnityGfx, the name of sgame's render thread)")
+                   "Name given to a thread that makes a context current; '' gives none (default " +
+                       given.threadName + ", the name of " + given.game + "'s render thread)")
         ->type_name("NAME");
     app.add_option("--set", given.set,
                    "A parameter of the kernel node; repeatable (status=7, enable=1, "

@@ -9,23 +9,13 @@
 #include <fstream>
 #include <sstream>
 
-#include "platform/device/names.h"
+#include "games/games.h"
 #include "rig/run/exit_codes.h"
 #include "rig/run/paths.h"
 
 namespace rig {
 
 namespace {
-
-struct Game {
-    const char* name;
-    const char* package;  // null: the program keeps its own name
-};
-
-constexpr Game kGames[] = {{"sgame", android::kSgamePackage},
-                           {"genshin", android::kGenshinImpactPackage},
-                           {"pubgmhd", android::kPubgmhdPackage},
-                           {"none", nullptr}};
 
 // As a shell finds it. Sets exitCode where it does not.
 std::string findProgram(const std::string& name, int& exitCode) {
@@ -83,9 +73,8 @@ int chooseProgram(const std::vector<std::string>& command, Plan& plan) {
     }
     plan.arguments.assign(command.begin() + 1, command.end());
     plan.processName = command[0];
-    for (const Game& game : kGames)
-        if (plan.settings.game == game.name && game.package != nullptr)
-            plan.processName = game.package;
+    for (const android::Game& game : android::kGames)
+        if (plan.settings.game == game.name) plan.processName = game.package;
     if (plan.settings.game != "none" && isScript(plan.program))
         fprintf(stderr,
                 "vesko-run: '%s' is a script, so its process bears its interpreter's name and the "

@@ -3,10 +3,10 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include "games/games.h"
 #include "hook/ContextManager.h"
 #include "hook/GPUVeskoMode.h"
 #include "monitor/GameInfo.h"
-#include "platform/device/names.h"
 #include "platform/loader/gl_slot.h"
 #include "tests/support/host.h"
 
@@ -27,8 +27,9 @@ const gl_hooks_t::gl_t& gl() {
 }  // namespace
 
 Game::Game() {
-    host::setProcessName(kSgamePackage);
-    pthread_setname_np(pthread_self(), kRenderingThreadName);
+    const android::Game& sgame = *findGame(ImplFactory::SGAME);
+    host::setProcessName(sgame.package);
+    pthread_setname_np(pthread_self(), sgame.thread);
     constexpr GLenum kType = GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE;
     driver.attachmentParameters = {
         {{GL_DEPTH_STENCIL_ATTACHMENT, kType}, GL_RENDERBUFFER},

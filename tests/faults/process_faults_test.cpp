@@ -9,10 +9,10 @@
 #include <filesystem>
 #include <thread>
 
+#include "games/games.h"
 #include "hook/ContextManager.h"
 #include "hook/HookManager.h"
 #include "interception/egl_hooks.h"
-#include "platform/device/names.h"
 #include "tests/faults/game.h"
 #include "tests/support/host.h"
 
@@ -37,7 +37,8 @@ TEST(ProcessFaults, ThreadsBindAndCallWhileHookingIsSwitched) {
     });
     driver.on(&test::GL::glDrawArrays, [&](GLenum, GLint, GLsizei) { ++draws; });
     HookManager::setEGLImpl(&driver.connection);
-    for (const char* process : {"test", kPubgmhdPackage, kGenshinImpactPackage}) {
+    for (const char* process : {"test", findGame(ImplFactory::PUBGMHD)->package,
+                                findGame(ImplFactory::GENSHIN_IMPACT)->package}) {
         SCOPED_TRACE(process);
         host::setProcessName(process);
         swaps = draws = 0;

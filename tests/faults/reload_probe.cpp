@@ -10,8 +10,8 @@
 #include <filesystem>
 #include <thread>
 
+#include "games/games.h"
 #include "hook/GPUVeskoMode.h"
-#include "platform/device/names.h"
 #include "platform/loader/gl_slot.h"
 #include "platform/loader/records.h"
 
@@ -39,7 +39,7 @@ egl_connection_t connection = {};
 gl_hooks_t driver = {};
 
 void useAsTheGame(QoGPUVeskoModeImpl* entry, platform_impl_t* egl) {
-    pthread_setname_np(pthread_self(), kRenderingThreadName);
+    pthread_setname_np(pthread_self(), findGame(ImplFactory::SGAME)->thread);
     egl->eglGetCurrentContext();
     entry->setGLHooksThreadSpecific(&driver, 1);
     const auto* table = static_cast<gl_hooks_t*>(platform_tls_slots()[TLS_SLOT_OPENGL_API]);

@@ -7,10 +7,11 @@ import sys
 
 ALLOWED = {
     "platform": ["platform/"],
-    "monitor": ["monitor/", "platform/", "GameImpl/ImplFactory.h"],
-    "GameImpl": ["GameImpl/", "interception/", "monitor/GameInfo.h", "platform/"],
+    "games": ["games/", "platform/"],
+    "monitor": ["monitor/", "games/", "platform/"],
+    "GameImpl": ["GameImpl/", "games/", "interception/", "monitor/GameInfo.h", "platform/"],
     "interception": ["interception/", "platform/", "hook/"],
-    "hook": ["hook/", "interception/", "GameImpl/ImplFactory.h", "monitor/MonitorThread.h",
+    "hook": ["hook/", "games/", "interception/", "monitor/",
              "platform/"],
 }
 OTHERS = ["rig", "programs", "tools", "tests", "arm", "android"]

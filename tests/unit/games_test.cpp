@@ -2,9 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "GameImpl/GenshinImpact/GenshinImpactImpl.h"
-#include "GameImpl/ImplFactory.h"
 #include "GameImpl/PUBGMHD/PUBGMHDImpl.h"
 #include "GameImpl/sgame/SGAMEImpl.h"
+#include "games/ImplFactory.h"
 #include "hook/HookManager.h"
 #include "tests/support/host.h"
 #include "tests/support/recording_driver.h"

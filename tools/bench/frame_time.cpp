@@ -15,7 +15,7 @@
 #include <map>
 #include <string>
 
-#include "platform/device/names.h"
+#include "games/games.h"
 #include "rig/real_driver/real_driver.h"
 #include "tools/bench/plugin.h"
 #include "tools/bench/scenes.h"
@@ -110,12 +110,12 @@ private:
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 5 || std::string(argv[0]) != android::kSgamePackage) {
-        fprintf(stderr, "usage: %s LIBRARY WIDTH HEIGHT ROUNDS (under this name)\n",
-                android::kSgamePackage);
+    constexpr const android::Game* game = android::findGame(android::ImplFactory::SGAME);
+    if (argc != 5 || std::string(argv[0]) != game->package) {
+        fprintf(stderr, "usage: %s LIBRARY WIDTH HEIGHT ROUNDS (under this name)\n", game->package);
         return 2;
     }
-    pthread_setname_np(pthread_self(), android::kRenderingThreadName);
+    pthread_setname_np(pthread_self(), game->thread);
     Frames frames(argv[1], atoi(argv[2]), atoi(argv[3]));
     for (const auto* kind : {&bench::kHeavyLarge, &bench::kHeavySmall, &bench::kLight}) {
         frames.measure(*kind, atoi(argv[4]));
