@@ -3,49 +3,53 @@
 usage: conform_test.py
 """
 import unittest
+from collections.abc import Mapping, Sequence
+from pathlib import Path
 
-import compare
-import modes
-import state
-from compare import Difference
-from engine import Checker
-from rig import Case, Documented, Run
+from tools.conform import compare, modes, state
+from tools.conform.cases import ANYTHING, Case, Counts, Documented, Expected, Run
+from tools.conform.compare import Difference
+from tools.conform.engine import Checker, Result
+from tools.conform.modes import Mode
 
 
-def counts(served=(), forwarded=None, direct=()):
+Calls = Sequence[str]
+
+
+def counts(served: Calls = (), forwarded: Calls | None = None, direct: Calls = (),
+           processes: int = 1) -> Counts:
     """What --count writes for these calls; all served ones came out by default."""
-    routes = {"served": served, "forwarded": served if forwarded is None else forwarded,
-              "direct": direct}
-    entries = {}
-    for route, names in routes.items():
+    forwarded = served if forwarded is None else forwarded
+    entries: dict[str, dict[str, int]] = {}
+    for route, names in ("served", served), ("forwarded", forwarded), ("direct", direct):
         for name in names:
             entry = entries.setdefault(name, {})
             entry[route] = entry.get(route, 0) + 1
-    return {"processes": 1, "entries": entries, **{r: len(names) for r, names in routes.items()}}
+    return Counts(processes, len(served), len(forwarded), len(direct), entries)
 
 
 class Comparison(unittest.TestCase):
-    def test_changed_missing_and_new_facts_differ(self):
+    def test_changed_missing_and_new_facts_differ(self) -> None:
         found = compare.differences({"a": "1", "b": "2", "c": "3", "flips": "4"},
                                     {"a": "1", "b": "x", "d": "5", "flips": "6"}, {"flips"})
         self.assertEqual(found, [Difference("b", "2", "x"), Difference("c", "3", compare.ABSENT),
                                  Difference("d", compare.ABSENT, "5")])
         self.assertEqual(compare.unstable([{"a": "1", "b": "2"}, {"a": "1"}]), {"b"})
 
-    def test_documented_differences_must_be_exactly_those(self):
+    def test_documented_differences_must_be_exactly_those(self) -> None:
         found = [Difference("a", "1", "2"), Difference("b", "1", "2"), Difference("c", "1", "2")]
-        wrong = compare.unexpected(found, {"a": compare.ANYTHING, "b": "3", "d": "4"})
+        wrong = compare.unexpected(found, {"a": ANYTHING, "b": "3", "d": "4"})
         self.assertEqual([(m.split()[0], d and d.fact) for m, d in wrong],
                          [("should", "b"), ("differs", "c"), ("d", None)])
         self.assertEqual(compare.unexpected(found[:1], {"a": "2"}), [])
 
-    def test_a_run_without_proof_fails(self):
+    def test_a_run_without_proof_fails(self) -> None:
         none, sgame = modes.SAME[0], modes.CONTROL_SCALED
         both = ["eglMakeCurrent", "glClear"]
         for mode, seen, good in (
                 (none, counts(both), True),
                 (none, None, False),
-                (none, {**counts(), "processes": 0}, False),
+                (none, counts(processes=0), False),
                 (none, counts(direct=both), False),
                 (none, counts(["eglMakeCurrent"]), False),  # GL calls took another way
                 (none, counts(both, both + ["glGetError"]), False),
@@ -58,7 +62,7 @@ class Comparison(unittest.TestCase):
             failure = compare.proof_failure(mode, seen, needs_gl=True)
             self.assertEqual(failure == "", good, (mode.name, seen, failure))
 
-    def test_differences_are_shown_line_by_line(self):
+    def test_differences_are_shown_line_by_line(self) -> None:
         shown = compare.text_difference(Difference("x", "one\ntwo", "one\nthree"))
         self.assertEqual(shown, ["-two", "+three"])
         shown = compare.text_difference(Difference("x", '{"a": 1, "b": 2}', '{"a": 1, "b": 3}'))
@@ -68,7 +72,7 @@ class Comparison(unittest.TestCase):
 
 
 class Documentation(unittest.TestCase):
-    def test_every_row_of_the_table_is_read(self):
+    def test_every_row_of_the_table_is_read(self) -> None:
         text = state.LIMITS.read_text(encoding="utf-8")
         rows = [line for line in text.splitlines() if line.startswith("| `GL_") and
                 line.count("|") == 5]
@@ -76,73 +80,81 @@ class Documentation(unittest.TestCase):
         self.assertGreater(len(rows), 20)
         every = state.documented(text, {"every"})
         self.assertEqual(every["parameters GL_COLOR_CLEAR_VALUE"], "[0, 0, 0, 0]")
-        self.assertIs(every["parameters GL_VIEWPORT"], compare.ANYTHING)
+        self.assertIs(every["parameters GL_VIEWPORT"], ANYTHING)
         self.assertNotIn("parameters GL_CURRENT_PROGRAM", every)
         with self.assertRaises(ValueError):
             state.documented("| `GL_X` | `1` | sometimes | why |", {"every"})
 
 
+# What the runs of a mode show, one after the other.
+Values = Mapping[str, Sequence[str | None]]
+
+
 class FakeRig:
     """Answers from a list of values, one a run; the last for good."""
 
-    def __init__(self, **values):
-        self.values = values
+    def __init__(self, values: Values) -> None:
+        self.values = {mode: list(seen) for mode, seen in values.items()}
 
-    def run(self, case, mode, tag):
+    def run(self, case: Case, mode: Mode, tag: str) -> Run:
         values = self.values.get(mode.name, ["same"])
         value = values.pop(0) if len(values) > 1 else values[0]
         seen = counts(direct=["glClear"]) if mode is modes.BASELINE else counts(["glClear"])
-        run = Run(["rig", "--count", "x"], {}, None, tag, 0, None if value is None else seen)
-        run.value = value
-        return run
+        return Run([], {}, None, Path(tag), value or "none", None if value is None else seen)
 
 
-def check(expected=None, **values):
-    case = Case("suite", "case", [], lambda run: {"value": str(run.value)},
+def check_case(case: Case, modes_checked: int, values: Values) -> Result:
+    result = Checker(FakeRig(values), modes.SAME[:modes_checked], 3, lambda: None).check(case)
+    assert result is not None
+    return result
+
+
+def check(values: Values, expected: Expected | None = None) -> Result:
+    case = Case("suite", "case", [], lambda run: {"value": run.code},
                 control=modes.CONTROL_QUIRK)
     if expected is not None:
         case.documented = Documented(modes.CONTROL_SCALED, expected, ("value",))
-    return Checker(FakeRig(**values), modes.SAME[:2], 3, lambda: None).check(case)
+    return check_case(case, 2, values)
 
 
 class Engine(unittest.TestCase):
-    def test_what_differs_in_one_mode_is_named(self):
-        result = check(none=["other"])
-        self.assertEqual([(f.mode, f.difference.fact) for f in result.failures],
+    def test_what_differs_in_one_mode_is_named(self) -> None:
+        result = check({"none": ["other"]})
+        self.assertEqual([(f.mode, f.difference and f.difference.fact) for f in result.failures],
                          [("none", "value")])
         self.assertFalse(result.control)
-        self.assertTrue(check(**{modes.CONTROL_QUIRK.name: ["other"]}).control)
+        self.assertTrue(check({modes.CONTROL_QUIRK.name: ["other"]}).control)
 
-    def test_an_unstable_baseline_is_left_out_and_named(self):
-        early = check(driver=["same", "other", "same"], none=["other"])
-        late = check(driver=["same"] * 5 + ["other"], none=["other"])
+    def test_an_unstable_baseline_is_left_out_and_named(self) -> None:
+        early = check({"driver": ["same", "other", "same"], "none": ["other"]})
+        late = check({"driver": ["same"] * 5 + ["other"], "none": ["other"]})
         for result in early, late:
             self.assertEqual((result.failures, result.unstable), ([], {"value"}))
 
-    def test_documented_differences_count_where_the_driver_has_the_state(self):
-        scaled = {modes.CONTROL_SCALED.name: ["other"]}
-        self.assertEqual(check({"value": "other", "unknown to it": "x"}, **scaled).failures, [])
-        for expected, values in (({"value": "x"}, scaled), ({}, scaled), ({"value": "same"}, {})):
-            self.assertEqual(len(check(expected, **values).failures), 1, expected)
+    def test_documented_differences_count_where_the_driver_has_the_state(self) -> None:
+        scaled: Values = {modes.CONTROL_SCALED.name: ["other"]}
+        self.assertEqual(check(scaled, {"value": "other", "unknown to it": "x"}).failures, [])
+        tried: list[tuple[Expected, Values]] = [
+            ({"value": "x"}, scaled), ({}, scaled), ({"value": "same"}, {})]
+        for expected, values in tried:
+            self.assertEqual(len(check(values, expected).failures), 1, expected)
 
-    def test_equal_failures_mean_nothing(self):
+    def test_equal_failures_mean_nothing(self) -> None:
         for baseline, sound in (({"exit code": "0", "picture 1": "x"}, True),
                                 ({"exit code": "0"}, False),
                                 ({"exit code": "1", "picture 1": "x"}, False)):
             self.assertEqual(compare.is_sound(baseline, "picture "), sound)
         self.assertTrue(compare.is_sound({"exit code": "139"}, ""))
 
-    def test_a_test_that_flips_is_left_out_as_a_whole(self):
+    def test_a_test_that_flips_is_left_out_as_a_whole(self) -> None:
         case = Case("suite", "case", [], whole=True,
-                    facts=lambda run: {"value": str(run.value), "code": run.value[0]})
-        rig = FakeRig(driver=["0 a", "0 b"], none=["1 c"])
-        self.assertEqual(Checker(rig, modes.SAME[:1], 3, lambda: None).check(case).failures, [])
-        case.whole = False
-        rig = FakeRig(driver=["0 a", "0 b"], none=["1 c"])
-        self.assertEqual(len(Checker(rig, modes.SAME[:1], 3, lambda: None).check(case).failures), 1)
+                    facts=lambda run: {"value": run.code, "code": run.code[0]})
+        for case.whole, failures in (True, 0), (False, 1):
+            result = check_case(case, 1, {"driver": ["0 a", "0 b"], "none": ["1 c"]})
+            self.assertEqual(len(result.failures), failures)
 
-    def test_a_run_without_counts_is_a_failure(self):
-        result = check(**{"sgame-100": [None]})
+    def test_a_run_without_counts_is_a_failure(self) -> None:
+        result = check({"sgame-100": [None]})
         self.assertEqual({f.mode for f in result.failures}, {"sgame-100"})
         self.assertIn("no call was counted", result.failures[0].message)
 

@@ -4,8 +4,8 @@ usage: status_test.py VESKO_RUN DIRECTORY_OF_THE_PROBES
 """
 import json
 
-import rig_test
-from rig_test import Rig, probe
+from tests.rig import rig_test
+from tests.rig.rig_test import Rig, probe
 
 STEP = 250
 
@@ -19,7 +19,7 @@ class Status(Rig):
         self.assertTrue(lines, err)
         return lines[-1]
 
-    def test_what_is_in_force_is_told_once_a_second(self):
+    def test_what_is_in_force_is_told_once_a_second(self) -> None:
         line = self.status("--set", "FB0Factor=50")
         self.assertRegex(line, r"game sgame \(com\.tencent\.tmgp\.sgame\), context sgame, window "
                          r"64x48, renders 32x24, factor 50, redirected; \d+\.\d frames/s$")
@@ -29,7 +29,7 @@ class Status(Rig):
         self.assertIn("context genshin, window 64x48, lowers internal sizes to 1080x486;",
                       self.status("--game", "genshin", "--config", config))
 
-    def test_why_nothing_is_scaled(self):
+    def test_why_nothing_is_scaled(self) -> None:
         half = ("--set", "FB0Factor=50")
         for options, more, why in (
                 (("--no-plugin",), {}, "the plug-in is not loaded"),
@@ -45,7 +45,7 @@ class Status(Rig):
                 (half, {"command": ["sleep", "1.3"]}, "has made no EGL call")):
             self.assertIn(why, self.status(*options, **more), options)
 
-    def test_statistics_time_the_blit_and_tell_wiped_draws(self):
+    def test_statistics_time_the_blit_and_tell_wiped_draws(self) -> None:
         def scaled(*more):
             frames = self.stats("--set", "FB0Factor=50", "--", *probe("linked"), *more)
             target = [u for u in frames[-1]["framebuffers"] if u["name"] != 0 and u["draws"]]
@@ -66,7 +66,7 @@ class SteppedClock(Rig):
         return [[int(n) for n in line.split()[1:]] for line in out.splitlines()
                 if line.startswith("time ")]
 
-    def test_the_program_sees_equal_steps_and_equal_starts_in_every_run(self):
+    def test_the_program_sees_equal_steps_and_equal_starts_in_every_run(self) -> None:
         first = self.times("--clock", f"step:{STEP}")
         self.assertEqual(first, self.times("--clock", f"step:{STEP}"))
         for before, after in zip(first, first[1:]):
@@ -75,13 +75,13 @@ class SteppedClock(Rig):
         self.assertNotEqual(first[0], real[0])
         self.assertLess(real[-1][0] - real[0][0], 2 * STEP)
 
-    def test_frame_times_stay_those_of_the_machine(self):
+    def test_frame_times_stay_those_of_the_machine(self) -> None:
         file = self.path("stats.json")
         self.run_rig("--clock", "step:5000", "--stats", file, "--", *probe("linked"))
         with open(file) as stream:
             self.assertLess(max(f["ms"] for f in json.load(stream)["frames"]), 5000)
 
-    def test_bad_clocks_are_refused(self):
+    def test_bad_clocks_are_refused(self) -> None:
         for clock in ("odd", "step:", "step:0", "step:x", "step:1e9"):
             _, err = self.run_rig("--clock", clock, "--", "true", code=2)
             self.assertIn("--clock", err)

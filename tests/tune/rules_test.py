@@ -8,19 +8,17 @@ import re
 import subprocess
 import sys
 import tempfile
-import types
 import unittest
 from pathlib import Path
 
-ROOT = Path(__file__).resolve().parents[2]
-TOOL = ROOT / "tools" / "tune" / "tune.py"
-sys.path[:0] = [str(TOOL.parent), str(TOOL.parent.parent)]
+from tools.common.errors import Refused
+from tools.tune import options as o
+from tools.tune import profiles
+from tools.tune import settings as s
+from tools.tune.results import Comparison, Result
+from tools.tune.verdict import judge
 
-import options as o
-import profiles
-import settings as s
-from results import Comparison, Result
-from verdict import judge
+ROOT = Path(__file__).resolve().parents[2]
 
 
 def result(setting, milliseconds, ssim, resized=None, native=16.0, **more):
@@ -41,11 +39,11 @@ def measured(similarity, per_pixel=12.0, constant=4.0, **more):
 
 
 def verdict(results, minimum=0.95, game="sgame", noise=None):
-    return judge(results, noise, types.SimpleNamespace(game=game, min_ssim=minimum))
+    return judge(results, noise, game, minimum)
 
 
 class Verdicts(unittest.TestCase):
-    def test_the_lowest_factor_that_keeps_the_quality_is_recommended(self):
+    def test_the_lowest_factor_that_keeps_the_quality_is_recommended(self) -> None:
         found = verdict(measured({100: 1.0, 90: 0.99, 75: 0.96, 66: 0.94, 50: 0.951}))
         self.assertEqual(found.chosen.setting.factor, 50)
         self.assertEqual(found.node_text,
@@ -55,14 +53,14 @@ class Verdicts(unittest.TestCase):
                result(s.Setting(100, 70), 7, 0.98), result(s.Setting(50, 50), 3, 0.8)]
         self.assertEqual(verdict(two).chosen.setting, s.Setting(90, 70))
 
-    def test_nothing_is_recommended_where_nothing_keeps_it(self):
+    def test_nothing_is_recommended_where_nothing_keeps_it(self) -> None:
         found = verdict(measured({100: 1.0, 90: 0.94, 50: 0.8}))
         self.assertIsNone(found.chosen)
         self.assertIn("the best is 90 with 0.940", found.headline)
         self.assertIn("enable:0#", found.node_text)
         self.assertIn("nothing to recommend", verdict(measured({100: 1.0})).headline)
 
-    def test_what_is_wrong_is_told_in_place_of_a_number(self):
+    def test_what_is_wrong_is_told_in_place_of_a_number(self) -> None:
         wiped = verdict(measured({90: 0.5, 50: 0.4}, resized=0.97, wiped=3, draws=4))
         self.assertIsNone(wiped.chosen)
         self.assertIn("drawn wrongly at every factor", wiped.headline)
@@ -75,7 +73,7 @@ class Verdicts(unittest.TestCase):
         shaky = Comparison(3, Path("a"), Path("b"), 0.97, 30.0, 1.0)
         self.assertIsNone(verdict(measured({90: 0.99}), noise=shaky).chosen)
 
-    def test_whether_pixels_limit_the_program(self):
+    def test_whether_pixels_limit_the_program(self) -> None:
         factors = {100: 1.0, 75: 1.0, 50: 1.0}
         clearly = verdict(measured(factors, per_pixel=8.0, constant=8.0))
         self.assertAlmostEqual(clearly.fit.saved_by_half, 0.25, places=6)
@@ -90,13 +88,13 @@ class Verdicts(unittest.TestCase):
         self.assertIn("Do not lean on this", verdict(measured(factors, noise=0.9)).pixels)
         self.assertIn("Too few factors", verdict(measured({90: 1.0})).pixels)
 
-    def test_device_texts(self):
+    def test_device_texts(self) -> None:
         longest = s.node_text(s.Setting(100, 100))
         self.assertLessEqual(len(longest), 64)
         found = verdict(measured({75: 0.97}), game="genshin")
         self.assertEqual((found.config_line, found.node_text), ("yuanshen 1080 486 0", ""))
 
-    def test_every_round_plays_all_and_none_is_favoured(self):
+    def test_every_round_plays_all_and_none_is_favoured(self) -> None:
         settings = [s.NATIVE, s.Setting(90), s.Setting(50)]
         places = {setting: [] for setting in settings}
         for place, (_, setting) in enumerate(s.schedule(settings, 4)):
@@ -105,7 +103,7 @@ class Verdicts(unittest.TestCase):
 
 
 class Profiles(unittest.TestCase):
-    def setUp(self):
+    def setUp(self) -> None:
         folder = tempfile.TemporaryDirectory()
         self.addCleanup(folder.cleanup)
         before = os.environ.get("XDG_CONFIG_HOME")
@@ -125,7 +123,7 @@ class Profiles(unittest.TestCase):
         self.file.parent.mkdir(exist_ok=True)
         self.file.write_text(text, encoding="utf-8")
 
-    def test_kept_settings_come_back_and_options_win(self):
+    def test_kept_settings_come_back_and_options_win(self) -> None:
         profiles.save("game", *self.options("--factors", "90,70", "--size", "640x480", "--",
                                             "prog", "-b"))
         options, command = self.options("--profile", "game", "--factors", "60")
@@ -136,7 +134,7 @@ class Profiles(unittest.TestCase):
         profiles.save("replay", *self.options("--trace", "a.trace"))
         self.assertEqual(self.options("--profile", "replay")[0].trace, Path("a.trace").absolute())
 
-    def test_saving_keeps_comments_and_other_profiles(self):
+    def test_saving_keeps_comments_and_other_profiles(self) -> None:
         self.write("# mine\n[profile.old]\nrounds = 2 # two\n\n[profile.game]\nframes = 9 # nine\n")
         profiles.save("game", *self.options("--frames", "8", "--", "prog"))
         text = self.file.read_text(encoding="utf-8")
@@ -144,7 +142,7 @@ class Profiles(unittest.TestCase):
             self.assertIn(kept, text)
         self.assertEqual(self.options("--profile", "old")[0].rounds, 2)
 
-    def test_mistakes_name_file_line_and_remedy(self):
+    def test_mistakes_name_file_line_and_remedy(self) -> None:
         for text, line, remedy in (
                 ("[profile.g]\nframes = 5\nodd = 1\n", 3, "correct or remove it"),
                 ("[profile.f]\nsize = 1\n[profile.g]\n\nsize = \"big\"\n", 5, "WIDTHxHEIGHT"),
@@ -155,20 +153,20 @@ class Profiles(unittest.TestCase):
                 ("# x\n[profile.g\n", 2, "correct the line"),
                 ("\n[other]\n", 2, "[profile.NAME] only")):
             self.write(text)
-            with self.assertRaises(o.Refused, msg=text) as caught:
+            with self.assertRaises(Refused, msg=text) as caught:
                 self.options("--profile", "g")
             self.assertIn(f"{self.file}:{line}: ", str(caught.exception))
             self.assertIn(remedy, str(caught.exception))
         self.write("[profile.h]\n")
-        with self.assertRaisesRegex(o.Refused, "no profile 'g'; kept are: h"):
+        with self.assertRaisesRegex(Refused, "no profile 'g'; kept are: h"):
             self.options("--profile", "g")
         self.file.unlink()
-        with self.assertRaisesRegex(o.Refused, "--save g makes it"):
+        with self.assertRaisesRegex(Refused, "--save g makes it"):
             self.options("--profile", "g")
 
 
 class CommandLine(unittest.TestCase):
-    def test_bad_values_are_refused_by_name(self):
+    def test_bad_values_are_refused_by_name(self) -> None:
         for arguments in (["--factors", "90;50"], ["--factors", "101"], ["--frames", "2"],
                           ["--min-ssim", "2"], ["--size", "9"], ["--clock", "step"],
                           ["--game", "pubgmhd"], ["--save", "a b"], ["--odd"]):
@@ -178,8 +176,9 @@ class CommandLine(unittest.TestCase):
             self.assertEqual(caught.exception.code, 2)
             self.assertIn(arguments[0], stream.getvalue())
 
-    def test_the_manual_tells_of_every_option_and_of_no_other(self):
-        shown = subprocess.run([TOOL, "--help"], capture_output=True, text=True, check=True).stdout
+    def test_the_manual_tells_of_every_option_and_of_no_other(self) -> None:
+        shown = subprocess.run([sys.executable, "-m", "tools.tune", "--help"],
+                               cwd=ROOT, capture_output=True, text=True, check=True).stdout
         in_help = set(re.findall(r"^  (?:-h, )?(--[a-z-]+)", shown, re.M))
         page = (ROOT / "docs" / "tuning.md").read_text(encoding="utf-8")
         rows = re.findall(r"^\| `(--[a-z-]+)[^|]*\|[^|]*\| ([^|]*?) ?\|$", page, re.M)

@@ -14,18 +14,19 @@ import tempfile
 import unittest
 from pathlib import Path
 
-from browser import Browser
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
-TOOL = Path(__file__).resolve().parents[2] / "tools" / "tune" / "tune.py"
+from tests.tune.browser import Browser
+
+TOOL = (sys.executable, "-m", "tools.tune")
 BUILD = PROBE = None
 NOT_POSSIBLE = 77
 
 
 class Session(unittest.TestCase):
     @classmethod
-    def setUpClass(cls):
+    def setUpClass(cls) -> None:
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
         cls.folder = Path(folder.name)
@@ -33,7 +34,7 @@ class Session(unittest.TestCase):
     def start(self, out, *arguments):
         environment = {**os.environ, "XDG_CONFIG_HOME": str(self.folder)}
         return subprocess.Popen(
-            [TOOL, "--build", BUILD, "--out", self.folder / out, "--driver", "llvmpipe",
+            [*TOOL, "--build", BUILD, "--out", self.folder / out, "--driver", "llvmpipe",
              *arguments],
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=environment)
 
@@ -51,7 +52,7 @@ class Scene(Session):
     """One tuning of the bundled scene, and everything that it left."""
 
     @classmethod
-    def setUpClass(cls):
+    def setUpClass(cls) -> None:
         super().setUpClass()
         cls.printed, _ = cls().tune(
             "scene", "--display", "none", "--size", "320x180", "--factors", "100,75,50",
@@ -59,7 +60,7 @@ class Scene(Session):
         cls.found = cls().results("scene")
         cls.page = cls.folder / "scene" / "tune.html"
 
-    def test_numbers(self):
+    def test_numbers(self) -> None:
         native, full, middle, low = self.found["results"]
         self.assertTrue(self.found["complete"])
         self.assertEqual([r["setting"] for r in self.found["results"]],
@@ -78,7 +79,7 @@ class Scene(Session):
             self.assertFalse(r["drawn_wrongly"] or r["not_scaled"])
         self.assertEqual(self.found["recommended"]["setting"], "50")
 
-    def test_csv_and_terminal_say_the_same(self):
+    def test_csv_and_terminal_say_the_same(self) -> None:
         with open(self.folder / "scene" / "tune.csv", encoding="utf-8", newline="") as stream:
             rows = list(csv.DictReader(stream))
         self.assertEqual([(row["setting"], row["ssim"]) for row in rows],
@@ -88,7 +89,7 @@ class Scene(Session):
             last[0], " status:7#enable:1#FB0Factor:50#gameInternalFBOFactor:100#$")
         self.assertIn("only Genshin Impact", last[1])
 
-    def test_page_compares_pictures_by_itself(self):
+    def test_page_compares_pictures_by_itself(self) -> None:
         with Browser(self.page) as browser:
             at = "return document.getElementById(arguments[0])"
             self.assertIn("Factor 50 is the lowest",
@@ -117,7 +118,7 @@ class Scene(Session):
                 "return document.querySelectorAll('svg .dot').length"), 5)
             self.assertEqual((browser.complaints(), browser.requests()), ([], []))
 
-    def test_page_fits_a_phone_and_follows_a_finger(self):
+    def test_page_fits_a_phone_and_follows_a_finger(self) -> None:
         with Browser(self.page, phone=True) as browser:
             for zoom in ("fit", "3"):
                 browser.script("document.querySelector(`input[name=zoom][value='${arguments[0]}']`)"
@@ -140,18 +141,18 @@ class Scene(Session):
 class Programs(Session):
     QUICK = ("--display", "none", "--factors", "100,75,50", "--frames", "3", "--rounds", "1")
 
-    def test_a_program_that_is_drawn_wrongly_is_named_so(self):
+    def test_a_program_that_is_drawn_wrongly_is_named_so(self) -> None:
         printed, _ = self.tune("wrong", *self.QUICK, "--size", "320x180", "--min-ssim", "0.1", "--",
                                PROBE, "rebind", "frames", "100", code=1)
         self.assertIn("drawn wrongly at every factor below 100", printed)
         self.assertIn("1 of the 2 draws to the window are wiped", printed)
 
-    def test_what_is_not_scaled_is_said_with_the_reason(self):
+    def test_what_is_not_scaled_is_said_with_the_reason(self) -> None:
         printed, _ = self.tune("idle", *self.QUICK, "--thread-name", "Other", "--",
                                PROBE, "frames", "100", code=1)
         self.assertIn("Not scaled at 75, 50: the thread is named 'Other'", printed)
 
-    def test_a_program_that_does_not_repeat_itself_gets_no_factor(self):
+    def test_a_program_that_does_not_repeat_itself_gets_no_factor(self) -> None:
         printed, _ = self.tune("shaky", *self.QUICK, "--clock", "real", "--min-ssim", "0.1", "--",
                                PROBE, "clock", "frames", "100", code=1)
         self.assertIn("does not show the same in the same frame of two runs", printed)
@@ -159,7 +160,7 @@ class Programs(Session):
         self.tune("steady", *self.QUICK, "--min-ssim", "0.1", "--",
                   PROBE, "clock", "frames", "100", code=0)
 
-    def test_internal_sizes_are_tuned_through_the_configuration_line(self):
+    def test_internal_sizes_are_tuned_through_the_configuration_line(self) -> None:
         printed, _ = self.tune("sizes", "--display", "none", "--game", "genshin", "--factors", "75",
                                "--frames", "3", "--rounds", "1", "--warmup", "2", "--min-ssim",
                                "0.5", "--", "vesko-scene", "--mode", "sizes", "--objects", "5",
@@ -167,7 +168,7 @@ class Programs(Session):
         self.assertIn("configuration line: yuanshen 1080 486 0\n", printed)
 
     @unittest.skipUnless(shutil.which("apitrace"), "apitrace is not installed")
-    def test_a_recording_is_replayed_and_a_short_one_is_used_up(self):
+    def test_a_recording_is_replayed_and_a_short_one_is_used_up(self) -> None:
         trace = self.folder / "probe.trace"
         subprocess.run(["apitrace", "trace", "-a", "egl", "-o", trace, PROBE, "frames", "12"],
                        env={**os.environ, "EGL_PLATFORM": "surfaceless"}, check=True,
@@ -177,7 +178,7 @@ class Programs(Session):
         self.assertIn("ended by itself after 12 frames; 7 frames of each run", printed)
         self.assertEqual(self.results("trace")["results"][2]["samples"], 7)
 
-    def test_interrupted_it_keeps_what_it_has(self):
+    def test_interrupted_it_keeps_what_it_has(self) -> None:
         process = self.start("partial", *self.QUICK, "--rounds", "90", "--", PROBE, "frames", "100")
         for line in process.stderr:
             if line.startswith("[5/"):
@@ -190,11 +191,11 @@ class Programs(Session):
         self.assertEqual([r["setting"] for r in found["results"]], ["native", "100", "75", "50"])
         self.assertIn("Partial:", (self.folder / "partial" / "tune.html").read_text("utf-8"))
 
-    def test_failures_say_how_to_go_on(self):
+    def test_failures_say_how_to_go_on(self) -> None:
         for arguments, code, words in (
                 (["--", "no-such-program"], 2, "was not found"),
                 (["--trace", "/no/such.trace"], 2, "apitrace trace"),
-                (["--size", "64x64", "--trace", TOOL], 2, "record the program at that size"),
+                (["--size", "64x64", "--trace", __file__], 2, "record the program at that size"),
                 ([], 2, "name it after --"),
                 (["--", "false"], 3, "ended with exit code 1"),
                 (["--", "true"], 3, "./dev run --status"),

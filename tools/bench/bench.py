@@ -1,111 +1,134 @@
-#!/usr/bin/python3
-"""Measures what the library costs, and prints a table; ./dev bench builds and starts it.
+"""Measures what the library costs, and prints a table."""
 
-Counts of instructions and system calls are the same on every machine and decide the exit
-code. Times depend on the machine and on what else it does: they are shown beside their
-marks, as medians of interleaved runs, and never decide."""
 import argparse
 import json
 import os
-import platform
-import sys
+from collections.abc import Callable, Sequence
+from functools import cached_property
 from pathlib import Path
+from typing import Any
 
-import counts
-import frames
-import marks
-import process
-import times
-from programs import BenchError, say
+from tools.bench import counts, frames, marks, process, times
+from tools.bench.progress import say
+from tools.common import cli, machine
+from tools.common.errors import EXIT_FAILED, CannotRun
 
-PARTS = ("calls", "egl", "frames", "process")
+NOTES = """\
+Counts of instructions and system calls are the same on every machine and decide
+the exit code. Times depend on the machine and on what else it does: they are
+shown beside their marks, as medians of interleaved runs, and never decide.
+What was measured before a failure is kept."""
 
 
-def arguments():
-    parser = argparse.ArgumentParser(
-        prog="./dev bench", description=__doc__.split("\n\n")[0],
-        formatter_class=argparse.RawDescriptionHelpFormatter,
-        epilog=__doc__.split("\n\n")[1] + "\n\n"
-        "exit codes: 0 every count meets its mark, 1 one does not, 2 a bad option,\n"
-        "3 a tool is missing or failed. What was measured before a failure is kept.")
+class Options(argparse.Namespace):
+    only: list[str] | None
+    rounds: int
+    loads: int
+    quick: bool
+    out: Path
+    build: Path
+    arm_build: Path | None
+    arm_root: Path | None
+    android: Path | None
+
+
+class Parts:
+    """What can be measured, a method a part."""
+
+    def __init__(self, options: Options) -> None:
+        self._options = options
+        self._build = options.build
+        self._plain = options.build / "bench/libtolvernvesko-plain.so"
+        # In which a machine without a display has an EGL driver for certain.
+        self._environment = {**os.environ, "LIBGL_ALWAYS_SOFTWARE": "1"}
+
+    @cached_property
+    def _call_times(self) -> tuple[dict[str, dict[str, float]], float]:
+        asked = self._options.only or list(PARTS)
+        fast = self._options.quick or "calls" not in asked
+        say("timing calls")
+        return times.calls(self._build, self._plain, 3 if fast else 21)
+
+    def calls(self) -> dict[str, Any]:
+        say("counting instructions on x86-64")
+        result: dict[str, Any] = {
+            "x86-64 instructions": counts.measure(self._build, self._plain)}
+        if self._options.arm_build and self._options.arm_root:
+            say("counting instructions on ARM")
+            result["ARM instructions"] = counts.measure_arm(self._options.arm_build,
+                                                            self._options.arm_root)
+        result["nanoseconds"] = self._call_times[0]
+        result["mesa"] = times.mesa(self._build, 100 if self._options.quick else 1000,
+                                    self._environment)
+        return result
+
+    def egl(self) -> dict[str, Any]:
+        say("counting system calls")
+        return {"microseconds": self._call_times[1],
+                "system calls": times.system_calls(self._build)}
+
+    def frames(self) -> list[dict[str, Any]]:
+        return frames.measure(self._build, self._options.rounds, self._environment)
+
+    def process(self) -> dict[str, Any]:
+        say("loading the library")
+        libraries = {"x86-64": self._build / "libtolvernvesko.so"}
+        if self._options.arm_build:
+            libraries["ARM Linux"] = self._options.arm_build / "libtolvernvesko.so"
+        if self._options.android and self._options.android.exists():
+            libraries["Android"] = self._options.android
+        return {"libraries": {name: process.describe(path) for name, path in libraries.items()},
+                "load": process.load(self._build, self._options.loads)}
+
+
+# How each part is measured and how its rows get into the table.
+PARTS: dict[str, tuple[Callable[[Parts], Any], Callable[[marks.Table, Any], None]]] = {
+    "calls": (Parts.calls, marks.calls),
+    "egl": (Parts.egl, marks.egl),
+    "frames": (Parts.frames, marks.frames),
+    "process": (Parts.process, marks.process),
+}
+
+
+def parse(arguments: Sequence[str]) -> Options:
+    parser = cli.parser(
+        "bench", "Measures what the library costs, and prints a table; ./dev bench builds and "
+        "starts it.",
+        {0: "every count meets its mark", 1: "one does not", 2: "an option was refused",
+         3: "a tool is missing or failed"}, notes=NOTES)
     parser.add_argument("--only", metavar="PART", action="append", choices=PARTS,
                         help=f"measure one part: {', '.join(PARTS)}; repeatable")
-    parser.add_argument("--rounds", type=int, default=8, metavar="N",
+    parser.add_argument("--rounds", type=cli.number(1, 10000), default=8, metavar="N",
                         help="rounds over all kinds of frames, three frames each (8)")
-    parser.add_argument("--loads", type=int, default=100, metavar="N",
+    parser.add_argument("--loads", type=cli.number(1, 100000), default=100, metavar="N",
                         help="how often each library is loaded (100)")
     parser.add_argument("--quick", action="store_true",
                         help="fewer repetitions: counts stay exact, times are rough")
-    parser.add_argument("--out", type=Path, default=Path("bench-out"), metavar="DIR",
-                        help="where bench.json and bench.txt land (bench-out)")
-    parser.add_argument("--build", type=Path, required=True, help=argparse.SUPPRESS)
-    parser.add_argument("--arm-build", type=Path, help=argparse.SUPPRESS)
-    parser.add_argument("--arm-root", type=Path, help=argparse.SUPPRESS)
-    parser.add_argument("--android", type=Path, help=argparse.SUPPRESS)
-    options = parser.parse_args()
-    if options.rounds < 1 or options.loads < 1:
-        parser.error("--rounds and --loads must be 1 or more")
+    cli.add_out(parser, "bench-out", "bench.json and bench.txt")
+    cli.add_build(parser, "the measuring programs")
+    for hidden in ("--arm-build", "--arm-root", "--android"):
+        parser.add_argument(hidden, type=Path, help=argparse.SUPPRESS)
+    options = parser.parse_args(arguments, Options())
     if options.quick:
         options.rounds, options.loads = min(options.rounds, 2), min(options.loads, 10)
     return options
 
 
-def software_driver():
-    """The environment in which a machine without a display has an EGL driver for certain."""
-    return {**os.environ, "LIBGL_ALWAYS_SOFTWARE": "1"}
-
-
-def measure_calls(options):
-    plain = options.build / "bench/libtolvernvesko-plain.so"
-    say("counting instructions on x86-64")
-    result = {"x86-64 instructions": counts.measure(options.build, plain)}
-    if options.arm_build:
-        say("counting instructions on ARM")
-        result["ARM instructions"] = counts.measure_arm(options.arm_build, options.arm_root)
-    say("timing calls")
-    repetitions = 3 if options.quick else 21
-    result["nanoseconds"], options.egl_microseconds = times.calls(options.build, plain,
-                                                                  repetitions)
-    result["mesa"] = times.mesa(options.build, 100 if options.quick else 1000, software_driver())
-    return result
-
-
-def measure_egl(options):
-    say("counting system calls")
-    if not hasattr(options, "egl_microseconds"):
-        plain = options.build / "bench/libtolvernvesko-plain.so"
-        _, options.egl_microseconds = times.calls(options.build, plain, 3)
-    return {"microseconds": options.egl_microseconds,
-            "system calls": times.system_calls(options.build)}
-
-
-def measure_frames(options):
-    return frames.measure(options.build, options.rounds, software_driver())
-
-
-def measure_process(options):
-    say("loading the library")
-    libraries = {"x86-64": options.build / "libtolvernvesko.so"}
-    if options.arm_build:
-        libraries["ARM Linux"] = options.arm_build / "libtolvernvesko.so"
-    if options.android and options.android.exists():
-        libraries["Android"] = options.android
-    return {"libraries": {name: process.describe(path) for name, path in libraries.items()},
-            "load": process.load(options.build, options.loads)}
-
-
-def main():
-    options = arguments()
-    options.out.mkdir(parents=True, exist_ok=True)
-    results = {"machine": {"processor": processor(), "cores": os.cpu_count(),
-                           "kernel": platform.release(), "load": os.getloadavg()[0]}}
+def main(arguments: Sequence[str]) -> int:
+    options = parse(arguments)
+    cli.make_out(options.out)
+    here = machine.describe()
+    results: dict[str, Any] = {"machine": {"processor": here.processor, "cores": here.cores,
+                                           "kernel": here.kernel, "load": here.load}}
     table = marks.Table()
+    parts = Parts(options)
     error = None
     try:
-        for part in options.only or PARTS:
-            results[part] = globals()[f"measure_{part}"](options)
-            getattr(marks, part)(table, results[part])
-    except BenchError as failure:
+        for name in options.only or PARTS:
+            measure, tabulate = PARTS[name]
+            results[name] = measure(parts)
+            tabulate(table, results[name])
+    except CannotRun as failure:
         error = failure
     results["missed"] = table.missed
     (options.out / "bench.json").write_text(json.dumps(results, indent=1) + "\n")
@@ -115,17 +138,5 @@ def main():
     for missed in table.missed:
         say(f"missed: {missed}")
     if error:
-        say(str(error))
-        return 3
-    return 1 if table.failed else 0
-
-
-def processor():
-    for line in Path("/proc/cpuinfo").read_text().splitlines():
-        if line.startswith("model name"):
-            return line.split(":", 1)[1].strip()
-    return platform.machine()
-
-
-if __name__ == "__main__":
-    sys.exit(main())
+        raise error
+    return EXIT_FAILED if table.failed else 0

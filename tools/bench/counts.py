@@ -1,13 +1,16 @@
 """Instructions that the library adds to a GL call, entry by entry."""
+
 import os
 import re
 import statistics
-import subprocess
 import tempfile
+from collections.abc import Callable, Sequence
 from functools import partial
 from pathlib import Path
+from typing import Any
 
-from programs import BenchError, run
+from tools.common.errors import CannotRun
+from tools.common.processes import output
 
 # A game whose Impl overrides no GL entry. A program of this name is served by it, and
 # by the pass-through under its own name.
@@ -15,68 +18,71 @@ GAME = "com.tencent.tmgp.pubgmhd"
 TRACE = re.compile(r"\[[0-9a-f]+/([0-9a-f]+)/")
 
 
-def families():
+def families() -> dict[str, str]:
     """The entry that stands for each family of signatures."""
     text = (Path(__file__).parent / "families.h").read_text()
     return dict(re.findall(r'F\("([^"]+)", (\w+),', text))
 
 
-def entries(output):
-    return re.findall(r"^entry (\w+) ", output, re.M)
+def entries(text: str) -> list[str]:
+    return re.findall(r"^entry (\w+) ", text, re.M)
 
 
-def with_callgrind(program, library, name):
+def with_callgrind(program: str, library: Path, name: str) -> dict[str, int]:
     """On x86-64: the difference between a call through the library's table and one through
     the driver's, as callgrind counts them."""
     with tempfile.TemporaryDirectory() as folder:
         Path(folder, name).symlink_to(Path(program).resolve())
-        output = run(["valgrind", "--tool=callgrind", f"--callgrind-out-file={folder}/count",
-                      name, library],
-                     env={**os.environ, "PATH": f"{folder}:{os.environ['PATH']}"})
-        totals = {"library": [], "driver": []}
+        names = entries(output(
+            ["valgrind", "--tool=callgrind", f"--callgrind-out-file={folder}/count", name,
+             library], environment={**os.environ, "PATH": f"{folder}:{os.environ['PATH']}"}))
+        totals: dict[str, list[int]] = {"library": [], "driver": []}
         files = sorted(Path(folder).glob("count.*"), key=lambda p: int(p.suffix[1:]))
         for text in (path.read_text() for path in files):
             trigger = re.search(r"Client Request: (\w+)", text)
             if trigger and trigger[1] in totals:
-                totals[trigger[1]].append(int(re.search(r"^summary: (\d+)", text, re.M)[1]))
-    names = entries(output)
+                totals[trigger[1]] += map(int, re.findall(r"^summary: (\d+)", text, re.M))
     if not len(names) == len(totals["library"]) == len(totals["driver"]) > 0:
-        raise BenchError(f"callgrind counted {len(totals['library'])} of {len(names)} calls")
+        raise CannotRun(f"callgrind counted {len(totals['library'])} of {len(names)} calls")
     return {name: a - b for name, a, b in zip(names, totals["library"], totals["driver"])}
 
 
-def with_emulator(root, program, library, name):
+def with_emulator(root: Path, program: str, library: Path, name: str) -> dict[str, int]:
     """On ARM: every instruction of the library, the platform's stub and its lookup, from the
     emulator's log. It puts all things at the same addresses in each run."""
-    emulator = ["qemu-arm-static", "-L", root, "-0", name]
-    output = run([*emulator, program, library], env={})
+    emulator: list[str | Path] = ["qemu-arm-static", "-L", root, "-0", name]
+    said = output([*emulator, program, library], environment={})
     ranges = {name: (int(begin, 16) & ~1, int(end, 16))
-              for name, begin, end in re.findall(r"^range (\w+) (\w+) (\w+)", output, re.M)}
+              for name, begin, end in re.findall(r"^range (\w+) (\w+) (\w+)", said, re.M)}
     wanted = ",".join(f"{begin:#x}..{end - 1:#x}" for begin, end in ranges.values())
     with tempfile.NamedTemporaryFile() as log:
-        run([*emulator, "-singlestep", "-d", "exec,nochain", "-D", log.name,
-             "-dfilter", wanted, program, library], env={})
-        counts = []
+        output([*emulator, "-singlestep", "-d", "exec,nochain", "-D", log.name,
+                "-dfilter", wanted, program, library], environment={})
+        counts: list[int] = []
         for line in Path(log.name).read_text().splitlines():
             address = TRACE.search(line)
             if address and int(address[1], 16) == ranges["mark"][0]:
                 counts.append(0)
             elif address and counts:
                 counts[-1] += 1
-    names = entries(output)
+    names = entries(said)
     if len(counts) != len(names) + 1 or not all(counts[:-1]):
-        raise BenchError(f"the emulator's log holds {len(counts) - 1} of {len(names)} calls")
+        raise CannotRun(f"the emulator's log holds {len(counts) - 1} of {len(names)} calls")
     return dict(zip(names, counts))
 
 
-def summary(count, library, plain, compared):
+Count = Callable[[Path, str], dict[str, int]]
+
+
+def summary(count: Count, library: Path, plain: Path, compared: Sequence[str]) -> dict[str, Any]:
     """By family and over all entries: the library in an ordinary process and in a game's, and
     the plain design, which makes no difference between them. The columns `compared` must not
     be slower than that in any entry."""
     columns = {"library": count(library, "program"), "in a game": count(library, GAME),
                "plain": count(plain, "program")}
-    rows = {family: {name: column[entry] for name, column in columns.items()}
-            for family, entry in families().items()}
+    rows: dict[str, dict[str, float]] = {
+        family: {name: column[entry] for name, column in columns.items()}
+        for family, entry in families().items()}
     rows["mean of all entries"] = {name: statistics.mean(column.values())
                                    for name, column in columns.items()}
     slower = {entry for name in compared for entry, count in columns[name].items()
@@ -85,12 +91,12 @@ def summary(count, library, plain, compared):
             "slower than plain": sorted(slower)}
 
 
-def measure(build, plain):
+def measure(build: Path, plain: Path) -> dict[str, Any]:
     return summary(partial(with_callgrind, f"{build}/bench/call_count"),
-                   f"{build}/libtolvernvesko.so", plain, ["library"])
+                   build / "libtolvernvesko.so", plain, ["library"])
 
 
-def measure_arm(build, root):
+def measure_arm(build: Path, root: Path) -> dict[str, Any]:
     return summary(partial(with_emulator, root, f"{build}/bench/call_count"),
-                   f"{build}/libtolvernvesko.so", f"{build}/bench/libtolvernvesko-plain.so",
+                   build / "libtolvernvesko.so", build / "bench/libtolvernvesko-plain.so",
                    ["library", "in a game"])

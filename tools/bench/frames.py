@@ -1,20 +1,26 @@
 """What frames take, scaled and not."""
+
 import collections
 import statistics
+from collections.abc import Mapping
+from pathlib import Path
+from typing import Any
 
-from programs import run, say
+from tools.bench.progress import say
+from tools.common.processes import output
 
 SIZES = ((1280, 720), (1080, 2400))
 FACTORS = (100, 90, 75, 50)
 GAME = "com.tencent.tmgp.sgame"
 
 
-def measure_size(build, width, height, rounds, environment):
-    output = run([GAME, f"{build}/libtolvernvesko.so", str(width), str(height), str(rounds)],
-                 executable=f"{build}/bench/frame_time",
-                 env={**environment, "EGL_PLATFORM": "surfaceless"})
+def measure_size(build: Path, width: int, height: int, rounds: int,
+                 environment: Mapping[str, str]) -> list[dict[str, Any]]:
+    said = output([GAME, build / "libtolvernvesko.so", str(width), str(height), str(rounds)],
+                  executable=build / "bench/frame_time",
+                  environment={**environment, "EGL_PLATFORM": "surfaceless"})
     samples = collections.defaultdict(list)
-    for line in output.splitlines():
+    for line in said.splitlines():
         scene, variant, what, milliseconds = line.split(";")
         samples[scene, variant, what].append(float(milliseconds))
     median = {key: statistics.median(values) for key, values in samples.items()}
@@ -33,7 +39,7 @@ def measure_size(build, width, height, rounds, environment):
     return rows
 
 
-def measure(build, rounds, environment):
+def measure(build: Path, rounds: int, environment: Mapping[str, str]) -> list[dict[str, Any]]:
     rows = []
     for width, height in SIZES:
         say(f"frames at {width}x{height}")

@@ -1,5 +1,8 @@
 """Where the figures must get: the marks, and the table that shows both."""
 
+from collections.abc import Iterable, Mapping
+from typing import Any
+
 ARM = {"0 arguments": 40, "1 int": 42, "3 ints": 46, "3 ints, a pointer": 50, "9 arguments": 60,
        "mean of all entries": 47}
 X86 = {"1 int": 36, "mean of all entries": 42}
@@ -13,21 +16,22 @@ class Table:
     """Rows of text in columns; remembers which marks were missed. Only counts, which are the
     same on every machine, decide whether a run failed."""
 
-    def __init__(self):
-        self.lines = []
-        self.missed = []
+    def __init__(self) -> None:
+        self.lines: list[str] = []
+        self.missed: list[str] = []
         self.failed = False
 
-    def heading(self, text, columns):
+    def heading(self, text: str, columns: Iterable[object]) -> None:
         self.lines += ["", text, self._row("", columns)]
 
     @staticmethod
-    def _row(name, cells):
+    def _row(name: str, cells: Iterable[object]) -> str:
         return f"  {name:34}" + "".join(f"{cell:>12}" for cell in cells)
 
-    def row(self, name, cells, value=None, mark=None, counted=False):
+    def row(self, name: str, cells: Iterable[object], value: float | None = None,
+            mark: float | None = None, counted: bool = False) -> None:
         verdict = ""
-        if mark is not None:
+        if value is not None and mark is not None:
             met = value <= mark
             verdict = f"   <= {mark:g} {'ok' if met else 'MISSED'}"
             if not met:
@@ -35,11 +39,12 @@ class Table:
                 self.failed = self.failed or counted
         self.lines.append(self._row(name, cells) + verdict)
 
-    def text(self):
+    def text(self) -> str:
         return "\n".join(self.lines)
 
 
-def counts(table, title, result, marks):
+def counts(table: Table, title: str, result: Mapping[str, Any],
+           marks: Mapping[str, float]) -> None:
     columns = ["library", "in a game", "plain"]
     table.heading(title, columns)
     for family, row in result["families"].items():
@@ -49,7 +54,7 @@ def counts(table, title, result, marks):
     table.row("entries slower than plain", [len(slower), "", ""], len(slower), 0, counted=True)
 
 
-def calls(table, result):
+def calls(table: Table, result: Mapping[str, Any]) -> None:
     if "x86-64 instructions" in result:
         counts(table, "Instructions added to a GL call, x86-64", result["x86-64 instructions"],
                X86)
@@ -68,17 +73,17 @@ def calls(table, result):
               [f"{mesa['direct']:.0f}", f"{mesa['library']:.0f}", "", f"{ratio:.4f}"], ratio, MESA)
 
 
-def egl(table, result):
+def egl(table: Table, result: Mapping[str, Any]) -> None:
     table.heading("An EGL call", ["added"])
     table.row("microseconds", [f"{result['microseconds']:.2f}"])
-    total = 0
+    total = 0.0
     for name, count in sorted(result["system calls"].items()):
         table.row(f"system call {name}", [f"{count:g}"])
         total += count if name != "getpid" else 0
     table.row("system calls but getpid", [f"{total:g}"], total, SYSTEM_CALLS, counted=True)
 
 
-def frames(table, result):
+def frames(table: Table, result: Iterable[Mapping[str, Any]]) -> None:
     table.heading("Frames, milliseconds (medians)",
                   ["native", "frame", "to native", "blit", "floor", "to floor"])
     for row in result:
@@ -89,12 +94,13 @@ def frames(table, result):
                   row["to floor"], FLOOR.get(row["scene"]))
 
 
-def process(table, result):
+def process(table: Table, result: Mapping[str, Any]) -> None:
     for name, library in result["libraries"].items():
         table.heading(f"Library: {name}", [])
         table.row("file, bytes", [library["file bytes"]])
         table.row("loaded, bytes", [library["loaded bytes"]])
-        for section, size in sorted(library["sections"].items(), key=lambda item: -item[1])[:8]:
+        sections: Mapping[str, int] = library["sections"]
+        for section, size in sorted(sections.items(), key=lambda item: -item[1])[:8]:
             table.row(f"section {section}", [size])
         for kind, count in sorted(library["relocations"].items()):
             table.row(f"relocations {kind}", [count])

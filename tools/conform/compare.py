@@ -6,7 +6,11 @@ runs of the baseline are unstable and left out.
 
 import difflib
 import json
+from collections.abc import Collection, Mapping, Sequence
 from dataclasses import dataclass
+
+from tools.conform.cases import ANYTHING, Counts, Expected, Facts
+from tools.conform.modes import Mode
 
 
 @dataclass(frozen=True)
@@ -21,36 +25,36 @@ LINES_SHOWN = 12
 WIDTH_SHOWN = 160
 # What the plug-in serves by another entry of the driver.
 HANDED_ON_AS = {"eglClientWaitSync": "eglClientWaitSyncKHR"}
-# Stands for any value but the baseline's.
-ANYTHING = None
 
 
-def unstable(baselines):
+def unstable(baselines: Sequence[Facts]) -> set[str]:
     """The facts in which runs of the baseline do not agree."""
-    names = set().union(*baselines)
+    names = {name for facts in baselines for name in facts}
     return {n for n in names if len({b.get(n, ABSENT) for b in baselines}) > 1}
 
 
-def differences(baseline, facts, left_out=frozenset()):
+def differences(baseline: Facts, facts: Facts,
+                left_out: Collection[str] = ()) -> list[Difference]:
     return [Difference(name, baseline.get(name, ABSENT), facts.get(name, ABSENT))
             for name in sorted(set(baseline) | set(facts))
             if name not in left_out and baseline.get(name, ABSENT) != facts.get(name, ABSENT)]
 
 
-def is_sound(baseline, needs):
+def is_sound(baseline: Facts, needs: str) -> bool:
     """Whether the baseline shows what it needs to and ended well."""
     return not needs or (baseline["exit code"] == "0" and
                          any(fact.startswith(needs) for fact in baseline))
 
 
-def unexpected(found, expected):
+def unexpected(found: Sequence[Difference],
+               expected: Expected) -> list[tuple[str, Difference | None]]:
     """What is wrong with the differences found where just `expected` ones may be.
 
     `expected` maps a fact to the value that it must have, or to ANYTHING.
     Returns pairs of a message and the Difference, which is None for a
     difference that is missing.
     """
-    wrong = []
+    wrong: list[tuple[str, Difference | None]] = []
     for difference in found:
         if difference.fact not in expected:
             wrong.append(("differs", difference))
@@ -62,37 +66,33 @@ def unexpected(found, expected):
     return wrong
 
 
-def proof_failure(mode, counts, needs_gl):
+def proof_failure(mode: Mode, counts: Counts | None, needs_gl: bool) -> str:
     """Why the counted calls do not prove that the run was what it is called.
 
     `counts` is what the rig's --count wrote, or None. Empty: they do.
     """
-    if counts is None or counts["processes"] == 0:
+    if counts is None or counts.processes == 0:
         return "no call was counted: the program did not come through the rig"
-    totals = {route: counts[route] for route in ("served", "forwarded", "direct")}
-    if not mode.plugin:
-        if totals["served"] or totals["forwarded"]:
-            return f"the plug-in was in the path, but should not: {totals}"
-        if not totals["direct"]:
-            return "the program made no call"
-        wanted = "direct"
-    else:
-        if not totals["served"]:
-            return f"the plug-in served no call: {totals}"
-        wanted = "served"
+    totals = {"served": counts.served, "forwarded": counts.forwarded, "direct": counts.direct}
+    if not mode.plugin and (counts.served or counts.forwarded):
+        return f"the plug-in was in the path, but should not: {totals}"
+    wanted = "served" if mode.plugin else "direct"
+    if not totals[wanted]:
+        return ("the plug-in served no call" if mode.plugin else
+                "the program made no call") + f": {totals}"
     if needs_gl and not any(not name.startswith("egl") and routes.get(wanted)
-                            for name, routes in counts["entries"].items()):
+                            for name, routes in counts.entries.items()):
         return f"not one GL call was {wanted}; the program's GL calls took another way"
     if mode.plugin and mode.passes_through:
-        lost = lost_calls(counts["entries"])
+        lost = lost_calls(counts.entries)
         if lost:
             return "calls were not handed on one for one: " + ", ".join(lost[:5])
     return ""
 
 
-def lost_calls(entries):
+def lost_calls(entries: Mapping[str, Mapping[str, int]]) -> list[str]:
     """Entries that did not come out of the plug-in as often as they went in."""
-    balance = {}
+    balance: dict[str, int] = {}
     for name, routes in entries.items():
         out = HANDED_ON_AS.get(name, name)
         balance[out] = balance.get(out, 0) + routes.get("served", 0)
@@ -100,15 +100,15 @@ def lost_calls(entries):
     return [f"{name} {-count:+}" for name, count in balance.items() if count]
 
 
-def calls(counts):
+def calls(counts: Counts | None) -> str:
     """What the program called and how often, whoever served it."""
     if counts is None:
         return ABSENT
     return " ".join(f"{name}:{routes.get('served', 0) + routes.get('direct', 0)}"
-                    for name, routes in sorted(counts["entries"].items()))
+                    for name, routes in sorted(counts.entries.items()))
 
 
-def _lines(text):
+def _lines(text: str) -> list[str]:
     """The text's lines; one member in each where it is JSON."""
     try:
         return json.dumps(json.loads(text), indent=1).splitlines()
@@ -116,7 +116,7 @@ def _lines(text):
         return text.splitlines()
 
 
-def text_difference(difference):
+def text_difference(difference: Difference) -> list[str]:
     """Baseline against mode, as few lines as tell it."""
     old, new = _lines(difference.baseline), _lines(difference.seen)
     if len(old) < 2 and len(new) < 2:

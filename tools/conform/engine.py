@@ -2,10 +2,14 @@
 
 import threading
 import time
+from collections.abc import Callable, Sequence
 from dataclasses import dataclass, field
+from typing import Protocol
 
-import compare
-import modes
+from tools.conform import compare, modes
+from tools.conform.cases import Case, Documented, Facts, Run
+from tools.conform.compare import Difference
+from tools.conform.modes import Mode
 
 # On a difference the baseline is given these many runs more, or as many as fit
 # this time, to show the same: then it is the baseline that is unstable. A test that
@@ -18,83 +22,89 @@ AGAIN_SECONDS = 60
 class Failure:
     mode: str
     message: str
-    difference: object = None  # compare.Difference
-    run: object = None
-    baseline: object = None
+    difference: Difference | None = None
+    run: Run | None = None
+    baseline: Run | None = None
 
 
 @dataclass
 class Result:
-    case: object
-    baseline: dict = field(default_factory=dict)
-    baseline_run: object = None
-    unstable: set = field(default_factory=set)
-    failures: list = field(default_factory=list)
-    served: dict = field(default_factory=dict)  # mode name: calls
-    entries: dict = field(default_factory=dict)  # the calls in one of the modes
+    case: Case
+    baseline: Facts
+    baseline_run: Run
+    unstable: set[str]
+    failures: list[Failure] = field(default_factory=list)
+    served: dict[str, int] = field(default_factory=dict)  # mode name: calls
+    # The calls in one of the modes.
+    entries: dict[str, dict[str, int]] = field(default_factory=dict)
     expected: int = 0  # documented differences that were found
-    control: bool = None  # whether the control mode was told apart
+    control: bool | None = None  # whether the control mode was told apart
+
+
+class CanRun(Protocol):
+    def run(self, case: Case, mode: Mode, tag: str) -> Run:
+        ...
 
 
 class Checker:
-    def __init__(self, rig, same, repeats, tick):
-        self.rig = rig
+    def __init__(self, runner: CanRun, same: Sequence[Mode], repeats: int,
+                 tick: Callable[[], None]) -> None:
+        self.runner = runner
         self.same = same
         self.repeats = repeats
         self.tick = tick
         self.stop = threading.Event()
 
-    def runs_per_case(self, case):
+    def runs_per_case(self, case: Case) -> int:
         return (self.repeats + len(self.same) + (case.control is not None) +
                 (case.documented is not None))
 
-    def check(self, case):
+    def check(self, case: Case) -> Result | None:
         """The Result; None where everything was stopped before."""
-        result = Result(case)
-        baselines = [self._baseline(case, result, i) for i in range(self.repeats)]
-        if not all(baselines):
-            return None
-        result.baseline_run, result.baseline = baselines[0]
-        result.unstable = compare.unstable([facts for _, facts in baselines])
+        baselines = []
+        for number in range(self.repeats):
+            if self.stop.is_set():
+                return None
+            baselines.append(self._run(case, modes.BASELINE, f"driver-{number + 1}"))
+        run, facts = baselines[0]
+        result = Result(case, facts, run, compare.unstable([facts for _, facts in baselines]))
+        for run, _ in baselines:
+            self._prove(result, modes.BASELINE, run)
         if not compare.is_sound(result.baseline, case.needs):
             result.failures.append(Failure(modes.BASELINE.name, "does not work with the driver "
                                            "alone", run=result.baseline_run))
         for mode in self.same:
             self._check_mode(result, mode)
         if case.documented:
-            self._check_documented(result)
+            self._check_documented(result, case.documented)
         if case.control:
             _, facts = self._run(case, case.control, case.control.name)
             result.control = bool(compare.differences(result.baseline, facts, result.unstable))
         return result
 
-    def _run(self, case, mode, tag):
-        run = self.rig.run(case, mode, tag)
-        facts = {**case.facts(run), "calls": compare.calls(run.counts)}
+    def _run(self, case: Case, mode: Mode, tag: str) -> tuple[Run, Facts]:
+        run = self.runner.run(case, mode, tag)
         self.tick()
-        return run, facts
+        return run, self._facts(case, run)
 
-    def _baseline(self, case, result, number):
-        if self.stop.is_set():
-            return None
-        run, facts = self._run(case, modes.BASELINE, f"driver-{number + 1}")
-        self._prove(result, modes.BASELINE, run)
-        return run, facts
+    @staticmethod
+    def _facts(case: Case, run: Run) -> Facts:
+        return {**case.facts(run), "calls": compare.calls(run.counts)}
 
-    def _prove(self, result, mode, run):
+    def _prove(self, result: Result, mode: Mode, run: Run) -> None:
         message = compare.proof_failure(mode, run.counts, result.case.needs_gl)
         if message and mode.name not in {f.mode for f in result.failures}:
             result.failures.append(Failure(mode.name, message, run=run))
 
-    def _find(self, result, mode):
+    def _find(self, result: Result, mode: Mode) -> tuple[Run, Facts, list[Difference]]:
         run, facts = self._run(result.case, mode, mode.name)
         self._prove(result, mode, run)
         if run.counts:
-            result.entries = run.counts["entries"]
-        result.served[mode.name] = run.counts["served"] if run.counts else 0
+            result.entries = run.counts.entries
+        result.served[mode.name] = run.counts.served if run.counts else 0
         return run, facts, compare.differences(result.baseline, facts, result.unstable)
 
-    def _check_mode(self, result, mode):
+    def _check_mode(self, result: Result, mode: Mode) -> None:
         if self.stop.is_set():
             return
         run, _, found = self._find(result, mode)
@@ -105,10 +115,9 @@ class Checker:
         result.failures += [Failure(mode.name, "differs", d, run, result.baseline_run)
                             for d in found if d.fact not in result.unstable]
 
-    def _check_documented(self, result):
+    def _check_documented(self, result: Result, documented: Documented) -> None:
         if self.stop.is_set():
             return
-        documented = result.case.documented
         run, facts, found = self._find(result, documented.mode)
         found = [d for d in found if d.fact.startswith(documented.sections)]
         # Other drivers lack some of the state.
@@ -119,7 +128,7 @@ class Checker:
         result.failures += [Failure(documented.mode.name, message, d, run, result.baseline_run)
                             for message, d in wrong]
 
-    def _doubt_baseline(self, result, found):
+    def _doubt_baseline(self, result: Result, found: Sequence[Difference]) -> None:
         """Runs it again until it has shown each difference by itself."""
         names = {difference.fact for difference in found}
         facts = [result.baseline]
@@ -127,6 +136,6 @@ class Checker:
         for number in range(AGAIN):
             if names <= result.unstable or time.monotonic() > until or self.stop.is_set():
                 return
-            run = self.rig.run(result.case, modes.BASELINE, f"driver-again-{number + 1}")
-            facts.append({**result.case.facts(run), "calls": compare.calls(run.counts)})
+            facts.append(self._facts(result.case, self.runner.run(
+                result.case, modes.BASELINE, f"driver-again-{number + 1}")))
             result.unstable |= compare.unstable(facts)

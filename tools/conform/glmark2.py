@@ -1,9 +1,13 @@
 """The pictures that glmark2 validates, case by case."""
 
 import re
+from collections.abc import Iterator, Sequence
 
-import modes
-from rig import Case, find_tool
+from tools.common.processes import find_program
+from tools.conform import modes
+from tools.conform.cases import Case, Facts, Found, Run
+from tools.conform.engine import Result
+from tools.conform.runner import Runner
 
 LINE = re.compile(r"^(\[.*?\] .*): Validation: (\w+)", re.MULTILINE)
 
@@ -11,12 +15,17 @@ LINE = re.compile(r"^(\[.*?\] .*): Validation: (\w+)", re.MULTILINE)
 SAMPLE = ("build:use-vbo=true", "texture", "shading:shading=phong", "buffer", "loop")
 
 
-def facts(run):
-    return {"exit code": str(run.code), **dict(LINE.findall(run.output))}
+def facts(run: Run) -> Facts:
+    return {"exit code": run.code, **dict(LINE.findall(run.output))}
 
 
-def cases(quick):
-    program = find_tool("glmark2-es2", "glmark2-es2-x11")
+def cases(_: Runner, quick: bool) -> Found:
+    program = find_program("glmark2-es2", "glmark2-es2-x11")
     few = [word for name in SAMPLE for word in ("--benchmark", name)] if quick else []
-    return [Case("glmark2", "validate", [program, "--validate", *few], facts,
-                 needs="[", control=modes.CONTROL_QUIRK)]
+    return Found([Case("glmark2", "validate", [program, "--validate", *few], facts,
+                       needs="[", control=modes.CONTROL_QUIRK)])
+
+
+def notes(results: Sequence[Result]) -> Iterator[str]:
+    for result in results:
+        yield f"glmark2: {sum(f.startswith('[') for f in result.baseline)} validations"

@@ -6,7 +6,7 @@ from dataclasses import dataclass
 @dataclass(frozen=True)
 class Mode:
     name: str
-    options: tuple
+    options: tuple[str, ...]
     # Whether the plug-in is there, and whether it hands on every call as it is.
     plugin: bool = True
     passes_through: bool = True
@@ -14,7 +14,7 @@ class Mode:
 
 BASELINE = Mode("driver", ("--no-plugin", "--game", "none"), plugin=False)
 
-SAME = (
+SAME: tuple[Mode, ...] = (
     Mode("none", ("--game", "none")),
     Mode("sgame-100", ("--game", "sgame", "--set", "FB0Factor=100")),
     Mode("sgame-off", ("--game", "sgame", "--set", "FB0Factor=50", "--set", "enable=0")),

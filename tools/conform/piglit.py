@@ -4,15 +4,20 @@ Its runner would add -fbo to most, which never reaches the window.
 """
 
 import ast
+import collections
 import glob
 import gzip
 import json
 import re
+from collections.abc import Iterable, Iterator, Sequence
 from pathlib import Path
 from xml.etree import ElementTree
 
-import modes
-from rig import Case, ToolMissing
+from tools.common.errors import CannotRun
+from tools.conform import modes
+from tools.conform.cases import Case, Facts, Found, Run
+from tools.conform.engine import Result
+from tools.conform.runner import Runner
 
 # Programs, and shader tests of which one program runs many.
 LISTS = ("tests/quick_gl.xml.gz", "tests/shader.no_isolation.xml.gz")
@@ -23,36 +28,36 @@ CONTROL = "glsl-fs-pointcoord_gles2"
 SAMPLE = 6
 
 
-def folder():
+def folder() -> Path:
     found = glob.glob("/usr/lib/*/piglit/" + LISTS[0])
     if not found:
-        raise ToolMissing("there is no piglit; install it: apt-get install piglit")
+        raise CannotRun("there is no piglit; install it: apt-get install piglit")
     return Path(found[0]).parent.parent
 
 
-def commands(root):
+def commands(root: Path) -> Iterator[tuple[str, list[str]]]:
     """(name, command) of each test in piglit's lists."""
     for tests in LISTS:
         with gzip.open(root / tests) as stream:
             for _, element in ElementTree.iterparse(stream):
                 if element.tag != "Test":
                     continue
-                options = {o.get("name"): o.get("value") for o in element}
+                name = element.get("name", "")
+                options = {o.get("name", ""): o.get("value", "") for o in element}
                 if element.get("type") == "multi_shader":
-                    yield element.get("name"), [ast.literal_eval(options["prog"]),
-                                                *SHADER_TESTS.findall(options["files"]),
-                                                "-report-subtests"]
+                    yield name, [ast.literal_eval(options["prog"]),
+                                 *SHADER_TESTS.findall(options["files"]), "-report-subtests"]
                 elif element.get("type") != "shader" and "command" in options:
-                    yield element.get("name"), ast.literal_eval(options["command"])
+                    yield name, ast.literal_eval(options["command"])
 
 
-def is_gles(program):
+def is_gles(program: Path) -> bool:
     return b"libpiglitutil_gles" in program.read_bytes()
 
 
-def facts(run):
+def facts(run: Run) -> Facts:
     """The result, those of the subtests, and what else the test says."""
-    found = {"exit code": str(run.code)}
+    found = {"exit code": run.code}
     said = []
     for line in run.output.splitlines():
         if not line.startswith(MARK):
@@ -71,18 +76,18 @@ def facts(run):
     return found
 
 
-def result(of_a_test):
+def result(of_a_test: Facts) -> str:
     """The result among these facts, for a summary."""
     if "result" in of_a_test:
-        return json.loads(of_a_test["result"])
+        return str(json.loads(of_a_test["result"]))
     has_subtests = any(fact.startswith("subtest ") for fact in of_a_test)
     return "with results of subtests" if has_subtests else "without a result"
 
 
-def cases(quick):
-    """The cases, and the tests of the list that are not installed."""
+def cases(_: Runner, quick: bool) -> Found:
     root = folder()
-    chosen, missing = [], []
+    chosen: list[Case] = []
+    missing: list[str] = []
     for name, command in commands(root):
         program = root / "bin" / command[0]
         if not program.is_file():
@@ -99,10 +104,10 @@ def cases(quick):
             control=modes.CONTROL_QUIRK if command[0] == CONTROL else None))
     if quick:
         chosen = [c for i, c in enumerate(chosen) if i % SAMPLE == 0 or c.control]
-    return chosen, missing
+    return Found(chosen, missing)
 
 
-def _argument(root, argument):
+def _argument(root: Path, argument: str) -> str:
     """Files of piglit's are named from its folder, or from that of its tests."""
     for file in (root / "tests" / argument, root / argument):
         if "/" in argument and file.is_file():
@@ -110,11 +115,29 @@ def _argument(root, argument):
     return argument
 
 
-def makes_window(calls):
+def makes_window(calls: Iterable[str]) -> bool:
     return any(name.startswith(("eglCreateWindowSurface", "eglCreatePlatformWindowSurface"))
                for name in calls)
 
 
-def draws_to_window(calls):
+def draws_to_window(calls: Iterable[str]) -> bool:
     return makes_window(calls) and any(
         name.startswith(("glDraw", "glClear", "glBlitFramebuffer")) for name in calls)
+
+
+def has_served_gl(result: Result) -> bool:
+    return any(not name.startswith("egl") and routes.get("served", 0)
+               for name, routes in result.entries.items())
+
+
+def notes(results: Sequence[Result]) -> Iterator[str]:
+    if not results:
+        return
+    entries = [r.entries for r in results]
+    said = collections.Counter(result(r.baseline) for r in results)
+    yield ("piglit: on the driver alone " +
+           ", ".join(f"{number} {name}" for name, number in said.most_common()) +
+           f"; {sum(map(makes_window, entries))} make a window, "
+           f"{sum(map(draws_to_window, entries))} draw to it")
+    yield (f"piglit: the GL calls of {sum(map(has_served_gl, results))} tests were served by "
+           "the plug-in; the others make EGL calls only, or use OpenGL ES 1 or desktop GL")

@@ -1,19 +1,22 @@
 """What a run of the comparison leaves: a table, the differences, raw results."""
 
 import json
+from collections.abc import Sequence
 from pathlib import Path
+from typing import Any
 
 import numpy as np
 from PIL import Image
 
-from compare import text_difference
+from tools.common import measure
+from tools.conform.cases import Case
+from tools.conform.compare import text_difference
+from tools.conform.engine import Failure, Result
 
 
-def draw_difference(baseline, seen, file):
+def draw_difference(baseline: Path, seen: Path, file: Path) -> None:
     """Both pictures and, amplified, what is between them, side by side."""
-    def load(path):
-        return np.asarray(Image.open(path).convert("RGB")).astype(int)
-    a, b = load(baseline), load(seen)
+    a, b = (measure.load(path).astype(int) for path in (baseline, seen))
     height = max(a.shape[0], b.shape[0])
     panels = [a, b]
     if a.shape == b.shape:
@@ -24,16 +27,18 @@ def draw_difference(baseline, seen, file):
     Image.fromarray(np.hstack(padded).astype(np.uint8)).save(file)
 
 
-def picture_of(failure):
+def pictures_of(failure: Failure) -> tuple[Path, Path] | None:
     """The pictures of baseline and mode that the failure is about, or None."""
     if failure.difference is None or not failure.difference.fact.startswith("picture "):
         return None
+    if failure.baseline is None or failure.run is None:
+        return None
     name = failure.difference.fact.removeprefix("picture ")
-    files = [Path(f"{run.prefix}{name}") for run in (failure.baseline, failure.run)]
+    files = Path(f"{failure.baseline.prefix}{name}"), Path(f"{failure.run.prefix}{name}")
     return files if all(f.is_file() for f in files) else None
 
 
-def describe(result, out):
+def describe(result: Result, out: Path) -> list[str]:
     """The lines that show all failures of a case, mode by mode."""
     lines = []
     for mode in dict.fromkeys(f.mode for f in result.failures):
@@ -47,11 +52,11 @@ def describe(result, out):
     return lines
 
 
-def _describe_one(case, failure, out):
+def _describe_one(case: Case, failure: Failure, out: Path) -> list[str]:
     if failure.difference is None:
         return [failure.message]
     lines = [f"{failure.difference.fact}: {failure.message}"]
-    pictures = picture_of(failure)
+    pictures = pictures_of(failure)
     if pictures:
         file = out / "differences" / f"{case.slug}-{failure.mode}-{pictures[1].name}"
         draw_difference(*pictures, file)
@@ -59,7 +64,7 @@ def _describe_one(case, failure, out):
     return lines + [f"  {line}" for line in text_difference(failure.difference)]
 
 
-def remove_equal_pictures(result):
+def remove_equal_pictures(result: Result) -> None:
     """They are many, and the baseline's first are kept."""
     wrong = {f.mode for f in result.failures}
     keep = (f"{result.baseline_run.prefix.name}", *(f"{mode}." for mode in wrong))
@@ -68,30 +73,34 @@ def remove_equal_pictures(result):
             picture.unlink()
 
 
-def table(results, mode_names):
-    """One line per suite: whether its cases were equal in each mode."""
-    mode_names = [m for m in mode_names if any(m in r.served for r in results)]
+def _cell(results: Sequence[Result], mode: str) -> str:
+    """Whether these cases were equal in the mode."""
+    if not any(mode in r.served for r in results):
+        return ""
+    wrong = sum(any(f.mode == mode for f in r.failures) for r in results)
+    if wrong:
+        return f"{wrong} differ"
+    documented = any(r.case.documented and mode == r.case.documented.mode.name for r in results)
+    return "documented" if documented else "equal"
+
+
+def table(results: Sequence[Result]) -> str:
+    """One line per suite, and in it one cell per mode."""
+    mode_names = list(dict.fromkeys(name for r in results for name in r.served))
     width = max(len(m) for m in (*mode_names, "documented")) + 1
     lines = ["suite     cases  facts  " + "".join(f"{m:>{width}}" for m in mode_names) +
              "   calls served"]
     for suite in dict.fromkeys(r.case.suite for r in results):
         own = [r for r in results if r.case.suite == suite]
         facts = sum(len(r.baseline.keys() - r.unstable) for r in own)
-        cells = ""
-        for mode in mode_names:
-            wrong = sum(any(f.mode == mode for f in r.failures) for r in own)
-            ran = sum(mode in r.served for r in own)
-            good = "documented" if any(r.case.documented and mode == r.case.documented.mode.name
-                                       for r in own) else "equal"
-            text = "" if not ran else f"{wrong} differ" if wrong else good
-            cells += f"{text:>{width}}"
+        cells = "".join(f"{_cell(own, mode):>{width}}" for mode in mode_names)
         served = sum(sum(r.served.values()) for r in own)
         lines.append(f"{suite:9}{len(own):6}{facts:7}  {cells}   {served:,}")
     return "\n".join(lines)
 
 
-def write_json(results, notes, file):
-    def failure(f):
+def write_json(results: Sequence[Result], notes: dict[str, Any], file: Path) -> None:
+    def failure(f: Failure) -> dict[str, Any]:
         return {"mode": f.mode, "message": f.message,
                 "fact": f.difference and f.difference.fact,
                 "baseline": f.difference and f.difference.baseline,

@@ -2,12 +2,17 @@
 
 import json
 import re
+from collections.abc import Collection, Iterator, Sequence
 from pathlib import Path
+from typing import Any
 
-import traces
-from compare import ANYTHING
-from modes import Mode
-from rig import Case, Documented, ToolMissing, find_tool
+from tools.common.errors import CannotRun
+from tools.common.processes import find_program
+from tools.conform import traces
+from tools.conform.cases import ANYTHING, Case, Documented, Expected, Facts, Found, Run
+from tools.conform.engine import Result
+from tools.conform.modes import Mode
+from tools.conform.runner import Runner
 
 LIMITS = Path(__file__).resolve().parents[2] / "docs" / "limits.md"
 ROW = re.compile(r"^\| `(GL_\w+)` \| (.+?) \| (.+?) \| .+ \|$", re.MULTILINE)
@@ -26,29 +31,29 @@ SCALED = Mode("sgame-50", ("--game", "sgame", "--set", "FB0Factor=50", "--at",
 COMPARED = ("parameters ", "exit code", "state")
 
 
-def documented(text, moments):
+def documented(text: str, moments: Collection[str]) -> Expected:
     """What docs/limits.md says to change at any of these moments: fact -> value."""
-    expected = {}
+    expected: dict[str, str | None] = {}
     for name, becomes, when in ROW.findall(text):
         at = {moment.strip() for moment in when.split(",")}
         if not at <= set(MOMENTS):
             raise ValueError(f"{LIMITS}: {name}: '{when}' is not made of {', '.join(MOMENTS)}")
-        if at & moments:
+        if at & set(moments):
             literal = LITERAL.fullmatch(becomes)
             expected[f"parameters {name}"] = literal[1] if literal else ANYTHING
     return expected
 
 
-def without_data(value):
+def without_data(value: Any) -> Any:
     """Contents of buffers are undefined after a swap; their shapes are not."""
     if isinstance(value, dict):
         return {k: without_data(v) for k, v in value.items() if k != "__data__"}
     return [without_data(v) for v in value] if isinstance(value, list) else value
 
 
-def facts(run):
+def facts(run: Run) -> Facts:
     """Each parameter, and each entry of the other sections, as JSON."""
-    result = {"exit code": str(run.code)}
+    result = {"exit code": run.code}
     try:
         # Some of the texts in it hold control characters.
         state = json.loads(run.output, strict=False)
@@ -62,16 +67,26 @@ def facts(run):
     return result
 
 
-def cases(rig):
-    replayer = find_tool("eglretrace", "apitrace")
+def cases(runner: Runner, _: bool) -> Found:
+    found = Found([])
+    replayer = find_program("eglretrace", "apitrace")
     text = LIMITS.read_text(encoding="utf-8")
-    program = rig.program("conform-state")
-    file = traces.record(rig, "state", [program, str(len(SWAPS)), str(WITHOUT_PROGRAM)])
+    program = runner.launcher.program("conform-state")
+    file = traces.record(runner, "state", [program, str(len(SWAPS)), str(WITHOUT_PROGRAM)])
     calls = traces.swaps(file)
     if len(calls) != len(SWAPS):
-        raise ToolMissing(f"{file} holds {len(calls)} swaps, not {len(SWAPS)}")
+        raise CannotRun(f"{file} holds {len(calls)} swaps, not {len(SWAPS)}")
     for i, (call, moments) in enumerate(zip(calls, SWAPS), 1):
         name = f"swap {i} ({', '.join(m for m in MOMENTS if m in moments)})"
-        yield Case("state", name, [replayer, "--headless", f"--dump-state={call}", str(file)],
-                   facts, environment=traces.REPLAY, needs="parameters ",
-                   documented=Documented(SCALED, documented(text, moments), COMPARED))
+        found.cases.append(Case(
+            "state", name, [replayer, "--headless", f"--dump-state={call}", str(file)], facts,
+            environment=traces.REPLAY, needs="parameters ",
+            documented=Documented(SCALED, documented(text, moments), COMPARED)))
+    return found
+
+
+def notes(results: Sequence[Result]) -> Iterator[str]:
+    if results and not any(r.failures for r in results):
+        yield ("state: scaling changes what docs/limits.md says and nothing else: of "
+               f"{sum(f.startswith('parameters ') for f in results[0].baseline)} parameters " +
+               ", ".join(f"{r.expected} at {r.case.name}" for r in results))

@@ -1,6 +1,10 @@
 """The cases of the demo and the runs in which they are played."""
 
 from dataclasses import dataclass
+from pathlib import Path
+
+from tools.common.sheet import Place
+from tools.common.sizes import Size, text_size
 
 INTERNAL_SIZES = ((1440, 648), (1280, 576), (1080, 486))
 LOWERED_TO = (1080, 486)
@@ -27,10 +31,10 @@ class Case:
     game_factor: int = 100
     # The sizes at which the game may draw away from the window, or None when
     # they follow from the window and the factors.
-    internal: tuple = None
+    internal: tuple[Size, ...] | None = None
 
     @property
-    def places(self):
+    def places(self) -> tuple[Place, Place]:
         return ARENA_PLACES if self.internal is None else SIZES_PLACES
 
 
@@ -38,38 +42,52 @@ class Case:
 class Run:
     slug: str
     title: str
-    options: list
-    scene_options: list
-    cases: list
+    # Of the launcher, and of the scene.
+    options: list[str]
+    scene_options: list[str]
+    cases: list[Case]
     # Texture sizes that must appear in the run and sizes that must not.
-    textures: tuple = ()
-    no_textures: tuple = ()
+    textures: tuple[Size, ...] = ()
+    no_textures: tuple[Size, ...] = ()
 
     @property
-    def frames(self):
+    def frames(self) -> int:
         return self.cases[-1].last
 
 
-def _common(size, driver):
-    return ["--size", size, "--driver", driver]
+@dataclass(frozen=True)
+class Plan:
+    """What all runs have in common."""
+
+    window: Size
+    driver: str
+    frames: int  # of each case
+
+    @property
+    def size(self) -> str:
+        return text_size(self.window)
+
+    @property
+    def options(self) -> list[str]:
+        return ["--size", self.size, "--driver", self.driver]
 
 
-def baseline(size, driver, frames):
+def baseline(plan: Plan) -> Run:
     """The game without the plug-in."""
-    case = Case("native", "native, without the plug-in", 1, frames, "native", identical=True)
-    return Run("baseline", "the game without the plug-in", [*_common(size, driver), "--no-plugin"],
-               ["--size", size, "--period", str(frames)], [case])
+    case = Case("native", "native, without the plug-in", 1, plan.frames, "native", identical=True)
+    return Run("baseline", "the game without the plug-in", [*plan.options, "--no-plugin"],
+               ["--size", plan.size, "--period", str(plan.frames)], [case])
 
 
-def live(size, driver, frames):
+def live(plan: Plan) -> Run:
     """SGAME in one process whose factors change through the kernel node."""
     steps = ((100, 100, "sgame-100", "FB0Factor 100"), (90, 100, "sgame-90", "FB0Factor 90"),
              (75, 100, "sgame-75", "FB0Factor 75"), (50, 100, "sgame-50", "FB0Factor 50"),
              (75, 70, "sgame-75-game-70", "FB0Factor 75, gameInternalFBOFactor 70"))
     # The quirk is on all along; it has no effect until gameInternalFBOFactor
     # asks for a smaller game framebuffer.
-    options = [*_common(size, driver), "--game", "sgame", "--quirk", "attachment-sizes"]
-    cases = []
+    options = [*plan.options, "--game", "sgame", "--quirk", "attachment-sizes"]
+    frames, cases = plan.frames, []
     for index, (window, game, slug, title) in enumerate(steps):
         last = index * frames
         if index > 0:
@@ -82,13 +100,13 @@ def live(size, driver, frames):
     cases.append(Case("sgame-off", "scaling switched off", last + 1, last + frames, "native",
                       identical=True))
     return Run("sgame", "SGAME, one process, switched live", options,
-               ["--size", size, "--period", str(frames)], cases)
+               ["--size", plan.size, "--period", str(frames)], cases)
 
 
-def internal_sizes(size, driver, frames, config):
+def internal_sizes(plan: Plan, config: Path) -> list[Run]:
     """A game whose own render sizes are lowered through the configuration file."""
-    scene = ["--mode", "sizes", "--size", size, "--period", str(frames)]
-    common = _common(size, driver)
+    frames, common = plan.frames, plan.options
+    scene = ["--mode", "sizes", "--size", plan.size, "--period", str(frames)]
     native = Case("genshin-native", "internal sizes, without the plug-in", 1, frames,
                   "genshin-native", identical=True, internal=INTERNAL_SIZES)
     same = Case("genshin-default", "Genshin Impact, nothing configured", 1, frames,

@@ -1,8 +1,14 @@
 """Whether a case did what its name says: from the pixels and from the sizes of
 the framebuffers that the driver saw. Times and settings prove nothing here."""
 
-from common import measure
-from common.sizes import scaled, text_size, text_sizes
+from collections.abc import Sequence
+from typing import Protocol
+
+from tools.common import measure
+from tools.common.measure import Picture
+from tools.common.sizes import Size, scaled, text_size, text_sizes
+from tools.common.stats import Frame
+from tools.demo.cases import INTERNAL_SIZES, Case, Run
 
 # Frames at the start of a case that prove nothing: the driver may still be
 # making what the case needs.
@@ -17,7 +23,7 @@ BLOCK_SHIFT = 22.0
 MOST_LEFT = 0.96
 
 
-def expected_sizes(case, window):
+def expected_sizes(case: Case, window: Size) -> set[Size]:
     """The sizes drawn at away from the window itself."""
     if case.internal is not None:
         return set(case.internal)
@@ -25,7 +31,7 @@ def expected_sizes(case, window):
     return {world} if case.window_factor == 100 else {world, scaled(window, case.window_factor)}
 
 
-def check_sizes(case, frames, window):
+def check_sizes(case: Case, frames: Sequence[Frame], window: Size) -> list[str]:
     """Messages about frames in which the driver saw other sizes than it should."""
     expected = expected_sizes(case, window)
     for frame in frames[case.first + SETTLING - 1 : case.last]:
@@ -43,8 +49,8 @@ def check_sizes(case, frames, window):
     return []
 
 
-def check_textures(run, frames):
-    seen = set().union(*(frame.textures for frame in frames))
+def check_textures(run: Run, frames: Sequence[Frame]) -> list[str]:
+    seen = {size for frame in frames for size in frame.textures}
     missing, unwanted = set(run.textures) - seen, set(run.no_textures) & seen
     if not missing and not unwanted:
         return []
@@ -52,7 +58,7 @@ def check_textures(run, frames):
             f"unwanted: {text_sizes(unwanted)}"]
 
 
-def check_picture(case, picture, reference):
+def check_picture(case: Case, picture: Picture, reference: Picture) -> list[str]:
     """Messages about a picture that is not what the case claims."""
     mean = float(measure.luma(picture).mean())
     if mean < NEARLY_BLACK:
@@ -69,8 +75,9 @@ def check_picture(case, picture, reference):
     failures = []
     shift = measure.worst_block(picture, reference)
     if shift > BLOCK_SHIFT:
-        failures.append("the picture does not show what the native one shows: the mean luma of a "
-                        f"{measure.BLOCK}-pixel block is off by {shift:.1f}, over {BLOCK_SHIFT:.0f}")
+        failures.append("the picture does not show what the native one shows: the mean luma of "
+                        f"a {measure.BLOCK}-pixel block is off by {shift:.1f}, over "
+                        f"{BLOCK_SHIFT:.0f}")
     left = measure.detail(picture) / measure.detail(reference)
     if left > MOST_LEFT:
         failures.append(f"{left:.1%} of the native picture's fine detail is left, "
@@ -78,7 +85,15 @@ def check_picture(case, picture, reference):
     return failures
 
 
-def check_order(results):
+class Compared(Protocol):
+    """A case whose picture has been held against the native one."""
+
+    case: Case
+    psnr: float
+    detail: float
+
+
+def check_order(results: Sequence[Compared]) -> list[tuple[Case, str]]:
     """Cases of falling resolution must lose more and more: (case, message) pairs."""
     failures = []
     for higher, lower in zip(results, results[1:]):
@@ -86,15 +101,16 @@ def check_order(results):
             failures.append((lower.case, f"keeps {lower.detail:.1%} of the fine detail, hardly "
                              f"less than '{higher.case.title}' with {higher.detail:.1%}"))
         if lower.psnr >= higher.psnr:
-            failures.append((lower.case, f"is no less like the native picture ({lower.psnr:.1f} dB) "
-                             f"than '{higher.case.title}' ({higher.psnr:.1f} dB)"))
+            failures.append((lower.case, "is no less like the native picture "
+                             f"({lower.psnr:.1f} dB) than '{higher.case.title}' "
+                             f"({higher.psnr:.1f} dB)"))
     return failures
 
 
-def check_columns(case, picture, reference):
+def check_columns(picture: Picture, reference: Picture) -> list[str]:
     """Of the three internal sizes the larger two lose detail, the third none."""
     failures = []
-    for index, name in enumerate(("1440x648", "1280x576", "1080x486")):
+    for index, name in enumerate(map(text_size, INTERNAL_SIZES)):
         own, native = measure.third(picture, index), measure.third(reference, index)
         if index == 2:
             if (own != native).any():

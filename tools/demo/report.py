@@ -3,11 +3,43 @@
 import html
 import json
 import math
+from collections.abc import Sequence
+from dataclasses import asdict, dataclass, field
+from pathlib import Path
 
-from common import texts
+from tools.common import texts
+from tools.common.sizes import Size, text_sizes
+from tools.demo.cases import Case
 
 
-def _row(result):
+@dataclass
+class Result:
+    case: Case
+    picture: Path
+    sizes: list[Size]
+    milliseconds: float
+    ratio: float = 1.0
+    psnr: float = 0.0
+    ssim: float = 0.0
+    # The part of the native picture's fine detail that is left.
+    detail: float = 0.0
+    failures: list[str] = field(default_factory=list)
+
+    @property
+    def render_size(self) -> str:
+        return text_sizes(self.sizes)
+
+
+@dataclass(frozen=True)
+class Settings:
+    """What the demo was asked for, under the names of results.json."""
+
+    size: str
+    driver: str
+    frames_per_case: int
+
+
+def _row(result: Result) -> texts.Row:
     return (result.case.title, result.render_size, f"{result.milliseconds:.1f} ms",
             f"{result.ratio:.2f}", texts.decibels(result.psnr), f"{result.ssim:.4f}",
             "FAILED" if result.failures else "ok")
@@ -16,11 +48,11 @@ def _row(result):
 HEAD = ("case", "render size", "median frame", "to native", "PSNR", "SSIM", "")
 
 
-def table(results):
+def table(results: Sequence[Result]) -> str:
     return texts.table([HEAD, *(_row(r) for r in results)], left=2)
 
 
-def write_json(results, settings, path):
+def write_json(results: Sequence[Result], settings: Settings, path: Path) -> None:
     cases = [{
         "case": r.case.slug,
         "title": r.case.title,
@@ -35,7 +67,7 @@ def write_json(results, settings, path):
         "picture": r.picture.name,
         "failures": r.failures,
     } for r in results]
-    document = {**settings, "passed": not any(r.failures for r in results), "cases": cases}
+    document = {**asdict(settings), "passed": not any(r.failures for r in results), "cases": cases}
     path.write_text(json.dumps(document, indent=2) + "\n", encoding="utf-8")
 
 
@@ -49,9 +81,10 @@ td:nth-child(-n+2), th:nth-child(-n+2) { text-align: left; }
 """
 
 
-def write_page(results, settings, sheet, path):
-    failures = "".join(f"<li class='failed'>{html.escape(r.case.title)}: {html.escape(message)}</li>"
-                       for r in results for message in r.failures)
+def write_page(results: Sequence[Result], settings: Settings, sheet: Path, path: Path) -> None:
+    failures = "".join(
+        f"<li class='failed'>{html.escape(r.case.title)}: {html.escape(message)}</li>"
+        for r in results for message in r.failures)
     pictures = "".join(f"<h3>{html.escape(r.case.title)}</h3>"
                        f"<img src='{html.escape(r.picture.name)}' alt=''>" for r in results)
     path.write_text(f"""<!doctype html>
@@ -59,8 +92,8 @@ def write_page(results, settings, sheet, path):
 <title>Scaling demo</title>
 <style>{STYLE}</style>
 <h1>Scaling demo</h1>
-<p>Window {html.escape(settings['size'])}, driver {html.escape(settings['driver'])},
-{settings['frames_per_case']} frames a case. Render sizes are those that the driver drew at.
+<p>Window {settings.size}, driver {settings.driver},
+{settings.frames_per_case} frames a case. Render sizes are those that the driver drew at.
 PSNR and SSIM compare with the native picture of the same frame; the frame time is the median.</p>
 {texts.html_table([HEAD, *(_row(r) for r in results)])}
 <ul>{failures}</ul>

@@ -1,6 +1,10 @@
 """What can go wrong, and how each fault is brought about under the rig."""
 
+from collections.abc import Iterator
 from dataclasses import dataclass
+from typing import Any
+
+Words = tuple[str, ...]
 
 # The fault is in force in these frames; the frame after the next must be right.
 FIRST, LAST = 8, 12
@@ -19,12 +23,12 @@ class Scenario:
     name: str
     program: str = "random"  # or "scene"
     # For both runs.
-    rig: tuple = SCALED
-    arguments: tuple = ()
+    rig: Words = SCALED
+    arguments: Words = ()
     # For the faulty one.
-    fault_rig: tuple = ()
-    fault_arguments: tuple = ()
-    config: bytes = None
+    fault_rig: Words = ()
+    fault_arguments: Words = ()
+    config: bytes | None = None
     frames: int = FRAMES
     right: int = RIGHT
     # What the faulty run ends with, and a text that it must have written.
@@ -36,18 +40,18 @@ class Scenario:
     outside_main: bool = False
 
     @property
-    def all_shown(self):
+    def all_shown(self) -> tuple[int, ...]:
         if self.frames == FEW_FRAMES:
             return (FEW_FRAMES,)
         return SHOWN if self.frames == FRAMES else ()
 
     @property
-    def shown(self):
+    def shown(self) -> tuple[int, ...]:
         """The frames whose pictures must be right."""
         return tuple(n for n in self.all_shown if n < FIRST or n >= self.right)
 
 
-def at(frame, parameter):
+def at(frame: int, parameter: str) -> Words:
     return ("--at", f"{frame}:{parameter}")
 
 
@@ -57,7 +61,7 @@ REBUILT = at(FIRST, "FB0Factor=75") + at(FIRST + 2, "FB0Factor=50")
 # tried again before.
 REBUILT_AFTERWARDS = at(LAST, "FB0Factor=75") + at(LAST + 1, "FB0Factor=50")
 
-QUIRKS = {
+QUIRKS: dict[str, Words] = {
     "object names refused": ("no-names",),
     "shaders not compiled": ("shader-compile",),
     "shaders not compiled, no info log": ("shader-compile", "no-info-logs"),
@@ -73,13 +77,15 @@ BLACK_UNTIL_REBUILT = ("shader-compile", "program-link")
 SEEN_BY_SCENE = ("pending-error", "context-lost")
 
 CALM = ("--calm", f"{FIRST - 1}-{LAST + 1}")
+MOMENTS: tuple[tuple[str, Words], ...] = (
+    ("while frames run", ()), ("while the target is rebuilt", REBUILT))
 
 
-def driver_faults():
+def driver_faults() -> Iterator[Scenario]:
     for name, quirks in QUIRKS.items():
         fault = tuple(word for quirk in quirks for word in ("--quirk", quirk + QUIRK_FRAMES))
         black = quirks[0] in BLACK_UNTIL_REBUILT
-        for when, changes in (("while frames run", ()), ("while the target is rebuilt", REBUILT)):
+        for when, changes in MOMENTS:
             for program in ("random", "scene"):
                 # The changes of the current surface in random calls rebuild it as well.
                 rebuilt = black and (changes or program == "random")
@@ -94,16 +100,17 @@ def driver_faults():
                    fault_rig=("--quirk", "no-names" + QUIRK_FRAMES))
 
 
-def process_faults():
-    def own(name, fault, rig=SCALED, arguments=(), **more):
+def process_faults() -> Iterator[Scenario]:
+    def own(name: str, fault: str, rig: Words = SCALED, arguments: Words = (),
+            **more: Any) -> Scenario:
         return Scenario(name, "random", rig, arguments, (),
                         ("--fault", f"{fault}@{FIRST}-{LAST}"), **more)
 
     yield own("the rendering thread renamed", "rename", right=FIRST)
     yield own("several rendering threads at once", "many-bound")
     yield own("makeCurrent thrash, contexts sharing objects", "thrash")
-    yield own("the surface destroyed and made anew", "new-window")
-    yield own("the context destroyed and made anew", "new-context",
+    yield own("the surface destroyed and made again", "new-window")
+    yield own("the context destroyed and made again", "new-context",
               arguments=("--calm", f"1-{FRAMES}"))
     yield own("fork without exec", "fork", right=FIRST)
     yield own("libraries opened and closed", "reopen", right=FIRST)
@@ -116,7 +123,7 @@ def process_faults():
     yield Scenario("calls before main and after it", outside_main=True)
 
 
-def input_faults(long):
+def input_faults(long: bool) -> Iterator[Scenario]:
     last = 9000 if long else 200
     yield Scenario("the node changed every millisecond", "random", SCALED, (), (),
                    ("--fault", f"flip-node@{FIRST}-{last}"), frames=last + 20, right=last + 2)
@@ -147,5 +154,5 @@ CONFIGURATIONS = {
 }
 
 
-def all_scenarios(long):
+def all_scenarios(long: bool) -> list[Scenario]:
     return [*driver_faults(), *process_faults(), *input_faults(long)]

@@ -4,6 +4,11 @@ import csv
 import json
 import math
 from dataclasses import asdict
+from pathlib import Path
+from typing import Any
+
+from tools.tune.report import Report
+from tools.tune.results import Result
 
 FIELDS = ("setting", "fb0_factor", "hdr_factor", "native", "render_width", "render_height",
           "samples", "median_ms", "p95_ms", "p99_ms", "undisturbed_ms", "noise",
@@ -11,12 +16,12 @@ FIELDS = ("setting", "fb0_factor", "hdr_factor", "native", "render_width", "rend
           "drawn_wrongly", "not_scaled")
 
 
-def _number(value, digits):
+def _number(value: float, digits: int) -> float | None:
     """JSON has neither infinity nor NaN: null stands for both, see docs/tuning.md."""
     return round(value, digits) if math.isfinite(value) else None
 
 
-def row(r):
+def row(r: Result) -> dict[str, Any]:
     return dict(zip(FIELDS, (
         r.setting.slug, r.setting.factor, r.setting.hdr, r.setting.native, *r.render_size,
         r.samples, _number(r.median, 3), _number(r.p95, 3), _number(r.p99, 3),
@@ -25,7 +30,7 @@ def row(r):
         _number(r.resized_ssim, 6), r.drawn_wrongly, r.not_scaled)))
 
 
-def document(report):
+def document(report: Report) -> dict[str, Any]:
     verdict = report.verdict
     chosen = verdict.chosen
     return {
@@ -53,11 +58,11 @@ def document(report):
     }
 
 
-def write_json(report, path):
+def write_json(report: Report, path: Path) -> None:
     path.write_text(json.dumps(document(report), indent=2) + "\n", encoding="utf-8")
 
 
-def write_csv(report, path):
+def write_csv(report: Report, path: Path) -> None:
     with open(path, "w", encoding="utf-8", newline="") as stream:
         writer = csv.DictWriter(stream, FIELDS)
         writer.writeheader()

@@ -2,12 +2,12 @@
 
 import html
 import json
+from collections.abc import Iterable
 from pathlib import Path
 
-import pictures
-import plot
-from common import texts
-from report import noise_sentence, rows
+from tools.common import texts
+from tools.tune import pictures, plot
+from tools.tune.report import Report, noise_sentence, rows
 
 HERE = Path(__file__).resolve().parent
 # The page may show what it carries and fetch nothing.
@@ -15,21 +15,21 @@ POLICY = ("default-src 'none'; img-src data:; style-src 'unsafe-inline'; "
           "script-src 'unsafe-inline'")
 
 
-def _e(text):
+def _e(text: object) -> str:
     return html.escape(str(text))
 
 
-def _paragraphs(lines, kind=""):
+def _paragraphs(lines: Iterable[str], kind: str = "") -> str:
     attribute = f' class="{kind}"' if kind else ""
     return "".join(f"<p{attribute}>{_e(line)}</p>" for line in lines)
 
 
-def _device(label, text, note):
+def _device(label: str, text: str, note: str) -> str:
     shown = f"<code>{_e(text)}</code>" if text else ""
     return f'<div class="device"><span>{_e(label)}: {_e(note)}</span>{shown}</div>'
 
 
-def _answer(report):
+def _answer(report: Report) -> str:
     verdict = report.verdict
     factor = verdict.chosen.setting.title if verdict.chosen else "off"
     partial = ("" if report.complete else
@@ -43,7 +43,8 @@ def _answer(report):
 </section>"""
 
 
-def _choices(name, label, values, checked):
+def _choices(name: str, label: str, values: Iterable[tuple[object, str]],
+             checked: object) -> str:
     buttons = "".join(
         f'<label><input type="radio" name="{name}" value="{_e(value)}"'
         f'{" checked" if value == checked else ""}><span>{_e(text)}</span></label>'
@@ -51,7 +52,7 @@ def _choices(name, label, values, checked):
     return f"<fieldset><legend>{label}</legend>{buttons}</fieldset>"
 
 
-def _viewer(report):
+def _viewer(report: Report) -> str:
     data = pictures.collect(report.results)
     if data is None:
         return "<p>No pictures were compared.</p>"
@@ -77,15 +78,15 @@ def _viewer(report):
 <script>{(HERE / "page.js").read_text(encoding="utf-8")}</script>"""
 
 
-def _definitions(pairs):
+def _definitions(pairs: Iterable[tuple[str, object]]) -> str:
     return "<dl>" + "".join(f"<dt>{_e(k)}</dt><dd>{_e(v)}</dd>" for k, v in pairs) + "</dl>"
 
 
-def _shown(value):
+def _shown(value: object) -> object:
     return ", ".join(map(str, value)) if isinstance(value, list) else value
 
 
-def _all_factors(report):
+def _all_factors(report: Report) -> str:
     """The marks come first, so that a narrow screen shows them."""
     return texts.html_table([(f"{row[0]} {row[-1]}".strip(), *row[1:-1]) for row in rows(report)])
 
@@ -99,7 +100,7 @@ similar one counts. Resized SSIM is what the native picture keeps when it is mer
 render size and back: a scaled picture that stays far below it was drawn wrongly."""
 
 
-def write(report, path):
+def write(report: Report, path: Path) -> None:
     chart = plot.draw(report.results, report.verdict.chosen, report.settings["min-ssim"])
     path.write_text(f"""<!doctype html>
 <html lang="en"><head><meta charset="utf-8">

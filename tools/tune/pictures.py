@@ -3,16 +3,20 @@
 import base64
 import io
 import math
+from collections.abc import Sequence
+from pathlib import Path
+from typing import Any
 
 from PIL import Image
 
-from common.texts import decibels
+from tools.common.texts import decibels
+from tools.tune.results import Result
 
 # Bytes of all pictures together before they are written as text.
 BUDGET = 8_000_000
 
 
-def _encoded(file):
+def _encoded(file: Path) -> bytes:
     # Without loss: the page is there to show losses of another kind.
     stream = io.BytesIO()
     with Image.open(file) as image:
@@ -20,11 +24,11 @@ def _encoded(file):
     return stream.getvalue()
 
 
-def _uri(data):
+def _uri(data: bytes) -> str:
     return "data:image/webp;base64," + base64.b64encode(data).decode("ascii")
 
 
-def _frames_by_loss(compared):
+def _frames_by_loss(compared: Sequence[Result]) -> list[int]:
     """Frame numbers that every result has, the one that lost most first."""
     common = set.intersection(*({c.frame for c in r.comparisons} for r in compared))
     lost = {frame: min(c.ssim for r in compared for c in r.comparisons if c.frame == frame)
@@ -32,7 +36,7 @@ def _frames_by_loss(compared):
     return sorted(lost, key=lambda frame: (lost[frame], frame))
 
 
-def collect(results):
+def collect(results: Sequence[Result]) -> dict[str, Any] | None:
     """What the page's script needs, or None where no pictures were compared.
 
     Frames are added, the one that lost most first, while they fit the budget;
@@ -42,9 +46,10 @@ def collect(results):
     frames = _frames_by_loss(compared) if compared else []
     if not frames:
         return None
-    data = {"width": compared[0].window[0], "frames": [], "native": {},
-            "titles": {r.setting.slug: f"factor {r.setting.title}" for r in compared},
-            "scaled": {r.setting.slug: {} for r in compared}}
+    data: dict[str, Any] = {
+        "width": compared[0].window[0], "frames": [], "native": {},
+        "titles": {r.setting.slug: f"factor {r.setting.title}" for r in compared},
+        "scaled": {r.setting.slug: {} for r in compared}}
     room = BUDGET
     for frame in frames:
         own = {r.setting.slug: next(c for c in r.comparisons if c.frame == frame)

@@ -1,12 +1,20 @@
 """Plays the schedule and keeps what every run showed."""
 
+from collections.abc import Sequence
 from dataclasses import dataclass, field
+from pathlib import Path
+from typing import Protocol
 
 import numpy as np
+from numpy.typing import NDArray
 
-import settings as s
-from common import rig
-from common.rig import RigError
+from tools.common import stats
+from tools.common.errors import CannotRun
+from tools.common.launcher import Launcher, captures
+from tools.common.stats import Frame
+from tools.tune import settings as s
+from tools.tune.options import Options
+from tools.tune.settings import Setting
 
 # With fewer frames to measure there is nothing to tell.
 FEWEST_FRAMES = 3
@@ -17,25 +25,41 @@ class Run:
     """One run of one setting: the measured frames, and its pictures by frame."""
 
     round: int
-    frames: list
-    pictures: dict
+    frames: list[Frame]
+    pictures: dict[int, Path]
 
 
 @dataclass
 class Session:
     """What was measured, by setting; complete once the schedule is through."""
 
-    command: list
-    runs: dict = field(default_factory=dict)
-    driver: dict = field(default_factory=dict)
+    command: list[str]
+    runs: dict[Setting, list[Run]] = field(default_factory=dict)
+    driver: dict[str, str] = field(default_factory=dict)
     frames: int = 0
     warmup: int = 0
-    picture_frames: list = field(default_factory=list)
-    notes: list = field(default_factory=list)
+    picture_frames: list[int] = field(default_factory=list)
+    notes: list[str] = field(default_factory=list)
     complete: bool = False
 
 
-def picture_frames(warmup, frames, count):
+class Watching(Protocol):
+    """Who is told how the schedule goes on."""
+
+    def plan(self, runs: int) -> None:
+        ...
+
+    def started(self, setting: Setting, number: int) -> None:
+        ...
+
+    def tick(self, has_frames: bool) -> None:
+        ...
+
+    def done(self) -> None:
+        ...
+
+
+def picture_frames(warmup: int, frames: int, count: int) -> list[int]:
     """Frame numbers, counted from 1, spread over the measured ones."""
     count = min(count, frames)
     return sorted({warmup + 1 + int((i + 0.5) * frames / count) for i in range(count)})
@@ -44,28 +68,28 @@ def picture_frames(warmup, frames, count):
 class TooShort(Exception):
     """The program ended by itself after `frames` frames."""
 
-    def __init__(self, frames):
+    def __init__(self, frames: int) -> None:
         super().__init__(frames)
         self.frames = frames
 
 
 class Player:
-    def __init__(self, options, command, out):
-        self.options = options
-        self.launcher = rig.tool(options.build, "vesko-run")
-        self.folder = out / "runs"
-        self.folder.mkdir(parents=True, exist_ok=True)
+    def __init__(self, options: Options, command: list[str], out: Path) -> None:
         self.session = Session(command)
+        self._options = options
+        self._launcher = Launcher(options.build)
+        self._folder = out / "runs"
+        self._folder.mkdir(parents=True, exist_ok=True)
         self._count(options.frames)
 
-    def _count(self, frames):
+    def _count(self, frames: int) -> None:
         session = self.session
-        session.frames, session.warmup = frames, self.options.warmup
-        session.picture_frames = picture_frames(session.warmup, frames, self.options.pictures)
+        session.frames, session.warmup = frames, self._options.warmup
+        session.picture_frames = picture_frames(session.warmup, frames, self._options.pictures)
 
-    def play(self, settings, progress):
+    def play(self, settings: Sequence[Setting], progress: Watching) -> Session:
         """Plays the whole schedule; the session keeps what was done when this is
-        interrupted. progress has started(setting, session), tick() and done()."""
+        interrupted."""
         while not self.session.complete:
             try:
                 self._play_all(settings, progress)
@@ -74,60 +98,56 @@ class Player:
                 self._shorten(short.frames)
         return self.session
 
-    def _play_all(self, settings, progress):
+    def _play_all(self, settings: Sequence[Setting], progress: Watching) -> None:
         self.session.runs.clear()
         # The pictures of two native runs tell how far pictures can be trusted.
-        rounds = list(s.schedule(settings, self.options.rounds))
-        if self.options.rounds == 1:
+        rounds = list(s.schedule(settings, self._options.rounds))
+        if self._options.rounds == 1:
             rounds.append((1, s.NATIVE))
         progress.plan(len(rounds))
         for number, setting in rounds:
             progress.started(setting, number)
-            run = self._play(setting, number, progress.tick)
+            run = self._play(setting, number, progress)
             self.session.runs.setdefault(setting, []).append(run)
             progress.done()
 
-    def _shorten(self, available):
-        left = available - self.options.warmup - 1
+    def _shorten(self, available: int) -> None:
+        left = available - self._options.warmup - 1
         if left < FEWEST_FRAMES:
-            raise RigError(
+            raise CannotRun(
                 f"the program ended by itself after {available} frames, which leaves too few to "
-                f"measure; let it run longer, or lower --warmup (now {self.options.warmup})")
+                f"measure; let it run longer, or lower --warmup (now {self._options.warmup})")
         self.session.notes.append(
             f"The program ended by itself after {available} frames; {left} frames of each run "
             f"were measured in place of {self.session.frames}.")
         self._count(left)
 
-    def _play(self, setting, number, tick):
+    def _play(self, setting: Setting, number: int, progress: Watching) -> Run:
         session = self.session
         name = f"{setting.slug}-{number + 1}"
-        stats, log = self.folder / f"{name}.stats.json", self.folder / f"{name}.log"
+        file = self._folder / f"{name}.stats.json"
+        file.unlink(missing_ok=True)
         last = session.warmup + session.frames
-        command = [str(self.launcher), *s.rig_options(setting, self.options, self.folder),
-                   "--frames", str(last), "--stats", str(stats)]
         # Runs of a setting show the same, so its first one is enough.
         wanted = session.picture_frames if setting.native or number == 0 else []
-        pictures = {frame: self.folder / f"{name}-frame-{frame}.png" for frame in wanted}
-        for frame, file in pictures.items():
-            file.unlink(missing_ok=True)
-            command += ["--capture", str(file), "--frame", str(frame)]
-        stats.unlink(missing_ok=True)
-        command += ["--", *session.command]
-        # Frames that wait for the screen would all take the same time.
-        code = rig.run(command, log, tick, vblank_mode="0")
-        if code != 0:
-            raise RigError(rig.failed(command, f"ended with exit code {code}", log))
-        if not stats.is_file():
-            raise RigError(rig.failed(
-                command, "swapped no frame that the rig saw; './dev run --status -- PROGRAM' says "
-                "why", log))
-        frames, document = rig.read_stats(stats, command, log)
-        if len(frames) < last:
-            raise TooShort(len(frames))
-        session.driver = document["driver"]
-        return Run(number, frames[session.warmup:last], pictures)
+        pictures = {frame: self._folder / f"{name}-frame-{frame}.png" for frame in wanted}
+        options = [*s.rig_options(setting, self._options, self._folder), "--frames", str(last),
+                   "--stats", str(file), *captures(pictures)]
+        # The rig writes the statistics every other second. Frames that wait for the
+        # screen would all take the same time.
+        ended = self._launcher.play(options, session.command, self._folder / f"{name}.log",
+                                    limit=self._options.timeout,
+                                    on_tick=lambda: progress.tick(file.exists()), vblank_mode="0")
+        if not file.is_file():
+            raise ended.failure("swapped no frame that the rig saw; "
+                                "'./dev run --status -- PROGRAM' says why")
+        seen = stats.read(file, ended)
+        if len(seen.frames) < last:
+            raise TooShort(len(seen.frames))
+        session.driver = seen.driver
+        return Run(number, seen.frames[session.warmup:last], pictures)
 
 
-def milliseconds(runs):
+def milliseconds(runs: Sequence[Run]) -> NDArray[np.float64]:
     """Of every frame, a row for each run."""
     return np.array([[f.milliseconds for f in run.frames] for run in runs])

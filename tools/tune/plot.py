@@ -2,13 +2,16 @@
 
 import html
 import math
+from collections.abc import Callable, Iterable, Mapping, Sequence
+
+from tools.tune.results import Result
 
 WIDTH, LEFT, RIGHT = 480, 52, 12
 TOP, TIME_HEIGHT, GAP, SSIM_HEIGHT, BOTTOM = 30, 170, 44, 150, 40
 HEIGHT = TOP + TIME_HEIGHT + GAP + SSIM_HEIGHT + BOTTOM
 
 
-def _round_values(low, high):
+def _round_values(low: float, high: float) -> list[float]:
     """Three to six values that are easily read, all within the range."""
     raw = (high - low) / 4
     unit = 10.0 ** math.floor(math.log10(raw))
@@ -20,39 +23,42 @@ def _round_values(low, high):
 class Panel:
     """One of the two diagrams: maps values to places and collects its marks."""
 
-    def __init__(self, top, height, low, high, factors):
+    def __init__(self, top: float, height: float, low: float, high: float,
+                 factors: Sequence[int]) -> None:
         self.top, self.height, self.low, self.high = top, height, low, high
         self.first, self.last = max(factors), min(factors)
-        self.marks = []
+        self.marks: list[str] = []
 
-    def x(self, factor):
+    def x(self, factor: float) -> float:
         span = max(self.first - self.last, 1)
         return LEFT + 14 + (self.first - factor) / span * (WIDTH - LEFT - RIGHT - 28)
 
-    def y(self, value):
+    def y(self, value: float) -> float:
         return self.top + self.height * (1 - (value - self.low) / (self.high - self.low))
 
-    def add(self, mark):
+    def add(self, mark: str) -> None:
         self.marks.append(mark)
 
-    def text(self, x, y, words, anchor="middle", kind="tick"):
+    def text(self, x: float, y: float, words: str, anchor: str = "middle",
+             kind: str = "tick") -> None:
         self.add(f'<text class="{kind}" x="{x:.1f}" y="{y:.1f}" text-anchor="{anchor}">'
                  f"{html.escape(words)}</text>")
 
-    def level(self, value, words, kind):
+    def level(self, value: float, words: str, kind: str) -> None:
         y = self.y(value)
         self.add(f'<line class="{kind}" x1="{LEFT}" x2="{WIDTH - RIGHT}" y1="{y:.1f}" '
                  f'y2="{y:.1f}"/>')
         self.text(WIDTH - RIGHT, y - 5, words, "end", "note")
 
-    def grid(self):
+    def grid(self) -> None:
         for value in _round_values(self.low, self.high):
             y = self.y(value)
             self.add(f'<line class="grid" x1="{LEFT}" x2="{WIDTH - RIGHT}" y1="{y:.1f}" '
                      f'y2="{y:.1f}"/>')
             self.text(LEFT - 6, y + 4, f"{value:g}", "end")
 
-    def series(self, results, value, kind, tell):
+    def series(self, results: Iterable[Result], value: Callable[[Result], float], kind: str,
+               tell: Callable[[Result], str]) -> None:
         points = [(self.x(r.setting.factor), self.y(value(r)), r) for r in results]
         path = " ".join(f"{x:.1f},{y:.1f}" for x, y, _ in points)
         self.add(f'<polyline class="line {kind}" points="{path}"/>')
@@ -60,7 +66,7 @@ class Panel:
             self.add(f'<circle class="dot {kind}" cx="{x:.1f}" cy="{y:.1f}" r="4.5">'
                      f"<title>{html.escape(tell(r))}</title></circle>")
 
-    def whiskers(self, results, kind):
+    def whiskers(self, results: Iterable[Result], kind: str) -> None:
         """From the undisturbed time to the 95th percentile, or out of the panel."""
         for r in results:
             x = self.x(r.setting.factor)
@@ -72,7 +78,7 @@ class Panel:
                          f'y1="{y1:.1f}" y2="{y2:.1f}"/>')
 
 
-def _band(panels, chosen):
+def _band(panels: Sequence[Panel], chosen: Result | None) -> str:
     if chosen is None:
         return ""
     x = panels[0].x(chosen.setting.factor)
@@ -80,15 +86,19 @@ def _band(panels, chosen):
                    f'height="{p.height}"/>' for p in panels)
 
 
-def _by_hdr(results):
-    groups = {}
+Groups = Mapping[int, Sequence[Result]]
+
+
+def _by_hdr(results: Iterable[Result]) -> Groups:
+    groups: dict[int, list[Result]] = {}
     for r in results:
         if not r.setting.native:
             groups.setdefault(r.setting.hdr, []).append(r)
     return groups
 
 
-def _times(native, tuned, factors, groups):
+def _times(native: Result, tuned: Sequence[Result], factors: Sequence[int],
+           groups: Groups) -> Panel:
     # A busy machine's worst frames must not press everything else flat.
     high = min(max(r.p95 for r in (native, *tuned)) * 1.05,
                max(r.undisturbed for r in (native, *tuned)) * 2)
@@ -105,7 +115,8 @@ def _times(native, tuned, factors, groups):
     return panel
 
 
-def _quality(tuned, factors, groups, minimum):
+def _quality(tuned: Sequence[Result], factors: Sequence[int], groups: Groups,
+             minimum: float) -> Panel:
     top = TOP + TIME_HEIGHT + GAP
     lowest = min([minimum, *(r.ssim for r in tuned if r.comparisons)])
     panel = Panel(top, SSIM_HEIGHT, max(0.0, lowest - 0.03), 1.0, factors)
@@ -118,7 +129,7 @@ def _quality(tuned, factors, groups, minimum):
     return panel
 
 
-def draw(results, chosen, minimum):
+def draw(results: Sequence[Result], chosen: Result | None, minimum: float) -> str:
     native, tuned = results[0], [r for r in results if not r.setting.native]
     if not tuned:
         return ""

@@ -1,10 +1,12 @@
 """What to start, and at which size."""
 
 import shutil
+from collections.abc import Sequence
 from pathlib import Path
 
-from common.rig import RigError
-from options import Refused
+from tools.common.errors import Refused
+from tools.common.processes import find_program
+from tools.tune.options import Options
 
 # Programs that take the size of their window as an option of their own, which
 # goes to the end of their arguments.
@@ -17,10 +19,10 @@ SIZE_OPTIONS = {
 }
 
 
-def command_for(options, command):
+def command_for(options: Options, command: Sequence[str]) -> list[str]:
     """The command to run, as a list of texts."""
     if options.trace:
-        return _replay(options, command)
+        return _replay(options, options.trace, command)
     if not command:
         raise Refused("there is no program; name it after --, as in: "
                       "./dev tune -- glmark2-es2 -b terrain, or give --trace")
@@ -34,7 +36,7 @@ def command_for(options, command):
     return _sized(command, options.size)
 
 
-def _sized(command, size):
+def _sized(command: list[str], size: str | None) -> list[str]:
     placeholders = any("{width}" in a or "{height}" in a for a in command)
     if size is None:
         if placeholders:
@@ -49,16 +51,13 @@ def _sized(command, size):
     return [*command, option, size]
 
 
-def _replay(options, command):
+def _replay(options: Options, trace: Path, command: Sequence[str]) -> list[str]:
     if command:
         raise Refused("--trace replays a recording, so there is no program to name after --")
     if options.size:
         raise Refused("--size: a recording is replayed at the size at which it was made; record "
                       "the program at that size")
-    if not options.trace.is_file():
-        raise Refused(f"--trace: there is no file {options.trace}; apitrace trace -a egl PROGRAM "
+    if not trace.is_file():
+        raise Refused(f"--trace: there is no file {trace}; apitrace trace -a egl PROGRAM "
                       "makes one")
-    player = shutil.which("eglretrace")
-    if player is None:
-        raise RigError("eglretrace is missing; install the package apitrace")
-    return [player, str(options.trace.absolute())]
+    return [find_program("eglretrace", "apitrace"), str(trace.absolute())]

@@ -3,9 +3,13 @@
 import math
 from dataclasses import dataclass
 from pathlib import Path
+from typing import Any
 
-from common import texts
-from common.sizes import text_size
+from tools.common import texts
+from tools.common.machine import Machine
+from tools.common.sizes import text_size
+from tools.tune.results import Comparison, Result
+from tools.tune.verdict import Verdict
 
 HEAD = ("factor", "render size", "median", "p95", "p99", "to native", "blit", "SSIM", "PSNR",
         "resized SSIM", "")
@@ -15,18 +19,28 @@ HEAD = ("factor", "render size", "median", "p95", "p99", "to native", "blit", "S
 class Report:
     out: Path
     program: str
-    command: list
-    settings: dict
-    machine: dict
-    driver: dict
-    results: list
-    noise: object
-    verdict: object
-    notes: list
+    command: list[str]
+    settings: dict[str, Any]  # by the options' names
+    machine: dict[str, Any]
+    driver: dict[str, str]
+    results: list[Result]  # the native one first
+    noise: Comparison | None
+    verdict: Verdict
+    notes: list[str]
     complete: bool
 
 
-def mark(result, report):
+def machine_record(machine: Machine) -> dict[str, Any]:
+    return {
+        "processor": machine.processor,
+        "cores": machine.cores,
+        "system": f"{machine.system}, kernel {machine.kernel}",
+        "load": f"{machine.load:.1f} processes wanted to run when the measurement ended",
+        "date": machine.date,
+    }
+
+
+def mark(result: Result, report: Report) -> str:
     chosen = report.verdict.chosen
     if chosen is not None and result.setting == chosen.setting:
         return "recommended"
@@ -35,8 +49,8 @@ def mark(result, report):
     return "drawn wrongly" if result.drawn_wrongly else ""
 
 
-def rows(report):
-    result = [HEAD]
+def rows(report: Report) -> list[texts.Row]:
+    result: list[texts.Row] = [HEAD]
     for r in report.results:
         compared = bool(r.comparisons)
         result.append((
@@ -47,7 +61,7 @@ def rows(report):
     return result
 
 
-def noise_sentence(noise):
+def noise_sentence(noise: Comparison | None) -> str:
     if noise is None:
         return "There was one native run, so it is not known how far its pictures repeat."
     if noise.ssim == 1.0:
@@ -56,13 +70,13 @@ def noise_sentence(noise):
             f"{texts.decibels(noise.psnr)}. Smaller losses cannot be seen.")
 
 
-def device_lines(verdict):
+def device_lines(verdict: Verdict) -> str:
     node = verdict.node_text or verdict.node_note
     config = verdict.config_line or verdict.config_note
     return f"node text:          {node}\nconfiguration line: {config}"
 
 
-def terminal(report):
+def terminal(report: Report) -> str:
     verdict = report.verdict
     parts = [texts.table(rows(report)), "", verdict.headline, verdict.pixels,
              *verdict.remarks, *report.notes, noise_sentence(report.noise)]

@@ -1,16 +1,20 @@
 """What the runs of each setting amount to."""
 
 import math
+from collections.abc import Sequence
 from dataclasses import dataclass, field
 from pathlib import Path
 
 import numpy as np
+from numpy.typing import NDArray
 from PIL import Image
 
-import settings as s
-from common import measure
-from common.sizes import scaled
-from player import milliseconds
+from tools.common import measure
+from tools.common.measure import Picture
+from tools.common.sizes import Size, scaled
+from tools.common.stats import Frame
+from tools.tune import settings as s
+from tools.tune.player import Run, Session, milliseconds
 
 # Native pictures less alike than this are no measure for others.
 REPEATABLE = 0.999
@@ -51,41 +55,41 @@ class Result:
     ratio: float
     blit: float
     blit_share: float
-    window: tuple
-    render_size: tuple
-    drawn: list
+    window: Size
+    render_size: Size
+    drawn: list[Size]
     # Why the plug-in did not do what the setting asks for; empty where it did.
     not_scaled: str
     draws: int
     # Draws to the window that a clear wiped which the program did not ask for.
     wiped: int
-    comparisons: list = field(default_factory=list)
+    comparisons: list[Comparison] = field(default_factory=list)
 
     @property
-    def ssim(self):
+    def ssim(self) -> float:
         """Of the least similar picture."""
         return min((c.ssim for c in self.comparisons), default=math.nan)
 
     @property
-    def psnr(self):
+    def psnr(self) -> float:
         return min((c.psnr for c in self.comparisons), default=math.nan)
 
     @property
-    def resized_ssim(self):
+    def resized_ssim(self) -> float:
         return min((c.resized_ssim for c in self.comparisons), default=math.nan)
 
     @property
-    def drawn_wrongly(self):
+    def drawn_wrongly(self) -> bool:
         return any(c.resized_ssim - c.ssim > WRONG_SSIM for c in self.comparisons)
 
 
-def _resized_ssim(native, size):
+def _resized_ssim(native: Picture, size: Size) -> float:
     whole = Image.fromarray(native)
     small = whole.resize(size, Image.BILINEAR)
     return measure.ssim(np.asarray(small.resize(whole.size, Image.BILINEAR)), native)
 
 
-def _compare(run, native, size):
+def _compare(run: Run, native: Run, size: Size | None) -> list[Comparison]:
     result = []
     for frame, file in run.pictures.items():
         reference = native.pictures.get(frame)
@@ -101,24 +105,25 @@ def _compare(run, native, size):
     return result
 
 
-def _undisturbed(times):
+def _undisturbed(times: NDArray[np.float64]) -> float:
     return float(np.median(times.min(axis=0)))
 
 
-def _noise(times):
+def _noise(times: NDArray[np.float64]) -> float:
     if len(times) < 2:
         return math.nan
     halves = [_undisturbed(times[half::2]) for half in (0, 1)]
     return abs(halves[0] - halves[1]) / min(halves)
 
 
-def _render_size(setting, window, game):
+def _render_size(setting: s.Setting, window: Size, game: str) -> Size:
     if game == "genshin":
         return s.target_size(setting)
     return scaled(window, setting.factor)
 
 
-def _not_scaled(setting, last, render_size, game, natives):
+def _not_scaled(setting: s.Setting, last: Frame, render_size: Size, game: str,
+                natives: Sequence[Run]) -> str:
     """The plug-in's own answer, then what the driver saw."""
     if not setting.scales:
         return ""
@@ -136,14 +141,14 @@ def _not_scaled(setting, last, render_size, game, natives):
     return ""
 
 
-def evaluate(setting, session, game, comparable):
+def evaluate(setting: s.Setting, session: Session, game: str, comparable: bool) -> Result:
     runs, natives = session.runs[setting], session.runs[s.NATIVE]
     times = milliseconds(runs)
     frames = [f for run in runs for f in run.frames]
     last = frames[-1]
     presented = setting.factor != 100 and game == "sgame" and not last.why_not_scaled
     render_size = _render_size(setting, last.window, game)
-    target = [use for use in last.uses if use[:2] == render_size] if presented else []
+    target = [use for use in last.uses if use.size == render_size] if presented else []
     smallest = scaled(last.window, min(setting.factor, setting.hdr))
     blits = np.array([f.blit for f in frames])
     undisturbed = _undisturbed(times)
@@ -156,13 +161,13 @@ def evaluate(setting, session, game, comparable):
         blit_share=float(np.median(blits / times.ravel())) if presented else 0.0,
         window=last.window, render_size=render_size, drawn=sorted(last.offscreen, reverse=True),
         not_scaled=_not_scaled(setting, last, render_size, game, natives),
-        draws=sum(u[2] for u in target),
-        wiped=max(sum(u[3] for u in target) - natives[-1].frames[-1].window_wiped, 0),
+        draws=sum(u.draws for u in target),
+        wiped=max(sum(u.wiped for u in target) - natives[-1].frames[-1].window_wiped, 0),
         comparisons=_compare(runs[0], natives[0],
                              smallest if comparable and setting.scales else None))
 
 
-def noise(session):
+def noise(session: Session) -> Comparison | None:
     """The native pictures of two runs held against each other; None where there
     was one run only."""
     natives = session.runs.get(s.NATIVE, [])
@@ -170,12 +175,12 @@ def noise(session):
     return min(found, key=lambda c: c.ssim) if found else None
 
 
-def repeatable(found):
+def repeatable(found: Comparison | None) -> bool:
     """Whether pictures can be compared, by what noise has found."""
     return found is None or found.ssim >= REPEATABLE
 
 
-def evaluate_all(session, game):
+def evaluate_all(session: Session, game: str) -> list[Result]:
     """Results in the schedule's order; empty without a native run."""
     if s.NATIVE not in session.runs:
         return []

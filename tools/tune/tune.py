@@ -1,71 +1,41 @@
-#!/usr/bin/python3
 """Measures a program at several scale factors and recommends one."""
 
-import signal
-import sys
 import time
+from collections.abc import Sequence
 from pathlib import Path
 
-try:
-    import numpy  # noqa: F401
-    import PIL  # noqa: F401
-    import scipy  # noqa: F401
-    import skimage  # noqa: F401
-    import tomlkit  # noqa: F401
-    import tqdm  # noqa: F401
-except ImportError as error:
-    sys.exit(f"tune: {error}; install it: apt-get install python3-numpy python3-pil "
-             "python3-skimage python3-scipy python3-tomlkit python3-tqdm")
-
-sys.path.insert(0, str(Path(__file__).resolve().parent.parent))
-
-import files
-import machine
-import options as o
-import page
-import profiles
-import programs
-import report as r
-import settings
-from common.rig import RigError
-from player import Player
-from progress import Progress
-from results import evaluate_all, noise
-from verdict import judge
-
-EXIT_NOTHING_RECOMMENDED = 1
-EXIT_REFUSED = 2
-EXIT_RUN_FAILED = 3
-EXIT_INTERRUPTED = 130
+from tools.common import cli, machine
+from tools.common.cli import complain
+from tools.common.errors import EXIT_FAILED, EXIT_INTERRUPTED, Refused
+from tools.tune import files, page, profiles, programs, settings
+from tools.tune import options as o
+from tools.tune import report as r
+from tools.tune.options import Options
+from tools.tune.player import Player, Session
+from tools.tune.progress import Progress
+from tools.tune.results import evaluate_all, noise
+from tools.tune.verdict import judge
 
 
-def complain(text):
-    print(f"tune: {text}", file=sys.stderr)
-
-
-def prepare(arguments):
+def prepare(arguments: Sequence[str]) -> tuple[Options, list[str], Path]:
     """The settled options, the command and the folder for the results."""
     options, command = o.parse(arguments)
     if options.profile:
         command = profiles.load(options.profile, options, command)
     o.complete(options)
     if options.game == "genshin" and options.hdr_factors != [100]:
-        raise o.Refused("--hdr-factors: Genshin Impact has no such factor; leave it out, or use "
-                        "--game sgame")
+        raise Refused("--hdr-factors: Genshin Impact has no such factor; leave it out, or use "
+                      "--game sgame")
     given = list(command)
     command = programs.command_for(options, command)
-    if options.out is None:
-        options.out = Path(time.strftime("tune-%Y-%m-%d-%H%M%S"))
-    try:
-        options.out.mkdir(parents=True, exist_ok=True)
-    except OSError as error:
-        raise o.Refused(f"--out {options.out}: {error.strerror}; name another folder") from error
+    out = options.out or Path(time.strftime("tune-%Y-%m-%d-%H%M%S"))
+    cli.make_out(out)
     if options.save:
         print(f"kept as profile '{options.save}' in {profiles.save(options.save, options, given)}")
-    return options, command
+    return options, command, out
 
 
-def make_report(options, command, session):
+def make_report(options: Options, out: Path, session: Session) -> r.Report:
     measured = evaluate_all(session, options.game)
     found = noise(session)
     kept = {option.name: getattr(options, option.key) for option in o.SETTINGS}
@@ -75,53 +45,40 @@ def make_report(options, command, session):
         notes.append(f"--size {options.size} did not reach the program, whose window is "
                      f"{measured[0].window[0]}x{measured[0].window[1]}: give its own option for "
                      "the size, with {width} and {height} for the numbers.")
-    return r.Report(options.out, " ".join(command), command, kept, machine.describe(),
-                    session.driver, measured, found, judge(measured, found, options), notes,
+    return r.Report(out, " ".join(session.command), session.command, kept,
+                    r.machine_record(machine.describe()), session.driver, measured, found,
+                    judge(measured, found, options.game, options.min_ssim), notes,
                     session.complete)
 
 
-def write(report):
+def write(report: r.Report) -> None:
     files.write_json(report, report.out / "tune.json")
     files.write_csv(report, report.out / "tune.csv")
     page.write(report, report.out / "tune.html")
 
 
-def measure(options, command):
+def measure(options: Options, command: list[str], out: Path) -> tuple[Session, bool]:
     """Plays the schedule; true where it was interrupted."""
-    player = Player(options, command, options.out)
-    signal.signal(signal.SIGTERM, signal.default_int_handler)
-    progress = Progress()
+    player = Player(options, command, out)
+    progress = Progress(options.timeout)
     try:
-        player.play(settings.all_settings(options), progress)
-        return player.session, False
+        return player.play(settings.all_settings(options), progress), False
     except KeyboardInterrupt:
         return player.session, True
     finally:
         progress.close()
 
 
-def main(arguments):
-    try:
-        options, command = prepare(arguments)
-    except o.Refused as error:
-        complain(error)
-        return EXIT_REFUSED
-    try:
-        session, interrupted = measure(options, command)
-    except RigError as error:
-        complain(error)
-        return EXIT_RUN_FAILED
+def main(arguments: Sequence[str]) -> int:
+    options, command, out = prepare(arguments)
+    session, interrupted = measure(options, command, out)
     if settings.NATIVE not in session.runs:
-        complain("ended before anything was measured; nothing was written")
+        complain("tune", "ended before anything was measured; nothing was written")
         return EXIT_INTERRUPTED
-    report = make_report(options, command, session)
+    report = make_report(options, out, session)
     write(report)
-    print(f"\n{r.terminal(report)}\n\nresults: {options.out}/tune.html, tune.json, tune.csv\n")
+    print(f"\n{r.terminal(report)}\n\nresults: {out}/tune.html, tune.json, tune.csv\n")
     print(r.device_lines(report.verdict))
     if interrupted:
         return EXIT_INTERRUPTED
-    return 0 if report.verdict.chosen else EXIT_NOTHING_RECOMMENDED
-
-
-if __name__ == "__main__":
-    sys.exit(main(sys.argv[1:]))
+    return 0 if report.verdict.chosen else EXIT_FAILED

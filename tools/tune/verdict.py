@@ -1,14 +1,15 @@
 """What the measurements mean: whether pixels matter, which factor to take."""
 
 import math
+from collections.abc import Sequence
 from dataclasses import dataclass, field
 
 import numpy as np
 from scipy.optimize import nnls
 
-import settings as s
-from common.sizes import text_size
-from results import repeatable
+from tools.common.sizes import text_size
+from tools.tune import settings as s
+from tools.tune.results import Comparison, Result, repeatable
 
 # The part of the frame's time that half the window's pixels must save before
 # the program counts as limited by them, and before it counts as hardly so.
@@ -33,7 +34,7 @@ class Fit:
     r2: float
 
     @property
-    def saved_by_half(self):
+    def saved_by_half(self) -> float:
         """The part of the native time that half of all pixels would save."""
         whole = self.constant + self.window + self.hdr
         return 0.5 * (self.window + self.hdr) / whole if whole > 0 else 0.0
@@ -41,18 +42,18 @@ class Fit:
 
 @dataclass
 class Verdict:
-    chosen: object = None  # a Result
+    chosen: Result | None = None
     headline: str = ""
     pixels: str = ""
-    fit: Fit = None
-    remarks: list = field(default_factory=list)
+    fit: Fit | None = None
+    remarks: list[str] = field(default_factory=list)
     node_text: str = ""
     config_line: str = ""
     node_note: str = ""
     config_note: str = ""
 
 
-def fit_pixels(results):
+def fit_pixels(results: Sequence[Result]) -> Fit | None:
     """None where there are too few points."""
     # What was not scaled drew all its pixels whatever its factor says, and what
     # was drawn wrongly may have drawn nothing.
@@ -70,7 +71,7 @@ def fit_pixels(results):
                float(1 - left**2 / variation) if variation > 0 else 0.0)
 
 
-def judge_pixels(fit, results):
+def judge_pixels(fit: Fit | None, results: Sequence[Result]) -> str:
     if fit is None:
         return "Too few factors were measured to tell whether pixels limit the program."
     saved = fit.saved_by_half
@@ -91,16 +92,16 @@ def judge_pixels(fit, results):
     return text
 
 
-def _keeps(result, minimum):
+def _keeps(result: Result, minimum: float) -> bool:
     return (result.setting.scales and not result.not_scaled and not result.drawn_wrongly
             and bool(result.comparisons) and result.ssim >= minimum)
 
 
-def _pixels(result):
+def _pixels(result: Result) -> int:
     return result.setting.factor ** 2 + result.setting.hdr ** 2
 
 
-def _cause(result, game):
+def _cause(result: Result, game: str) -> str:
     """What may have made a scaled picture wrong, as a sentence."""
     if result.wiped:
         return (f"{result.wiped} of the {result.draws} draws to the window are wiped again within "
@@ -113,7 +114,7 @@ def _cause(result, game):
             "Limits). Compare the pictures")
 
 
-def _explain_failures(results, game):
+def _explain_failures(results: Sequence[Result], game: str) -> list[str]:
     scaled = [r for r in results if r.setting.scales]
     idle = [r for r in scaled if r.not_scaled]
     wrong = [r for r in scaled if r.drawn_wrongly and not r.not_scaled]
@@ -131,7 +132,7 @@ def _explain_failures(results, game):
     return remarks
 
 
-def _gain(result, native):
+def _gain(result: Result, native: Result) -> str:
     noise = [UNKNOWN_NOISE if math.isnan(r.noise) else r.noise for r in (result, native)]
     gained, least = 1 - result.ratio, max(LEAST_GAIN, *noise)
     if gained > least:
@@ -143,7 +144,7 @@ def _gain(result, native):
             f"({result.ratio:.0%} of native)")
 
 
-def _headline(chosen, results, minimum):
+def _headline(chosen: Result | None, results: Sequence[Result], minimum: float) -> str:
     scaled = [r for r in results if r.setting.scales]
     if chosen is not None:
         return (f"Factor {chosen.setting.title} is the lowest that keeps an SSIM of {minimum:g} "
@@ -162,7 +163,7 @@ def _headline(chosen, results, minimum):
             f"with {best.ssim:.3f}. Leave scaling off, or lower --min-ssim.")
 
 
-def _own_drawing(results, game):
+def _own_drawing(results: Sequence[Result], game: str) -> list[str]:
     native = results[0]
     if game != "sgame" or not native.drawn:
         return []
@@ -172,7 +173,7 @@ def _own_drawing(results, game):
             "framebuffer."]
 
 
-def _device_texts(verdict, game):
+def _device_texts(verdict: Verdict, game: str) -> None:
     setting = verdict.chosen.setting if verdict.chosen else s.Setting()
     if game == "genshin":
         verdict.config_line = s.config_line(setting)
@@ -185,16 +186,17 @@ def _device_texts(verdict, game):
                            "(--game genshin)")
 
 
-def judge(results, noise, options):
-    """results: the native one first."""
-    game, minimum = options.game, options.min_ssim
+def judge(results: Sequence[Result], noise: Comparison | None, game: str,
+          minimum: float) -> Verdict:
+    """What follows from the results, of which the native one is the first, where every
+    picture must keep an SSIM of `minimum`."""
     verdict = Verdict(fit=fit_pixels(results))
     trusted = repeatable(noise)
     keeping = [r for r in results if _keeps(r, minimum)]
     if trusted and keeping:
         verdict.chosen = min(keeping, key=lambda r: (_pixels(r), r.undisturbed))
     verdict.headline = _headline(verdict.chosen, results, minimum)
-    if not trusted:
+    if noise is not None and not trusted:
         verdict.headline = ("No factor can be recommended: the program does not show the same in "
                             "the same frame of two runs, so its pictures cannot be compared.")
         verdict.remarks.append(

@@ -2,11 +2,22 @@
 
 import os
 import platform
+from dataclasses import dataclass
 from datetime import datetime
 from pathlib import Path
 
 
-def _processor():
+@dataclass(frozen=True)
+class Machine:
+    processor: str
+    cores: int  # that we may use
+    system: str
+    kernel: str
+    load: float  # processes that wanted to run in the last minute
+    date: str
+
+
+def _processor() -> str:
     try:
         for line in Path("/proc/cpuinfo").read_text(encoding="utf-8").splitlines():
             if line.startswith("model name"):
@@ -16,19 +27,14 @@ def _processor():
     return platform.machine()
 
 
-def _system():
+def _system() -> str:
     try:
         return platform.freedesktop_os_release().get("PRETTY_NAME", platform.system())
     except OSError:
         return platform.system()
 
 
-def describe():
-    load = os.getloadavg()[0]
-    return {
-        "processor": _processor(),
-        "cores": len(os.sched_getaffinity(0)),
-        "system": f"{_system()}, kernel {platform.release()}",
-        "load": f"{load:.1f} processes wanted to run when the measurement ended",
-        "date": datetime.now().astimezone().isoformat(timespec="seconds"),
-    }
+def describe() -> Machine:
+    return Machine(_processor(), len(os.sched_getaffinity(0)), _system(), platform.release(),
+                   os.getloadavg()[0],
+                   datetime.now().astimezone().isoformat(timespec="seconds"))

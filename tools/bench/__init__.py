@@ -1,0 +1,1 @@
+"""./dev bench: what the library costs."""

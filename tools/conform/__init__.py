@@ -1,0 +1,1 @@
+"""./dev conform: whether programs can tell the library from the driver."""

@@ -1,0 +1,1 @@
+"""./dev demo: plays the bundled scene natively and scaled."""

@@ -1,0 +1,3 @@
+from tools.common import cli
+
+cli.start("demo", "tools.demo.demo")

@@ -1,0 +1,1 @@
+"""./dev faults: brings about faults and looks whether they are survived."""

@@ -1,0 +1,1 @@
+"""./dev tune: measures a program at several factors and recommends one."""
