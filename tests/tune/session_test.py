@@ -197,7 +197,10 @@ class Programs(Session):
                 (["--trace", "/no/such.trace"], 2, "apitrace trace"),
                 (["--size", "64x64", "--trace", __file__], 2, "record the program at that size"),
                 ([], 2, "name it after --"),
+                (["vesko-scene"], 2, "put -- before the program"),
                 (["--", "false"], 3, "ended with exit code 1"),
+                (["--timeout", "1", "--", "sh", "-c", "trap '' TERM; while :; do sleep 0.2; done"],
+                 3, "did not end in 1 s"),
                 (["--", "true"], 3, "./dev run --status"),
                 (["--", PROBE, "frames", "5"], 3, "lower --warmup")):
             _, complaints = self.tune("failed", *self.QUICK, *arguments, code=code)
