@@ -72,9 +72,9 @@ void main() {
         float reach = lightPosition[i].w;
         float fade = max(1.0 - squared / (reach * reach), 0.0);
         vec3 l = way * inversesqrt(squared);
-        vec3 half = normalize(l + v);
+        vec3 halfway = normalize(l + v);
         float diffuse = max(dot(n, l), 0.0);
-        float shine = gloss * pow(max(dot(n, half), 0.0), shininess);
+        float shine = gloss * pow(max(dot(n, halfway), 0.0), shininess);
         light += lightColor[i] * (fade * fade / (0.4 + squared * 0.25)) *
                  (albedo * diffuse + shine * diffuse);
     }
@@ -120,10 +120,10 @@ void main() {
     float sun = max(dot(d, sunDirection), 0.0);
     c += vec3(1.0, 0.6, 0.3) * (pow(sun, 24.0) * 0.6 + pow(sun, 900.0) * 3.0);
     float a = atan(d.x, -d.z);
-    float far = smoothstep(0.004, -0.002, d.y - 0.085 - 0.045 * ridge(a, 1.0));
-    float near = smoothstep(0.004, -0.002, d.y - 0.035 - 0.030 * ridge(a * 1.7, 4.0));
-    c = mix(c, vec3(0.42, 0.33, 0.46), far);
-    c = mix(c, vec3(0.28, 0.24, 0.32), near);
+    float distant = smoothstep(0.004, -0.002, d.y - 0.085 - 0.045 * ridge(a, 1.0));
+    float closer = smoothstep(0.004, -0.002, d.y - 0.035 - 0.030 * ridge(a * 1.7, 4.0));
+    c = mix(c, vec3(0.42, 0.33, 0.46), distant);
+    c = mix(c, vec3(0.28, 0.24, 0.32), closer);
     c = mix(c, vec3(0.56, 0.40, 0.42), smoothstep(0.05, -0.01, d.y));
     fragment = vec4(sqrt(c * 0.25), 1.0);
 }
