@@ -50,8 +50,9 @@ public:
         if (reply == nullptr) return NO_ERROR;
         const bool refuse = serviceAnswer() == "exception";
         reply->writeInt32(refuse ? kSecurityException : 0);
-        if (!refuse)
+        if (!refuse) {
             reply->writeInt32(static_cast<int32_t>(strtol(serviceAnswer().c_str(), nullptr, 10)));
+        }
         reply->setDataPosition(0);
         return NO_ERROR;
     }
@@ -103,4 +104,6 @@ sp<IServiceManager> defaultServiceManager() {
 
 }  // namespace android
 
-void rig_set_game_service(const char* answer) { android::serviceAnswer() = answer; }
+void rig_set_game_service(const char* answer) {
+    if (*answer != '\0') android::serviceAnswer() = answer;
+}

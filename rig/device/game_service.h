@@ -3,5 +3,6 @@
 
 // What the service manager answers for "orvane.pelune" from now on: "absent",
 // "fail" (the transaction fails), "exception", or the number that the service
-// answers. To be called before the plug-in first asks; `answer` is copied.
+// answers; "" changes nothing. To be called before the plug-in first asks;
+// `answer` is copied.
 extern "C" void rig_set_game_service(const char* answer);

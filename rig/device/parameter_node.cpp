@@ -18,7 +18,6 @@ namespace {
 
 constexpr size_t kTextMax = 64;  // the kernel's limit for a domain name
 constexpr size_t kNameMax = 40;
-constexpr size_t kParametersMax = 64;
 constexpr int kFactorMax = 400;
 constexpr useconds_t kTextSpacing = 20000;
 
@@ -32,15 +31,15 @@ std::string entryText(const Parameter& parameter) {
 
 class FileLock {
 public:
-    explicit FileLock(int descriptor) : descriptor_(descriptor) {
-        while (flock(descriptor_, LOCK_EX) != 0 && errno == EINTR) {
+    explicit FileLock(int openedFile) : descriptor(openedFile) {
+        while (flock(descriptor, LOCK_EX) != 0 && errno == EINTR) {
         }
     }
     FileLock(const FileLock&) = delete;
-    ~FileLock() { flock(descriptor_, LOCK_UN); }
+    ~FileLock() { flock(descriptor, LOCK_UN); }
 
 private:
-    int descriptor_;
+    int descriptor;
 };
 
 }  // namespace
@@ -59,22 +58,29 @@ Parameter parseAssignment(const std::string& text) {
     Parameter result;
     result.name = text.substr(0, equals);
     if (result.name.empty()) throw std::invalid_argument("'" + text + "' has no name");
-    if (result.name.size() > kNameMax)
+    if (result.name.size() > kNameMax) {
         throw std::invalid_argument("the name in '" + text + "' is longer than 40 characters");
-    if (result.name.find_first_of(": #\t") != std::string::npos)
-        throw std::invalid_argument("the name in '" + text + "' holds a ':', '#' or blank");
+    }
+    const auto cannotStand = [](unsigned char c) { return c <= ' ' || c == ':' || c == '#'; };
+    if (std::any_of(result.name.begin(), result.name.end(), cannotStand)) {
+        throw std::invalid_argument("the name in '" + text +
+                                    "' holds a ':', '#', blank or control character");
+    }
     const char* begin = text.data() + equals + 1;
     const char* end = text.data() + text.size();
     if (*begin == '+' && begin[1] != '-') ++begin;
     const auto [stop, error] = std::from_chars(begin, end, result.value);
-    if (error == std::errc::result_out_of_range)
+    if (error == std::errc::result_out_of_range) {
         throw std::invalid_argument("the value in '" + text + "' does not fit 32 bits");
-    if (error != std::errc() || stop != end)
+    }
+    if (error != std::errc() || stop != end) {
         throw std::invalid_argument("the value in '" + text + "' is not a whole number");
+    }
     const bool isFactor = result.name == "FB0Factor" || result.name == "gameInternalFBOFactor";
-    if (isFactor && (result.value < 1 || result.value > kFactorMax))
+    if (isFactor && (result.value < 1 || result.value > kFactorMax)) {
         throw std::invalid_argument("the factor in '" + text +
                                     "' is not a percentage from 1 to 400");
+    }
     return result;
 }
 
@@ -100,7 +106,7 @@ struct ParameterNode::Shared {
     struct {
         char name[kNameMax + 1];
         int32_t value;
-    } entries[kParametersMax];
+    } entries[ParameterNode::kParametersMax];
 };
 
 ParameterNode ParameterNode::create(const std::string& file,
@@ -123,51 +129,52 @@ ParameterNode ParameterNode::open(const std::string& file) {
 }
 
 ParameterNode::ParameterNode(ParameterNode&& other) noexcept
-    : descriptor_(other.descriptor_), shared_(other.shared_) {
-    other.descriptor_ = -1;
-    other.shared_ = nullptr;
+    : descriptor(other.descriptor), shared(other.shared) {
+    other.descriptor = -1;
+    other.shared = nullptr;
 }
 
 ParameterNode::~ParameterNode() {
-    if (shared_ == nullptr) return;
-    munmap(shared_, sizeof(Shared));
-    close(descriptor_);
+    if (shared == nullptr) return;
+    munmap(shared, sizeof(Shared));
+    close(descriptor);
 }
 
-void ParameterNode::announceLoader() { shared_->loaderIsThere = true; }
+void ParameterNode::announceLoader() { shared->loaderIsThere = true; }
 
-bool ParameterNode::loaderIsThere() const { return shared_->loaderIsThere; }
+bool ParameterNode::loaderIsThere() const { return shared->loaderIsThere; }
 
-uint32_t ParameterNode::generation() const { return shared_->generation.load(); }
+uint32_t ParameterNode::generation() const { return shared->generation.load(); }
 
 void ParameterNode::set(const std::string& name, int value) {
-    FileLock lock(descriptor_);
+    FileLock lock(descriptor);
     uint32_t index = 0;
-    while (index < shared_->count && name != shared_->entries[index].name) ++index;
+    while (index < shared->count && name != shared->entries[index].name) ++index;
     if (index == kParametersMax) throw std::runtime_error("too many parameters for " + name);
-    auto& entry = shared_->entries[index];
-    if (index == shared_->count) {
+    auto& entry = shared->entries[index];
+    if (index == shared->count) {
         strncpy(entry.name, name.c_str(), kNameMax);
-        ++shared_->count;
+        ++shared->count;
     }
     entry.value = value;
-    ++shared_->generation;
+    ++shared->generation;
 }
 
 std::vector<Parameter> ParameterNode::readLocked() const {
     std::vector<Parameter> result;
-    for (uint32_t i = 0; i < shared_->count; ++i)
-        result.push_back({shared_->entries[i].name, shared_->entries[i].value});
+    for (uint32_t i = 0; i < shared->count; ++i) {
+        result.push_back({shared->entries[i].name, shared->entries[i].value});
+    }
     return result;
 }
 
 std::vector<Parameter> ParameterNode::parameters() const {
-    FileLock lock(descriptor_);
+    FileLock lock(descriptor);
     return readLocked();
 }
 
 std::vector<Parameter> ParameterNode::writeText(size_t index, bool* written) {
-    FileLock lock(descriptor_);
+    FileLock lock(descriptor);
     const auto texts = splitIntoTexts(readLocked());
     if (index >= texts.size()) return {};
     std::string text;

@@ -29,6 +29,9 @@ std::vector<std::vector<Parameter>> splitIntoTexts(const std::vector<Parameter>&
 
 class ParameterNode {
 public:
+    // How many different parameters fit.
+    static constexpr size_t kParametersMax = 64;
+
     // Both throw std::runtime_error. create makes the file.
     static ParameterNode create(const std::string& file, const std::vector<Parameter>& parameters);
     static ParameterNode open(const std::string& file);
@@ -58,11 +61,12 @@ public:
 
 private:
     struct Shared;
-    ParameterNode(int descriptor, Shared* shared) : descriptor_(descriptor), shared_(shared) {}
+    ParameterNode(int openedDescriptor, Shared* mapped)
+        : descriptor(openedDescriptor), shared(mapped) {}
     std::vector<Parameter> readLocked() const;
 
-    int descriptor_;
-    Shared* shared_;
+    int descriptor;
+    Shared* shared;
 };
 
 }  // namespace rig

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -13,7 +14,7 @@
 namespace rig {
 
 struct RunOutcome {
-    static constexpr int kCapturesMax = 256;  // of one run
+    static constexpr size_t kCapturesMax = 256;  // of one run
 
     // In shared memory, all zeros; lives as long as the process. Both throw
     // std::runtime_error.

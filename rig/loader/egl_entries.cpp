@@ -83,10 +83,12 @@ a::EGLSurface createPbufferSurface(a::EGLDisplay display, a::EGLConfig config,
     std::vector<a::EGLint> list;
     for (; attributes != nullptr && *attributes != EGL_NONE; attributes += 2) {
         const bool isSize = *attributes == EGL_WIDTH || *attributes == EGL_HEIGHT;
-        if (!isSize || settings.width == 0) list.insert(list.end(), attributes, attributes + 2);
+        if (!isSize || settings.pbufferSize.width == 0)
+            list.insert(list.end(), attributes, attributes + 2);
     }
-    if (settings.width != 0)
-        list.insert(list.end(), {EGL_WIDTH, settings.width, EGL_HEIGHT, settings.height});
+    if (settings.pbufferSize.width != 0)
+        list.insert(list.end(), {EGL_WIDTH, settings.pbufferSize.width, EGL_HEIGHT,
+                                 settings.pbufferSize.height});
     list.push_back(EGL_NONE);
     return loader().driver.egl.eglCreatePbufferSurface(display, config, list.data());
 }

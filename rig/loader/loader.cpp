@@ -76,7 +76,7 @@ void start(Loader& l) {
     l.connection.libGles1 = l.driver.libGles1;
     l.connection.libGles2 = l.driver.libGles2;
     l.applicationTable = &l.ownEntries;
-    if (l.settings.plugin) {
+    if (!l.settings.noPlugin) {
         l.plugin = openPlugin(directory, l.settings);
         l.applicationTable = countedServing(startPlugin(l.plugin, l.connection));
     }

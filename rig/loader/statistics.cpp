@@ -100,7 +100,7 @@ void startStatistics(const Driver&, const Settings& settings, android::gl_hooks_
     for (const QuirkRequest& quirk : settings.quirks)
         quirks.push_back({{"name", quirk.name}, {"fromFrame", quirk.fromFrame}});
     statistics->document = {{"game", settings.game},
-                            {"plugin", settings.plugin},
+                            {"plugin", !settings.noPlugin},
                             {"quirks", quirks},
                             {"frames", json::array()}};
     // Objects that come before the first frame count into it.

@@ -79,7 +79,7 @@ int launch(const Plan& plan) {
         return kExitDevice;
     }
     fcntl(report[0], F_SETFD, FD_CLOEXEC);
-    std::vector<std::string> arguments = sandboxArguments(plan.configFile);
+    std::vector<std::string> arguments = sandboxArguments(plan.launch.configFile);
     for (const std::string& argument :
          {std::string("--"), ownPath(), std::string(kSuperviseArgument), std::to_string(report[1])})
         arguments.push_back(argument);

@@ -4,12 +4,18 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <set>
 #include <sstream>
+#include <stdexcept>
+#include <type_traits>
 
-#include "rig/device/quirk_names.h"
+#include "rig/device/parameter_node.h"
+#include "rig/device/run_outcome.h"
 #include "rig/run/exit_codes.h"
-#include "rig/run/option_values.h"
+#include "rig/run/mesa_driver.h"
+#include "rig/run/option_readers.h"
 #include "rig/run/program.h"
+#include "rig/run/raw_options.h"
 
 namespace rig {
 
@@ -35,15 +41,6 @@ Exit code: the program's (128 + N when signal N killed it); 2 for a bad option,
 well but a picture or the statistics asked for did not come about, 126 and 127 when the program
 cannot be run or found.)";
 
-std::string quirkHelp() {
-    std::string help =
-        "Make the driver behave in another way, from frame FROM on, up to frame TO; "
-        "repeatable:";
-    for (const QuirkName& quirk : kQuirkNames)
-        help += std::string("\n") + quirk.name + ": " + quirk.effect;
-    return help;
-}
-
 std::string wrapped(const std::string& line) {
     std::istringstream words(line);
     std::string result;
@@ -63,8 +60,9 @@ public:
     std::string make_option_desc(const CLI::Option* option) const override {
         std::istringstream lines(option->get_description());
         std::string result;
-        for (std::string line; std::getline(lines, line);)
+        for (std::string line; std::getline(lines, line);) {
             result += (result.empty() ? "" : "\n") + wrapped(line);
+        }
         return result;
     }
     std::string make_option_opts(const CLI::Option* option) const override {
@@ -75,101 +73,78 @@ public:
     }
 };
 
-void addPluginOptions(CLI::App& app, Given& given) {
-    std::vector<std::string> games;
-    for (const android::Game& game : android::kGames) games.emplace_back(game.name);
-    app.add_option("--game", given.game,
-                   "The process name that the plug-in sees: " + CLI::detail::join(games, ", ") +
-                       ", or none for the program's own (default " + given.game + ")")
-        ->type_name("GAME");
-    games.emplace_back("none");
-    app.get_option("--game")->check(CLI::IsMember(games));
-    app.add_option("--thread-name", given.threadName,
-                   "Name given to a thread that makes a context current; '' gives none (default " +
-                       given.threadName + ", the name of " + given.game + "'s render thread)")
-        ->type_name("NAME");
-    app.add_option("--set", given.set,
-                   "A parameter of the kernel node; repeatable (status=7, enable=1, "
-                   "FB0Factor=100 and gameInternalFBOFactor=100 unless given)")
-        ->allow_extra_args(false)
-        ->type_name("NAME=VALUE");
-    app.add_option("--at", given.at, "Change a parameter right after swap FRAME; repeatable")
-        ->allow_extra_args(false)
-        ->type_name("FRAME:NAME=VALUE");
-    app.add_option("--config", given.config,
-                   "The device's configuration file /data/system/vkd/qogl (absent by default)")
-        ->type_name("FILE");
-    app.add_option("--property", given.properties, "A system property; repeatable")
-        ->allow_extra_args(false)
-        ->type_name("NAME=VALUE");
-    app.add_option("--service", given.service,
-                   "What the game service does: absent, fail, exception, or the number that it "
-                   "answers (default absent)")
-        ->type_name("ANSWER");
-    app.add_flag("--no-plugin", given.noPlugin, "The same loader with the driver alone");
-    app.add_flag("--bare", given.bare,
-                 "Do not put the program's own shader program back into use after a swap; the "
-                 "plug-in's first blit leaves its own, which programs that set theirs only once "
-                 "do not expect");
-    app.add_option("--log", given.log,
-                   "Which of the plug-in's log lines appear on standard error: debug (all), info, "
-                   "error or none (default info)")
-        ->type_name("LEVEL")
-        ->check(CLI::IsMember({"debug", "info", "error", "none"}));
+template <class Value>
+constexpr bool kIsList = false;
+template <class Item>
+constexpr bool kIsList<std::vector<Item>> = true;
+
+template <class Value>
+void add(CLI::App& app, RawOption& option, const std::string& help) {
+    const std::string initial = option.initial.empty() ? "" : " (default " + option.initial + ")";
+    if constexpr (std::is_same_v<Value, kinds::Flag>) {
+        app.add_flag(option.name, option.texts, help);
+    } else {
+        app.add_option(option.name, option.texts, help + initial)
+            ->allow_extra_args(false)
+            ->expected(1, kIsList<Value> ? CLI::detail::expected_max_vector_size : 1)
+            ->type_name(option.argument);
+    }
 }
 
-void addRunOptions(CLI::App& app, Given& given) {
-    app.add_option("--driver", given.driver,
-                   "Mesa's driver: llvmpipe, softpipe, zink (over lavapipe), or system for its "
-                   "own choice (default system)")
-        ->type_name("DRIVER")
-        ->check(CLI::IsMember({"llvmpipe", "softpipe", "zink", "system"}));
-    app.add_option("--display", given.display,
-                   "auto: a private Xvfb where neither DISPLAY nor WAYLAND_DISPLAY is set; xvfb: "
-                   "always; none: no window system, for programs on pbuffers (default auto)")
-        ->type_name("MODE")
-        ->check(CLI::IsMember({"auto", "xvfb", "none"}));
-    app.add_option("--size", given.size, "The size that every pbuffer gets")
-        ->type_name("WIDTHxHEIGHT");
-    app.add_option("--capture", given.captures,
-                   "A picture of the window as frame 1 presents it, or the frame of the --frame "
-                   "that belongs to it; repeatable")
-        ->allow_extra_args(false)
-        ->type_name("FILE.png");
-    app.add_option("--frame", given.captureFrames,
-                   "The frame, counted from 1, of the --capture in the same place; repeatable")
-        ->type_name("N")
-        ->check(CLI::PositiveNumber)
-        ->allow_extra_args(false);
-    app.add_option("--frames", given.frames, "End the program, with exit code 0, after that swap")
-        ->type_name("N")
-        ->check(CLI::PositiveNumber);
-    app.add_option("--stats", given.stats,
-                   "For each frame its time, the framebuffers drawn to with their "
-                   "sizes, and the parameters in force. The driver finishes each frame before "
-                   "its time is taken (glFinish), so that software drivers are timed honestly")
-        ->type_name("FILE.json");
-    app.add_option("--count", given.count,
-                   "How many calls went into the plug-in, came out of it, and passed it by, in "
-                   "all and for each entry; written when the program has ended, however it did")
-        ->type_name("FILE.json");
-    app.add_flag("--status", given.status,
-                 "Say on standard error, once a second, what the plug-in does now: game, context, "
-                 "sizes, factor, frames per second, and why it does not scale where it does not");
-    app.add_option("--clock", given.clock,
-                   "The program's clock: real, or step:MS, which moves on by that many "
-                   "milliseconds at each swap, so that programs that animate by time show the same "
-                   "in the same frame of every run (default real)")
-        ->type_name("CLOCK");
-    app.add_option("--quirk", given.quirks, quirkHelp())
-        ->allow_extra_args(false)
-        ->type_name("NAME[@FROM[-TO]]");
+void addOptions(CLI::App& app, RawOptions& raw) {
+#define LOADER_OPTION(kind, member, name, argument, initial, help) \
+    add<kinds::kind>(app, raw.member, help);
+#define LAUNCHER_OPTION(kind, member, name, argument, initial, help) \
+    add<kinds::kind>(app, raw.member, help);
+#include "rig/device/options.in"
+}
+
+// What concerns several options at once.
+void completePlan(const RawOptions& raw, Plan& plan) {
+    const LaunchSettings& launch = plan.launch;
+    const size_t captures = launch.captureFiles.size();
+    if (raw.captureFrames.given() && launch.captureFrames.size() != captures) {
+        throw BadOption(raw.captureFrames.name,
+                        "give one --frame for each --capture, or none for frame 1");
+    }
+    if (captures > RunOutcome::kCapturesMax) {
+        throw BadOption(
+            raw.captureFiles.name,
+            "a run makes at most " + std::to_string(RunOutcome::kCapturesMax) + " pictures");
+    }
+    for (size_t i = 0; i < captures; ++i) {
+        const bool given = raw.captureFrames.given();
+        plan.settings.captures.push_back(
+            {launch.captureFiles[i], given ? launch.captureFrames[i] : 1});
+    }
+    std::set<std::string> names;
+    for (const Parameter& parameter : launch.parameters) names.insert(parameter.name);
+    const bool fits = names.size() <= ParameterNode::kParametersMax;
+    for (const ParameterChange& change : plan.settings.changes) names.insert(change.name);
+    if (names.size() > ParameterNode::kParametersMax) {
+        throw BadOption(fits ? raw.changes.name : raw.parameters.name,
+                        "there are " + std::to_string(names.size()) +
+                            " different parameters, and the node takes " +
+                            std::to_string(ParameterNode::kParametersMax));
+    }
+    plan.environment = driverEnvironment(launch.driver);
+}
+
+Plan planFrom(const RawOptions& raw) {
+    Plan plan;
+#define LOADER_OPTION(kind, member, name, argument, initial, help) \
+    plan.settings.member = read##kind(raw.member);
+#define LAUNCHER_OPTION(kind, member, name, argument, initial, help) \
+    plan.launch.member = read##kind(raw.member);
+#include "rig/device/options.in"
+    completePlan(raw, plan);
+    return plan;
 }
 
 }  // namespace
 
 std::optional<Plan> parseCommandLine(int argc, char** argv, int& exitCode) {
-    Given given;
+    RawOptions raw;
     CLI::App app(
         "Runs a GLES program through the plug-in on this machine's driver, in surroundings like "
         "a device's.\nEverything after -- is the program and its arguments.",
@@ -177,8 +152,7 @@ std::optional<Plan> parseCommandLine(int argc, char** argv, int& exitCode) {
     app.footer(kExamples);
     app.set_help_flag("-h,--help", "This text");
     app.formatter(std::make_shared<HelpText>());
-    addPluginOptions(app, given);
-    addRunOptions(app, given);
+    addOptions(app, raw);
 
     std::vector<std::string> options;
     int i = 1;
@@ -186,13 +160,13 @@ std::optional<Plan> parseCommandLine(int argc, char** argv, int& exitCode) {
     const std::vector<std::string> command(argv + std::min(i + 1, argc), argv + argc);
     try {
         app.parse(options);
-        Plan plan = planFrom(given);
+        Plan plan = planFrom(raw);
         exitCode = chooseProgram(command, plan);
         if (exitCode == 0) return plan;
     } catch (const CLI::CallForHelp&) {
         fputs(app.help().c_str(), stdout);
         exitCode = 0;
-    } catch (const CLI::ParseError& error) {
+    } catch (const std::runtime_error& error) {  // BadOption, or one of CLI11's
         fprintf(stderr, "vesko-run: %s\nvesko-run --help explains the options\n", error.what());
         exitCode = kExitUsage;
     }

@@ -1,4 +1,4 @@
-// What the command line asks for.
+// What the command line asks for, checked.
 #pragma once
 
 #include <string>
@@ -13,12 +13,15 @@ struct EnvironmentChange {
     std::string value;
 };
 
+// The options that stay with the launcher.
+struct LaunchSettings {
+#define LAUNCHER_OPTION(kind, member, name, argument, initial, help) kinds::kind member{};
+#include "rig/device/options.in"
+};
+
 struct Plan {
-    Settings settings;                  // for the loader inside the program
-    std::vector<Parameter> parameters;  // the node's first contents
-    std::string configFile;             // absolute; empty: the device has none
-    std::string countFile;              // absolute; empty: calls are not counted
-    std::string display = "auto";       // auto, xvfb or none
+    Settings settings;  // for the loader inside the program
+    LaunchSettings launch;
     std::vector<EnvironmentChange> environment;
     std::string program;                 // absolute
     std::string processName;             // the program's argv[0]

@@ -9,8 +9,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "games/games.h"
 #include "rig/run/exit_codes.h"
+#include "rig/run/games.h"
 #include "rig/run/paths.h"
 
 namespace rig {
@@ -72,14 +72,14 @@ int chooseProgram(const std::vector<std::string>& command, Plan& plan) {
         return exitCode;
     }
     plan.arguments.assign(command.begin() + 1, command.end());
-    plan.processName = command[0];
-    for (const android::Game& game : android::kGames)
-        if (plan.settings.game == game.name) plan.processName = game.package;
-    if (plan.settings.game != "none" && isScript(plan.program))
+    const std::string gamesName = processNameOf(plan.settings.game);
+    plan.processName = gamesName.empty() ? command[0] : gamesName;
+    if (!gamesName.empty() && isScript(plan.program)) {
         fprintf(stderr,
                 "vesko-run: '%s' is a script, so its process bears its interpreter's name and the "
                 "plug-in sees no game; name the program that the script starts\n",
                 command[0].c_str());
+    }
     return 0;
 }
 

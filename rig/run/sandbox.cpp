@@ -30,11 +30,25 @@ bool isDirectory(const std::string& path) {
 void showEntry(Arguments& arguments, const std::string& path) {
     char target[PATH_MAX];
     const ssize_t length = readlink(path.c_str(), target, sizeof target - 1);
-    if (length > 0)
+    if (length > 0) {
         add(arguments, {"--symlink", std::string(target, static_cast<size_t>(length)), path});
-    else
+    } else {
         add(arguments, {"--dev-bind-try", path, path});
+    }
 }
+
+// The folders of the machine that get an empty file system over them, and what is
+// new in each.
+struct Room {
+    const char* folder;
+    const char* content;
+};
+constexpr Room kRooms[] = {{"/", "data"},
+                           // A machine's own /data stays visible around ours.
+                           {"/data", "system"},
+                           {"/data/system", "vkd"},
+                           {"/data/system/vkd", "qogl"},
+                           {"/sys/class", "gpu_vesko"}};
 
 // Puts an empty file system over the directory and shows its entries again,
 // all but `hidden`, so that something new can come into it.
@@ -56,17 +70,20 @@ std::vector<std::string> sandboxArguments(const std::string& configFile) {
     Arguments arguments = {"bwrap", "--die-with-parent", "--unshare-uts", "--cap-add",
                            "CAP_SYS_ADMIN"};
     if (geteuid() != 0) add(arguments, {"--unshare-user"});
-    makeRoom(arguments, "/", "data");
-    // A machine's own /data stays visible around ours.
-    for (const auto& [directory, next] : {std::pair<const char*, const char*>{"/data", "system"},
-                                          {"/data/system", "vkd"},
-                                          {"/data/system/vkd", "qogl"}})
-        if (isDirectory(directory)) makeRoom(arguments, directory, next);
+    for (const Room& room : kRooms) {
+        if (isDirectory(room.folder)) makeRoom(arguments, room.folder, room.content);
+    }
     add(arguments, {"--dir", "/data/system/vkd", "--dir", kPrivateDirectory});
     if (!configFile.empty()) add(arguments, {"--ro-bind", configFile, android::kGameConfigPath});
-    makeRoom(arguments, "/sys/class", "gpu_vesko");
     add(arguments, {"--dev-bind", kNodeSource, android::kParameterNodePath});
     return arguments;
+}
+
+bool isPrivateInside(const std::string& folder) {
+    for (const Room& room : kRooms) {
+        if (folder == room.folder) return true;
+    }
+    return false;
 }
 
 }  // namespace rig

@@ -15,4 +15,8 @@ constexpr char kPrivateDirectory[] = "/.vesko-rig";
 // machine's own file systems. The command is to be appended.
 std::vector<std::string> sandboxArguments(const std::string& configFile);
 
+// Whether files that are made directly in this folder, a real path, end with the
+// run.
+bool isPrivateInside(const std::string& folder);
+
 }  // namespace rig

@@ -11,10 +11,10 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 #include <stdexcept>
 
 #include "rig/device/call_counts.h"
+#include "rig/device/output_file.h"
 #include "rig/device/parameter_node.h"
 #include "rig/device/run_outcome.h"
 #include "rig/run/display.h"
@@ -145,10 +145,9 @@ int watch(pid_t program, int signals, ParameterNode& node, bool status) {
 }
 
 void writeCounts(const CallCounts& counts, const std::string& file) {
-    std::ofstream stream(file);
-    stream << counts.toJson();
-    stream.close();
-    if (!stream) fprintf(stderr, "vesko-run: --count %s: cannot write the file\n", file.c_str());
+    if (!writeOutputFile(file, counts.toJson())) {
+        fprintf(stderr, "vesko-run: --count %s: %s\n", file.c_str(), strerror(errno));
+    }
 }
 
 // The exit code, given the program's.
@@ -173,23 +172,24 @@ int runPlan(Plan plan) {
     const int signals = signalfd(-1, &handled, SFD_CLOEXEC | SFD_NONBLOCK);
 
     plan.settings.parametersFile = std::string(kPrivateDirectory) + "/parameters";
-    ParameterNode node = ParameterNode::create(plan.settings.parametersFile, plan.parameters);
+    ParameterNode node =
+        ParameterNode::create(plan.settings.parametersFile, plan.launch.parameters);
     node.writeAll();
     CallCounts* counts = nullptr;
-    if (!plan.countFile.empty()) {
-        unlink(plan.countFile.c_str());  // one of an earlier run proves nothing
+    if (!plan.launch.countFile.empty()) {
+        unlink(plan.launch.countFile.c_str());  // one of an earlier run proves nothing
         plan.settings.countsFile = std::string(kPrivateDirectory) + "/calls";
         counts = &CallCounts::create(plan.settings.countsFile);
     }
     plan.settings.outcomeFile = std::string(kPrivateDirectory) + "/outcome";
     const RunOutcome& outcome = RunOutcome::create(plan.settings.outcomeFile);
-    Display display(plan.display);
+    Display display(plan.launch.display);
     const pid_t program = fork();
     if (program == 0) becomeProgram(plan, before);
     if (program < 0) throw std::runtime_error(std::string("fork: ") + strerror(errno));
     const int exitCode =
         checkOutcome(outcome, plan.settings, watch(program, signals, node, plan.settings.status));
-    if (counts != nullptr) writeCounts(*counts, plan.countFile);
+    if (counts != nullptr) writeCounts(*counts, plan.launch.countFile);
     return exitCode;
 }
 

@@ -4,6 +4,7 @@ usage: rig_test.py VESKO_RUN DIRECTORY_OF_THE_PROBES
 """
 import json
 import os
+import re
 import signal
 import struct
 import subprocess
@@ -13,6 +14,7 @@ import time
 import unittest
 
 RUN = PROBES = None
+MANUAL = os.path.join(os.path.dirname(__file__), "..", "..", "docs", "rig.md")
 NOT_POSSIBLE = 77
 
 
@@ -37,7 +39,8 @@ class Rig(unittest.TestCase):
                        if k not in ("DISPLAY", "WAYLAND_DISPLAY")}
         return subprocess.Popen([RUN, "--driver", "llvmpipe", "--display", display, *arguments],
                                 stdin=subprocess.PIPE, stdout=subprocess.PIPE,
-                                stderr=subprocess.PIPE, text=True, env=environment, **more)
+                                stderr=subprocess.PIPE, text=True, errors="surrogateescape",
+                                env=environment, **more)
 
     def run_rig(self, *arguments, code=0, display="none", lines=""):
         process = self.start(*arguments, display=display)
@@ -207,6 +210,15 @@ class Device(Rig):
             self.assertEqual(stream.read(), before)
         self.assertFalse(os.path.exists("/.vesko-rig"))
 
+    def test_names_may_be_of_any_bytes(self):
+        odd = os.fsdecode(b"\xff\xe9\xc3")
+        file, picture = self.path(odd + ".json"), self.path(odd + ".png")
+        out, _ = self.run_rig("--stats", file, "--capture", picture, "--thread-name", odd,
+                              "--property", "a=" + odd, "--", *probe("linked"))
+        self.assertIn(f"thread {odd}\n", out)
+        self.assertTrue(os.path.exists(file) and os.path.exists(picture))
+        self.assertEqual(self.run_rig("--", "printf", "%s", odd)[0], odd)
+
     def test_quirks_change_what_they_name_and_watching_changes_nothing(self):
         def facts(*arguments):
             out, _ = self.run_rig("--no-plugin", *arguments, "--", *probe("linked"), "facts",
@@ -255,16 +267,39 @@ class Launcher(Rig):
             self.assertEqual(os.path.exists(picture), code == 0)
             self.assertEqual(os.path.exists(stats), code == 0)
 
+    def test_the_manual_tells_of_every_option_its_argument_and_its_default(self):
+        shown, _ = self.run_rig("--help")
+        in_help = {}
+        for name, argument, text in re.findall(
+                r"^  (--[a-z-]+)(?: (\S+))?(?:  |$)((?:(?!^  -).*\n)*)", shown, re.M):
+            default = re.search(r"\(default ([^)]*)\)", " ".join(text.split()))
+            in_help[name] = (argument, default[1] if default else "")
+        self.assertGreater(len(in_help), 15)
+        with open(MANUAL, encoding="utf-8") as page:
+            rows = re.findall(r"^\| `(--[a-z-]+) ?(.*?)` \| .* \| (?:`(.*)`)? ?\|$", page.read(), re.M)
+        in_page = {name: (argument.replace("\\|", "|"), default) for name, argument, default in rows}
+        self.assertEqual(in_page, in_help)
+
     def test_bad_options_are_refused_by_name(self):
+        link = self.path("link")
+        os.symlink("/dev/zero", link)
         for arguments in (["--set", "FB0Factor"], ["--set", "FB0Factor=x"], ["--set", "FB0Factor=0"],
                           ["--set", "enable=99999999999"], ["--at", "3"], ["--at", "0:enable=1"],
                           ["--size", "3"], ["--size", "0x4"], ["--quirk", "odd"],
                           ["--quirk", "no-names@x"], ["--quirk", "no-names@5-4"], ["--driver", "odd"], ["--game", "odd"],
                           ["--config", "/no/such/file"], ["--config", "/"], ["--service", "odd"],
                           ["--property", "odd"], ["--frames", "0"], ["--frame", "2"],
-                          ["--capture", "/no/such/directory/a.png"], ["--count", "/no/such/directory/a.json"], ["--odd"]):
-            _, err = self.run_rig(*arguments, "--", "true", code=2)
-            self.assertIn(arguments[0], err)
+                          ["--capture", "/no/such/directory/a.png"], ["--odd"], ["--bare=5"],
+                          ["--set", "a\nb=1"], ["--clock", "step:0x10"], ["--config", ""],
+                          ["--stats", ""], [f"--set=p{i}=1" for i in range(70)],
+                          ["--count", "/dev/null"], ["--stats", "/"], ["--capture", "/a.png"],
+                          ["--count", self.directory], ["--stats", "/proc/a.json"],
+                          ["--stats", link], ["--count", "/sys/class/a.json"]):
+            _, err = self.run_rig(*arguments, "--", "touch", self.path("started"), code=2)
+            self.assertIn(re.match("--[a-z-]+", arguments[0])[0], err)
+            self.assertLess(max(map(len, err.splitlines()[-2:])), 200)
+        self.assertFalse(os.path.exists(self.path("started")))
+        self.assertEqual(os.readlink(link), "/dev/zero")
         _, err = self.run_rig(code=2)
         self.assertIn("after --", err)
 
