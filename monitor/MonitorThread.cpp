@@ -229,8 +229,10 @@ bool MonitorThread::parseprocessData(const char* data, int) {
     for (size_t end; (end = text.find('#', position)) != std::string::npos; position = end + 1) {
         storeParameter(Parameter(text.substr(position, end - position)));
     }
-    const bool active = readGameInfo(gameInfoKeys().enable) == 1 &&
-                        readGameInfo(gameInfoKeys().status) == kStatusActive;
+    // Both in any case: a read adds a missing key.
+    const int status = readGameInfo(gameInfoKeys().status);
+    const int enable = readGameInfo(gameInfoKeys().enable);
+    const bool active = status == kStatusActive && enable == 1;
     writeGameInfo(gameInfoKeys().internalEnable, active ? 1 : 0);
     MONITOR_LOG(DEBUG, "gameInfo[INTERNALENABLE]:%d ", active ? 1 : 0);
     return true;

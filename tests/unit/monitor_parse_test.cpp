@@ -62,6 +62,10 @@ TEST_F(MonitorParse, EntriesSetTheirKeys) {
     expectParsed("status:1#status:2:3#", {{"status", 2}});
     expectParsed("Status:7#FBOFactor:5#", {});
     expectParsed("", {});
+    gameInfo.clear();
+    monitor.parseprocessData("", 0);
+    EXPECT_EQ(gameInfo, (Parameters{{"status", 0}, {"enable", 0}, {"internalEnable", 0}}))
+        << "missing keys are added";
 }
 
 TEST_F(MonitorParse, EveryEntryIsLogged) {
