@@ -9,9 +9,9 @@
 #include "platform/compiler/immortal.h"
 #include "platform/compiler/sanitizers.h"
 
-// No valid key yet: a lookup before one was made must not read some other
-// library's thread-local value.
-android::CallRecord vesko_call_record = {{}, static_cast<pthread_key_t>(-1), pthread_getspecific};
+// A lookup before a key was made must not read some other library's thread-local
+// value.
+android::CallRecord vesko_call_record = {{}, android::kNoThreadKey, pthread_getspecific};
 
 namespace android {
 

@@ -7,6 +7,7 @@
 #include "games/games.h"
 #include "hook/construction_order.h"
 #include "hook/current_context.h"
+#include "interception/Impl.h"
 #include "platform/compiler/construction.h"
 #include "platform/compiler/immortal.h"
 #include "platform/compiler/sanitizers.h"
@@ -43,7 +44,7 @@ CONSTRUCTED_AT(kExitWatchStage) ExitWatch exitWatch;
 
 }  // namespace
 
-pthread_key_t ContextManager::sKey = static_cast<pthread_key_t>(-1);
+pthread_key_t ContextManager::sKey = kNoThreadKey;
 pthread_once_t ContextManager::sOnceKey = PTHREAD_ONCE_INIT;
 bool ContextManager::hookingEnabled = true;
 bool ContextManager::inited = false;
@@ -57,8 +58,13 @@ GAME_CONTEXT(nullContext, false, ImplFactory::NO_GAME);
 #include "games/games.in"
 
 void ContextManager::TlsKeyInitializer::create() {
-    pthread_key_create(&sKey, nullptr);
-    vesko_call_record.key = sKey;
+    pthread_key_t key;
+    if (pthread_key_create(&key, nullptr) != 0) {
+        HOOK_LOG(ERROR, "no thread key is left: every call goes to the driver");
+        return;
+    }
+    sKey = key;
+    vesko_call_record.key = key;
 }
 
 void ContextManager::validateTLSKey() { pthread_once(&sOnceKey, TlsKeyInitializer::create); }
@@ -101,16 +107,27 @@ HookContext& chooseContext(ImplFactory::GAME identity) {
     return context;
 }
 
+// The loader hands the driver's table to the context that a thread has at that moment
+// and to the null context. A thread that comes to the game's later, by its name or
+// because hooking was disabled then, finds it there.
+void provideDriverTable(HookContext& context) {
+    const Impl* const nullImpl = ContextManager::nullContext.impl;
+    if (context.impl == nullptr || nullImpl == nullptr) return;
+    if (context.impl->driver() == nullptr) context.initImpl(nullImpl->driver());
+}
+
 }  // namespace
 
 void ContextManager::bindAHookContext() {
     validateTLSKey();
+    if (sKey == kNoThreadKey) return;
     if (processIsLeaving) {
         if (currentContext() == nullptr) pthread_setspecific(sKey, &nullContext);
         return;
     }
     HookContext& context = chooseContext(getGameType());
     context.startMonitor();
+    provideDriverTable(context);
     pthread_setspecific(sKey, &context);
     if (!hookingEnabled) pthread_setspecific(sKey, &nullContext);
 }

@@ -20,7 +20,8 @@ namespace android {
 class PLUGIN_API ContextManager {
 public:
     static void validateTLSKey();
-    // Null on a thread that was never bound.
+    // Null on a thread that was never bound, and on all where the process had no
+    // thread key left.
     static HookContext* getCurrentContext();
     static HookContext* getNullContext();
 

@@ -33,8 +33,9 @@ platform_impl_t* HookCore::getEGLPlatformHooks(platform_impl_t* loaderTable) {
 void HookCore::setGLHooksThreadSpecific(const gl_hooks_t* driverTable, int apiIndex) {
     if (apiIndex < 1) HOOK_LOG(INFO, "GLESv1 not supported.");
     HookContext* context = ContextManager::getCurrentContext();
-    android::setGLHooksThreadSpecific(&glTables[apiIndex]);
-    context->initImpl(driverTable);
+    // Our trampolines need a context.
+    android::setGLHooksThreadSpecific(context != nullptr ? &glTables[apiIndex] : driverTable);
+    if (context != nullptr) context->initImpl(driverTable);
     ContextManager::getNullContext()->initImpl(driverTable);
 }
 

@@ -23,9 +23,9 @@ public:
 
     // Points the thread's GL slot at our table number `apiIndex` (0 or 1, not
     // checked) and hands `driverTable` to the Impl of the thread's context and
-    // to that of the null context. The thread must have a context already,
-    // which any EGL call gives it. An index below 1 is logged and served with
-    // the null table 0 all the same.
+    // to that of the null context. A thread without a context, which any EGL call
+    // gives it while thread keys are left, gets `driverTable` itself into its slot.
+    // An index below 1 is logged and served with the null table 0 all the same.
     static void setGLHooksThreadSpecific(const gl_hooks_t* driverTable, int apiIndex);
     static void setEGLHooksThreadSpecific();
 

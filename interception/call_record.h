@@ -12,11 +12,14 @@
 
 namespace android {
 
+// No valid key: a lookup of it finds nothing, on the device's C library too.
+constexpr auto kNoThreadKey = static_cast<pthread_key_t>(-1);
+
 struct CallRecord {
     // ImplFactory::defaultImplV2, which is another name for this storage: its
     // table of virtual functions, its driver table.
     void* passThrough[2];
-    // ContextManager::sKey, once that has been made.
+    // ContextManager::sKey.
     pthread_key_t key;
     // pthread_getspecific. Called through here it needs no stub of the linker's.
     void* (*lookup)(pthread_key_t key);

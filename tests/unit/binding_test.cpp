@@ -10,6 +10,7 @@
 
 #include "GameImpl/GenshinImpact/GenshinImpactImpl.h"
 #include "GameImpl/PUBGMHD/PUBGMHDImpl.h"
+#include "GameImpl/sgame/SGAMEImpl.h"
 #include "hook/ContextManager.h"
 #include "hook/GPUVeskoMode.h"
 #include "hook/HookManager.h"
@@ -151,6 +152,36 @@ TEST_F(Binding, TheMainThreadIsRememberedByItsId) {
         EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::sgameContext);
         EXPECT_EQ(ContextManager::sgameContext.getmainRenderringThreadId(), gettid());
     });
+}
+
+// The driver's table then went to the null context alone.
+TEST_F(Binding, AThreadThatBecomesTheGamesLaterHasTheDriversTable) {
+    SGAMEImpl& game = ImplFactory::sgameImpl;
+    host::setProcessName(kSgame);
+    for (const bool renamed : {true, false}) {
+        game.setGLDriverImpl(nullptr);
+        ImplFactory::defaultImplV2.setGLDriverImpl(nullptr);
+        onThread(renamed ? "worker" : "UnityGfx", [&] {
+            if (!renamed) HookManager::disableHooking();
+            eglMakeCurrent_hook(nullptr, nullptr, nullptr, nullptr);
+            HookManager::setGLHooksThreadSpecific(&driver.hooks, 1);
+            HookManager::enableHooking();
+            if (renamed) pthread_setname_np(pthread_self(), "UnityGfx");
+            eglGetCurrentContext_hook();
+            ASSERT_EQ(ContextManager::getCurrentContext(), &ContextManager::sgameContext);
+            ASSERT_EQ(game.getGLDriverImpl(), &driver.hooks);
+            driver.takeCalls();
+            HookManager::hookCore.glTables[1].gl.glFlush();
+            EXPECT_EQ(driver.takeCalls(), "glFlush()\n");
+            // One that it was given itself stays.
+            gl_hooks_t other = driver.hooks;
+            ImplFactory::defaultImplV2.setGLDriverImpl(&other);
+            eglGetCurrentContext_hook();
+            EXPECT_EQ(game.getGLDriverImpl(), &driver.hooks);
+        });
+    }
+    game.setGLDriverImpl(nullptr);
+    ImplFactory::defaultImplV2.setGLDriverImpl(nullptr);
 }
 
 TEST_F(Binding, HookingCanBeSwitchedOffForLaterBindings) {

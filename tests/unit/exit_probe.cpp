@@ -2,6 +2,8 @@
 // thread with a scaled target and a started monitor, a second thread that never
 // stops making calls, and a last frame from an exit handler that runs after the
 // library's own.
+//
+// With any argument: one that has used up all thread keys before its first EGL call.
 #include <unistd.h>
 
 #include <cstdlib>
@@ -108,13 +110,33 @@ int run() {
     return kExitCode;
 }
 
+// The driver alone serves such a process.
+int runWithoutKeys() {
+    pthread_key_t key;
+    while (pthread_key_create(&key, nullptr) == 0) {
+    }
+    host::setProcessName("com.tencent.tmgp.sgame");
+    pthread_setname_np(pthread_self(), "UnityGfx");
+    QoGPUVeskoModeImpl* const entry = createImplInstance();
+    entry->init(&driver().connection);
+    egl = entry->getEGLPlatformHooks(&driver().connection.platform);
+    makeCurrent();
+    const bool own = &gl() == &driver().hooks.gl && ContextManager::getCurrentContext() == nullptr;
+    drawFrame();
+    const bool handedOn = driver().takeCalls() ==
+                          "eglMakeCurrent(null, null, null, null)\n"
+                          "glBindFramebuffer(GL_FRAMEBUFFER, 0)\nglViewport(0, 0, 1000, 500)\n"
+                          "glDrawArrays(4, 0, 3)\neglSwapBuffers(null, null)\n";
+    return own && handedOn ? kExitCode : 1;
+}
+
 }  // namespace
 
 // The leak sanitizer cannot stop a thread that is just being ended with the
 // process, and gives up with an exit code of its own.
 extern "C" __attribute__((visibility("default"))) int __lsan_is_turned_off() { return 1; }
 
-int main(int, char** argv) {
+int main(int argc, char** argv) {
     host::reserveProcessName(argv);
-    return run();
+    return argc > 1 ? runWithoutKeys() : run();
 }

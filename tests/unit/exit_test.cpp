@@ -9,10 +9,10 @@
 namespace {
 
 // The exit code, -signal if killed, or -1000 after five seconds.
-int runProbe() {
+int runProbe(const char* argument = nullptr) {
     const pid_t child = fork();
     if (child == 0) {
-        const char* const command[] = {EXIT_PROBE, nullptr};
+        const char* const command[] = {EXIT_PROBE, argument, nullptr};
         execvp(command[0], const_cast<char**>(command));
         _exit(127);
     }
@@ -34,3 +34,5 @@ int runProbe() {
 TEST(Exit, CallsDuringAndAfterTheLibrarysDestructorsAreSafe) {
     for (int i = 0; i < 20; ++i) ASSERT_EQ(runProbe(), 23) << "run " << i;
 }
+
+TEST(Exit, AProcessWithoutAThreadKeyIsServedByTheDriver) { EXPECT_EQ(runProbe("keys"), 23); }
