@@ -1,5 +1,7 @@
 // ContextManager: the target size of Genshin Impact, from the system's game
 // service and the configuration file.
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 // The binder headers use these without including them.
@@ -13,7 +15,6 @@
 #include <utils/String16.h>
 
 #include <cstring>
-#include <fstream>
 #include <sstream>
 
 #include "hook/ContextManager.h"
@@ -57,6 +58,59 @@ bool diagnosticsAreOn() {
     return strcmp(value, "true") == 0;
 }
 
+constexpr size_t kLongestLine = 64 * 1024;
+
+// The configuration file by lines. An application waits for it, so whatever lies in
+// its place must not hold that up: neither is a fifo's writer waited for, nor a
+// device read, nor a long line held.
+class ConfigFile {
+public:
+    ConfigFile() : file(open(kGameConfigPath, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)) {
+        struct stat status = {};
+        if (file < 0 || (fstat(file, &status) == 0 && S_ISREG(status.st_mode))) return;
+        HOOK_LOG(ERROR, "%s is not a regular file", kGameConfigPath);
+        close(file);
+        file = -1;
+    }
+    ~ConfigFile() {
+        if (file >= 0) close(file);
+    }
+    ConfigFile(const ConfigFile&) = delete;
+    ConfigFile& operator=(const ConfigFile&) = delete;
+
+    // False at the end. One that is too long is empty.
+    bool readLine(std::string& line, bool& tooLong) {
+        line.clear();
+        tooLong = false;
+        for (;;) {
+            if (position == end && !fill()) return tooLong || !line.empty();
+            const char* const begin = buffer + position;
+            const size_t rest = end - position;
+            const auto* const feed = static_cast<const char*>(memchr(begin, '\n', rest));
+            const size_t length = feed != nullptr ? static_cast<size_t>(feed - begin) : rest;
+            tooLong = tooLong || line.size() + length > kLongestLine;
+            tooLong ? line.clear() : (void)line.append(begin, length);
+            position += length;
+            if (feed == nullptr) continue;
+            ++position;
+            return true;
+        }
+    }
+
+private:
+    bool fill() {
+        const ssize_t count = file >= 0 ? read(file, buffer, sizeof(buffer)) : 0;
+        position = 0;
+        end = count > 0 ? static_cast<size_t>(count) : 0;
+        return end > 0;
+    }
+
+    int file;
+    char buffer[1024];
+    size_t position = 0;
+    size_t end = 0;
+};
+
 struct ConfigLine {
     std::string key;
     int width = 0;
@@ -97,11 +151,15 @@ void ContextManager::parseGameConfig(int game, int& width, int& height) {
     const bool diagnostics = diagnosticsAreOn();
     if (diagnostics) HOOK_LOG(DEBUG, "initGameModify, game: %d", game);
 
-    std::ifstream file(kGameConfigPath);
+    ConfigFile file;
     std::string line;
-    while (std::getline(file, line)) {
+    for (bool tooLong; file.readLine(line, tooLong);) {
         ConfigLine parsed;
-        if (!parseLine(line, parsed)) {
+        if (tooLong) {
+            if (diagnostics) {
+                HOOK_LOG(ERROR, "parse error. config: a line of more than %zu bytes", kLongestLine);
+            }
+        } else if (!parseLine(line, parsed)) {
             if (diagnostics) HOOK_LOG(ERROR, "parse error. config: %s", line.c_str());
         } else if (parsed.key == "yuanshen") {
             width = parsed.width;

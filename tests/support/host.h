@@ -30,6 +30,10 @@ struct GameService {
 };
 GameService& gameService();
 
+// What open() finds at `path` from now on: the file of an open descriptor,
+// or with -1 what lies there.
+void serveFile(const std::string& path, int descriptor);
+
 // Reserves room for longer process names, by running the program again if need
 // be. To be called first in main.
 void reserveProcessName(char** argv);

@@ -1,7 +1,9 @@
 // Which context a thread is bound to, by process name, thread name and switch;
 // and what the game configuration does to the Genshin Impact context.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -16,6 +18,7 @@
 #include "hook/HookManager.h"
 #include "interception/egl_hooks.h"
 #include "interception/gl_trampolines.h"
+#include "platform/device/names.h"
 #include "tests/support/host.h"
 #include "tests/support/recording_driver.h"
 
@@ -329,5 +332,43 @@ TEST_F(Binding, DiagnosticsAreOnForExactlyTrue) {
         ContextManager::inited = false;
         const std::string diagnostics = on ? "D EGL_HOOK initGameModify, game: 7\n" : "";
         expectAnswer(true, true, diagnostics + kFileRead);
+    }
+}
+
+TEST_F(Binding, AConfigurationThatIsNoPlainTextHoldsNobodyUp) {
+    host::properties()["vendor.qogl.debug"] = "true";
+    const auto read = [](int file) {
+        host::serveFile(kGameConfigPath, file);
+        int width = 1;
+        int height = 2;
+        host::takeLog();
+        ContextManager::parseGameConfig(0, width, height);
+        host::serveFile(kGameConfigPath, -1);
+        close(file);
+        return std::make_pair(width, height);
+    };
+    const auto logOf = [](const std::string& line) {
+        return "D EGL_HOOK initGameModify, game: 0\n" + line;
+    };
+    int pipeEnds[2];
+    ASSERT_EQ(pipe(pipeEnds), 0);
+    for (const int file : {pipeEnds[0], open("/dev/zero", O_RDONLY), open("/", O_RDONLY)}) {
+        EXPECT_EQ(read(file), std::make_pair(1, 2));
+        EXPECT_EQ(host::takeLog(),
+                  logOf("E EGL_HOOK " + std::string(kGameConfigPath) + " is not a regular file\n"));
+    }
+    close(pipeEnds[1]);
+    for (const int length : {65536, 65537, 1000000}) {
+        std::string line = "yuanshen 1600 720 0";
+        line.resize(static_cast<size_t>(length), ' ');
+        const std::string text = "yuanshen 1080 486 0\n" + line;
+        const int file = memfd_create("qogl", 0);
+        ASSERT_EQ(write(file, text.data(), text.size()), static_cast<ssize_t>(text.size()));
+        const bool tooLong = length > 65536;
+        EXPECT_EQ(read(file), tooLong ? std::make_pair(1080, 486) : std::make_pair(1600, 720));
+        EXPECT_EQ(
+            host::takeLog(),
+            logOf(tooLong ? "E EGL_HOOK parse error. config: a line of more than 65536 bytes\n"
+                          : ""));
     }
 }
