@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 
 #include "games/games.h"
@@ -59,11 +60,27 @@ MonitorThread::~MonitorThread() { reset(); }
 // Other threads may be binding while one starts the monitor.
 bool MonitorThread::hasStarted() const { return __atomic_load_n(&started, __ATOMIC_RELAXED); }
 
+namespace {
+
+// The new thread inherits the mask. None of the application's signals may arrive at
+// a thread that it does not know.
+int createWithoutSignals(pthread_t& thread, void* (*entry)(void*), void* argument) {
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_SETMASK, &all, &before);
+    const int result = pthread_create(&thread, nullptr, entry, argument);
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    return result;
+}
+
+}  // namespace
+
 void MonitorThread::start() {
     if (!monitorsNode(game)) return;
     if (hasStarted() || !PollStop::prepare(this)) return;
 
-    const int result = pthread_create(&thread, nullptr, threadProc, this);
+    const int result = createWithoutSignals(thread, threadProc, this);
     if (result != 0) PollStop::discard(this);
     if (result < 0) {
         MONITOR_LOG(ERROR, "Create MonitorThread ERROR.");

@@ -1,10 +1,9 @@
 #include "monitor/PollStop.h"
 
-#include <sys/eventfd.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdint>
 #include <ctime>
 #include <mutex>
 
@@ -25,17 +24,21 @@ constexpr long kNanosecondsPerSecond = 1'000'000'000;
 
 }  // namespace
 
-PollStop::PollStop(const void* owner)
-    : monitor(owner),
-      process(getpid()),
-      wakeFd(keptFromZero(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))),
-      wakeFile(wakeFd) {
+PollStop::PollStop(const void* owner) : monitor(owner), process(getpid()) {
+    if (socketpair(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) == 0) {
+        for (int i = 0; i < 2; ++i) {
+            ends[i] = keptFromZero(ends[i]);
+            files[i] = FileIdentity(ends[i]);
+        }
+    }
     registryProcess = process;
     sem_init(&ended, 0, 0);
 }
 
 PollStop::~PollStop() {
-    if (isWakeable()) close(wakeFd);
+    for (int i = 0; i < 2; ++i) {
+        if (files[i].isThatOf(ends[i])) close(ends[i]);
+    }
     sem_destroy(&ended);
 }
 
@@ -47,8 +50,8 @@ PollStop** PollStop::find(const void* monitor) {
 }
 
 bool PollStop::signal() const {
-    const uint64_t one = 1;
-    return isWakeable() && write(wakeFd, &one, sizeof(one)) == sizeof(one);
+    const char message = 0;
+    return isWakeable() && send(ends[1], &message, sizeof(message), MSG_NOSIGNAL) > 0;
 }
 
 bool PollStop::prepare(const void* monitor) {
@@ -180,8 +183,8 @@ PollStop::Running::~Running() {
 }
 
 void PollStop::Running::consumeWake() const {
-    uint64_t count;
-    (void)!read(stop->wakeFd, &count, sizeof(count));
+    char message;
+    if (stop->isWakeable()) (void)!recv(stop->ends[0], &message, sizeof(message), 0);
 }
 
 }  // namespace android

@@ -42,7 +42,7 @@ public:
         bool requested() const { return stop->stopRequested; }
         // To be polled for POLLIN together with the node; negative where the
         // process had no descriptor left, or has closed this one.
-        int wakeDescriptor() const { return stop->isWakeable() ? stop->wakeFd : -1; }
+        int wakeDescriptor() const { return stop->isWakeable() ? stop->ends[0] : -1; }
         void consumeWake() const;
 
     private:
@@ -56,7 +56,7 @@ private:
     explicit PollStop(const void* monitor);
     ~PollStop();
     static PollStop** find(const void* monitor);
-    bool isWakeable() const { return wakeFile.isThatOf(wakeFd); }
+    bool isWakeable() const { return files[0].isThatOf(ends[0]) && files[1].isThatOf(ends[1]); }
     bool signal() const;
     void finish();
     void abandon();
@@ -64,8 +64,11 @@ private:
 
     const void* const monitor;
     const pid_t process;
-    const int wakeFd;
-    const FileIdentity wakeFile;
+    // A pair of sockets, the thread's end first. Each has an inode of its own: an
+    // application's socket that got one of the numbers is told from ours. And to
+    // write to one whose other end was closed raises no signal.
+    int ends[2] = {-1, -1};
+    FileIdentity files[2];
     State state = State::Created;
     pthread_t self{};
     std::atomic<bool> stopRequested{false};

@@ -19,7 +19,8 @@ inline int keptFromZero(int descriptor) {
 }
 
 // What a descriptor refers to. Some applications close all descriptors that they
-// do not know, and then the number may become another file's.
+// do not know, and then the number may become another file's. Not for files that
+// share one inode, as all of eventfd do.
 class FileIdentity {
 public:
     FileIdentity() = default;
@@ -28,7 +29,7 @@ public:
     bool isThatOf(int descriptor) const {
         struct stat now = {};
         return known && fstat(descriptor, &now) == 0 && now.st_dev == file.st_dev &&
-               now.st_ino == file.st_ino && now.st_mode == file.st_mode;
+               now.st_ino == file.st_ino;
     }
 
 private:

@@ -1,7 +1,9 @@
 // The text of the kernel's parameter node, and monitors without a real node.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -10,6 +12,7 @@
 #include <thread>
 
 #include "monitor/MonitorThread.h"
+#include "monitor/safe_descriptor.h"
 #include "tests/support/host.h"
 
 using namespace android;
@@ -188,4 +191,17 @@ TEST_F(MonitorParse, WithoutADescriptorTheThreadEndsAtOnce) {
     EXPECT_EQ(MonitorThread::threadProc(nullptr), nullptr);
     EXPECT_EQ(host::takeLog(), "");
     EXPECT_EQ(gameInfo["status"], 5);
+}
+
+// Each event would open the node once more.
+TEST(SafeDescriptor, AFileStaysTheSameWhenItsModeChanges) {
+    const int file = memfd_create("node", 0);
+    const FileIdentity identity(file);
+    ASSERT_EQ(fchmod(file, 0400), 0);
+    EXPECT_TRUE(identity.isThatOf(file));
+    const int other = memfd_create("node", 0);
+    EXPECT_FALSE(identity.isThatOf(other));
+    close(other);
+    close(file);
+    EXPECT_FALSE(identity.isThatOf(file));
 }
