@@ -5,12 +5,13 @@ usage: android_bp_test.py SOURCE_DIR
 """
 import re
 import sys
+from collections.abc import Iterator
 from pathlib import Path
 
 FOLDERS = ("GameImpl", "hook", "interception", "monitor")
 
 
-def cmake_sources(source):
+def cmake_sources(source: Path) -> Iterator[str]:
     for folder in FOLDERS:
         text = (source / folder / "CMakeLists.txt").read_text()
         for files in re.findall(r"(?:plugin_module\(\w+|target_sources\(\w+ PRIVATE)\s+([^)]*)\)",
@@ -18,12 +19,12 @@ def cmake_sources(source):
             yield from (f"{folder}/{name}" for name in files.split())
 
 
-def strings(text, name):
+def strings(text: str, name: str) -> list[str]:
     found = re.search(rf"\b{name}: (\[[^]]*\]|\S+)", text)
     return re.findall(r'"([^"]*)"', found.group(1)) if found else []
 
 
-def main():
+def main() -> int:
     if len(sys.argv) != 2:
         sys.exit(__doc__.strip())
     source = Path(sys.argv[1])

@@ -9,15 +9,17 @@ program are ARM's. Exit code 77: the launcher cannot run here.
 import json
 import subprocess
 import sys
+from collections.abc import Iterator, Sequence
 from pathlib import Path
 
-NOT_POSSIBLE = 77
-LAUNCHER_CANNOT = 3
+from tests.support.rig import SKIPPED, need_rig
+
 WINDOW = (64, 48)  # what the program asks for
 HALF = (32, 24)
 
 
-def run(launcher, root, rig, probe, stats, emulator):
+def run(launcher: str, root: str, rig: str, probe: str, stats: Path,
+        emulator: Sequence[str]) -> subprocess.CompletedProcess[str]:
     libraries = f"{rig}:{root}/usr/lib/arm-linux-gnueabi/android"
     return subprocess.run(
         [launcher, "--driver", "llvmpipe", "--display", "none", "--log", "debug",
@@ -27,28 +29,24 @@ def run(launcher, root, rig, probe, stats, emulator):
         capture_output=True, text=True, timeout=120, check=False, stdin=subprocess.DEVNULL)
 
 
-def sizes_per_frame(stats):
+def sizes_per_frame(stats: Path) -> Iterator[set[tuple[int, int]]]:
     for frame in json.loads(stats.read_text())["frames"]:
         yield {(target["width"], target["height"]) for target in frame["framebuffers"]
                if target["draws"]}
 
 
-def main():
+def main() -> int:
     if len(sys.argv) < 7:
         sys.exit(__doc__.strip())
     launcher, root, rig, probe, output = sys.argv[1:6]
     if not Path(launcher).exists():
         print(f"skipped: there is no {launcher}; ./dev build makes it")
-        return NOT_POSSIBLE
-    tried = subprocess.run([launcher, "--display", "none", "--", "true"], capture_output=True,
-                           text=True, timeout=60, check=False, stdin=subprocess.DEVNULL)
-    if tried.returncode == LAUNCHER_CANNOT:
-        print("skipped, since the rig cannot run here:", tried.stderr)
-        return NOT_POSSIBLE
+        return SKIPPED
+    need_rig(launcher)
 
     stats = Path(output) / "arm-rig.json"
     stats.unlink(missing_ok=True)
-    result = run(launcher, root, rig, probe, str(stats), sys.argv[6:])
+    result = run(launcher, root, rig, probe, stats, sys.argv[6:])
     print(result.stdout, result.stderr)
     assert result.returncode == 0, result.returncode
     for line in ("gameInfo[INTERNALENABLE]:1", "gameInfo[INTERNALENABLE]:0"):

@@ -3,6 +3,8 @@
 usage: status_test.py VESKO_RUN DIRECTORY_OF_THE_PROBES
 """
 import json
+from collections.abc import Sequence
+from typing import Any
 
 from tests.rig import rig_test
 from tests.rig.rig_test import Rig, probe
@@ -11,7 +13,8 @@ STEP = 250
 
 
 class Status(Rig):
-    def status(self, *options, kind="linked", command=None, more=()):
+    def status(self, *options: str, kind: str = "linked", command: Sequence[str] = (),
+               more: Sequence[str] = ()) -> str:
         """The last status line of a program that swaps for over a second."""
         command = command or [*probe(kind), *more, "frames", "150", "pause", "10"]
         _, err = self.run_rig("--status", "--log", "none", *options, "--", *command)
@@ -31,22 +34,23 @@ class Status(Rig):
 
     def test_why_nothing_is_scaled(self) -> None:
         half = ("--set", "FB0Factor=50")
-        for options, more, why in (
-                (("--no-plugin",), {}, "the plug-in is not loaded"),
-                (("--game", "none", *half), {}, "rig-probe-linked', which is none of the games"),
-                (("--game", "pubgmhd", *half), {}, "passes through by design"),
-                (("--thread-name", "Other", *half), {}, "the thread is named 'Other', and only"),
-                (half, {"kind": "loaded", "more": ["es1"]}, "the context is one of OpenGL ES 1"),
-                (("--set", "status=3", *half), {}, "status is 3, not 7"),
-                (("--set", "enable=0", *half), {}, "enable is 0, not 1"),
-                ((), {}, "FB0Factor is 100"),
-                (("--quirk", "incomplete-framebuffer", *half), {}, "target could not be made"),
-                (("--game", "genshin"), {}, "nothing is wider than the target 1440x648"),
-                (half, {"command": ["sleep", "1.3"]}, "has made no EGL call")):
+        cases: list[tuple[Sequence[str], dict[str, Any], str]] = [
+            (("--no-plugin",), {}, "the plug-in is not loaded"),
+            (("--game", "none", *half), {}, "rig-probe-linked', which is none of the games"),
+            (("--game", "pubgmhd", *half), {}, "passes through by design"),
+            (("--thread-name", "Other", *half), {}, "the thread is named 'Other', and only"),
+            (half, {"kind": "loaded", "more": ["es1"]}, "the context is one of OpenGL ES 1"),
+            (("--set", "status=3", *half), {}, "status is 3, not 7"),
+            (("--set", "enable=0", *half), {}, "enable is 0, not 1"),
+            ((), {}, "FB0Factor is 100"),
+            (("--quirk", "incomplete-framebuffer", *half), {}, "target could not be made"),
+            (("--game", "genshin"), {}, "nothing is wider than the target 1440x648"),
+            (half, {"command": ["sleep", "1.3"]}, "has made no EGL call")]
+        for options, more, why in cases:
             self.assertIn(why, self.status(*options, **more), options)
 
     def test_statistics_time_the_blit_and_tell_wiped_draws(self) -> None:
-        def scaled(*more):
+        def scaled(*more: str) -> tuple[Any, Any]:
             frames = self.stats("--set", "FB0Factor=50", "--", *probe("linked"), *more)
             target = [u for u in frames[-1]["framebuffers"] if u["name"] != 0 and u["draws"]]
             return frames, target[0]
@@ -61,7 +65,7 @@ class Status(Rig):
 
 
 class SteppedClock(Rig):
-    def times(self, *options):
+    def times(self, *options: str) -> list[list[int]]:
         out, _ = self.run_rig(*options, "--", *probe("linked"), "clock", "pause", "1")
         return [[int(n) for n in line.split()[1:]] for line in out.splitlines()
                 if line.startswith("time ")]

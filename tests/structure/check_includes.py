@@ -4,6 +4,7 @@ include is not named from the repository's root."""
 import pathlib
 import re
 import sys
+from collections.abc import Iterator
 
 ALLOWED = {
     "platform": ["platform/"],
@@ -19,7 +20,7 @@ FOLDERS = tuple(f"{name}/" for name in (*ALLOWED, *OTHERS))
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.M)
 
 
-def violations(root):
+def violations(root: pathlib.Path) -> Iterator[str]:
     for folder in (*ALLOWED, *OTHERS):
         sources = [p for p in (root / folder).rglob("*") if p.suffix in (".h", ".cpp", ".in", ".S")]
         if folder in ALLOWED and not sources:

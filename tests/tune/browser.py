@@ -3,6 +3,7 @@
 import json
 import tempfile
 from pathlib import Path
+from typing import Any
 
 from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
@@ -15,7 +16,8 @@ FLAGS = ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-quic", "-
 class Browser:
     """Use as a context; `phone` emulates a small touch screen."""
 
-    def __init__(self, page, phone=False, size=(1100, 900)):
+    def __init__(self, page: Path, phone: bool = False,
+                 size: tuple[int, int] = (1100, 900)) -> None:
         self._folder = tempfile.TemporaryDirectory()
         options = webdriver.ChromeOptions()
         for flag in (*FLAGS, f"--user-data-dir={self._folder.name}",
@@ -26,22 +28,22 @@ class Browser:
             options.add_experimental_option("mobileEmulation", {
                 "deviceMetrics": {"width": 360, "height": 740, "pixelRatio": 2.0, "touch": True}})
         self.driver = webdriver.Chrome(options=options, service=Service("/usr/bin/chromedriver"))
-        self.driver.get(Path(page).absolute().as_uri())
+        self.driver.get(page.absolute().as_uri())
 
-    def __enter__(self):
+    def __enter__(self) -> "Browser":
         return self
 
-    def __exit__(self, *_):
+    def __exit__(self, *_: object) -> None:
         self.driver.quit()
         self._folder.cleanup()
 
-    def script(self, text, *arguments):
+    def script(self, text: str, *arguments: object) -> Any:
         return self.driver.execute_script(text, *arguments)
 
-    def complaints(self):
+    def complaints(self) -> list[str]:
         return [entry["message"] for entry in self.driver.get_log("browser")]
 
-    def requests(self):
+    def requests(self) -> list[str]:
         """The addresses that were asked for, the page's own, data and the browser's aside."""
         events = (json.loads(entry["message"])["message"]
                   for entry in self.driver.get_log("performance"))

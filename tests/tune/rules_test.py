@@ -9,28 +9,33 @@ import subprocess
 import sys
 import tempfile
 import unittest
+from collections.abc import Mapping, Sequence
 from pathlib import Path
+from typing import Any
 
 from tools.common.errors import Refused
 from tools.tune import options as o
 from tools.tune import profiles
 from tools.tune import settings as s
 from tools.tune.results import Comparison, Result
-from tools.tune.verdict import judge
+from tools.tune.verdict import Verdict, judge
 
 ROOT = Path(__file__).resolve().parents[2]
 
 
-def result(setting, milliseconds, ssim, resized=None, native=16.0, **more):
-    values = {"samples": 9, "median": milliseconds, "p95": milliseconds, "p99": milliseconds,
-              "undisturbed": milliseconds, "noise": 0.01, "ratio": milliseconds / native,
-              "blit": 0.0, "blit_share": 0.0, "window": (800, 600), "render_size": (8, 6),
-              "drawn": [], "not_scaled": "", "draws": 1, "wiped": 0, **more}
+def result(setting: s.Setting, milliseconds: float, ssim: float, resized: float | None = None,
+           native: float = 16.0, **more: Any) -> Result:
+    values: dict[str, Any] = {
+        "samples": 9, "median": milliseconds, "p95": milliseconds, "p99": milliseconds,
+        "undisturbed": milliseconds, "noise": 0.01, "ratio": milliseconds / native,
+        "blit": 0.0, "blit_share": 0.0, "window": (800, 600), "render_size": (8, 6),
+        "drawn": [], "not_scaled": "", "draws": 1, "wiped": 0, **more}
     pictures = [Comparison(3, Path("a"), Path("b"), ssim, 30.0, resized or ssim)]
     return Result(setting=setting, comparisons=pictures, **values)
 
 
-def measured(similarity, per_pixel=12.0, constant=4.0, **more):
+def measured(similarity: Mapping[int, float], per_pixel: float = 12.0, constant: float = 4.0,
+             **more: Any) -> list[Result]:
     """Results of a program that takes constant + per_pixel times its pixels."""
     native = constant + per_pixel
     return [result(s.NATIVE, native, 1.0, native=native)] + [
@@ -38,20 +43,25 @@ def measured(similarity, per_pixel=12.0, constant=4.0, **more):
         for f, x in similarity.items()]
 
 
-def verdict(results, minimum=0.95, game="sgame", noise=None):
+def verdict(results: Sequence[Result], minimum: float = 0.95, game: str = "sgame",
+            noise: Comparison | None = None) -> Verdict:
     return judge(results, noise, game, minimum)
+
+
+def chosen(found: Verdict) -> s.Setting | None:
+    return found.chosen.setting if found.chosen else None
 
 
 class Verdicts(unittest.TestCase):
     def test_the_lowest_factor_that_keeps_the_quality_is_recommended(self) -> None:
         found = verdict(measured({100: 1.0, 90: 0.99, 75: 0.96, 66: 0.94, 50: 0.951}))
-        self.assertEqual(found.chosen.setting.factor, 50)
+        self.assertEqual(chosen(found), s.Setting(50))
         self.assertEqual(found.node_text,
                          "status:7#enable:1#FB0Factor:50#gameInternalFBOFactor:100#")
-        self.assertEqual(verdict(measured({90: 0.99, 75: 0.96, 50: 0.9})).chosen.setting.factor, 75)
+        self.assertEqual(chosen(verdict(measured({90: 0.99, 75: 0.96, 50: 0.9}))), s.Setting(75))
         two = [*measured({90: 0.99}), result(s.Setting(90, 70), 5, 0.97),
                result(s.Setting(100, 70), 7, 0.98), result(s.Setting(50, 50), 3, 0.8)]
-        self.assertEqual(verdict(two).chosen.setting, s.Setting(90, 70))
+        self.assertEqual(chosen(verdict(two)), s.Setting(90, 70))
 
     def test_nothing_is_recommended_where_nothing_keeps_it(self) -> None:
         found = verdict(measured({100: 1.0, 90: 0.94, 50: 0.8}))
@@ -76,6 +86,7 @@ class Verdicts(unittest.TestCase):
     def test_whether_pixels_limit_the_program(self) -> None:
         factors = {100: 1.0, 75: 1.0, 50: 1.0}
         clearly = verdict(measured(factors, per_pixel=8.0, constant=8.0))
+        assert clearly.fit is not None
         self.assertAlmostEqual(clearly.fit.saved_by_half, 0.25, places=6)
         self.assertIn("The program is limited by its pixels: drawing half the pixels would save "
                       "25%", clearly.pixels)
@@ -96,7 +107,7 @@ class Verdicts(unittest.TestCase):
 
     def test_every_round_plays_all_and_none_is_favoured(self) -> None:
         settings = [s.NATIVE, s.Setting(90), s.Setting(50)]
-        places = {setting: [] for setting in settings}
+        places: dict[s.Setting, list[int]] = {setting: [] for setting in settings}
         for place, (_, setting) in enumerate(s.schedule(settings, 4)):
             places[setting].append(place)
         self.assertEqual({sum(p) for p in places.values()}, {22})
@@ -112,14 +123,14 @@ class Profiles(unittest.TestCase):
         os.environ["XDG_CONFIG_HOME"] = folder.name
         self.file = profiles.path()
 
-    def options(self, *arguments):
+    def options(self, *arguments: str) -> tuple[o.Options, list[str]]:
         options, command = o.parse(list(arguments))
         if options.profile:
             command = profiles.load(options.profile, options, command)
         o.complete(options)
         return options, command
 
-    def write(self, text):
+    def write(self, text: str) -> None:
         self.file.parent.mkdir(exist_ok=True)
         self.file.write_text(text, encoding="utf-8")
 

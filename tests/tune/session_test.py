@@ -13,43 +13,50 @@ import sys
 import tempfile
 import unittest
 from pathlib import Path
+from typing import Any
 
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
+from tests.support.rig import need_rig
 from tests.tune.browser import Browser
 
 TOOL = (sys.executable, "-m", "tools.tune")
-BUILD = PROBE = None
-NOT_POSSIBLE = 77
+BUILD = PROBE = ""
 
 
 class Session(unittest.TestCase):
+    folder: Path
+
     @classmethod
     def setUpClass(cls) -> None:
         folder = tempfile.TemporaryDirectory()
         cls.addClassCleanup(folder.cleanup)
         cls.folder = Path(folder.name)
 
-    def start(self, out, *arguments):
+    def start(self, out: str, *arguments: str | Path) -> subprocess.Popen[str]:
         environment = {**os.environ, "XDG_CONFIG_HOME": str(self.folder)}
         return subprocess.Popen(
             [*TOOL, "--build", BUILD, "--out", self.folder / out, "--driver", "llvmpipe",
              *arguments],
             stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=environment)
 
-    def tune(self, out, *arguments, code):
+    def tune(self, out: str, *arguments: str | Path, code: int) -> tuple[str, str]:
         process = self.start(out, *arguments)
         printed, complaints = process.communicate(timeout=300)
         self.assertEqual(process.returncode, code, complaints)
         return printed, complaints
 
-    def results(self, out):
+    def results(self, out: str) -> Any:
         return json.loads((self.folder / out / "tune.json").read_text(encoding="utf-8"))
 
 
 class Scene(Session):
     """One tuning of the bundled scene, and everything that it left."""
+
+    printed: str
+    found: Any
+    page: Path
 
     @classmethod
     def setUpClass(cls) -> None:
@@ -180,6 +187,7 @@ class Programs(Session):
 
     def test_interrupted_it_keeps_what_it_has(self) -> None:
         process = self.start("partial", *self.QUICK, "--rounds", "90", "--", PROBE, "frames", "100")
+        assert process.stderr is not None
         for line in process.stderr:
             if line.startswith("[5/"):
                 break
@@ -192,30 +200,27 @@ class Programs(Session):
         self.assertIn("Partial:", (self.folder / "partial" / "tune.html").read_text("utf-8"))
 
     def test_failures_say_how_to_go_on(self) -> None:
-        for arguments, code, words in (
-                (["--", "no-such-program"], 2, "was not found"),
-                (["--trace", "/no/such.trace"], 2, "apitrace trace"),
-                (["--size", "64x64", "--trace", __file__], 2, "record the program at that size"),
-                ([], 2, "name it after --"),
-                (["vesko-scene"], 2, "put -- before the program"),
-                (["--", "false"], 3, "ended with exit code 1"),
-                (["--timeout", "1", "--", "sh", "-c", "trap '' TERM; while :; do sleep 0.2; done"],
-                 3, "did not end in 1 s"),
-                (["--", "true"], 3, "./dev run --status"),
-                (["--", PROBE, "frames", "5"], 3, "lower --warmup")):
+        cases: list[tuple[list[str], int, str]] = [
+            (["--", "no-such-program"], 2, "was not found"),
+            (["--trace", "/no/such.trace"], 2, "apitrace trace"),
+            (["--size", "64x64", "--trace", __file__], 2, "record the program at that size"),
+            ([], 2, "name it after --"),
+            (["vesko-scene"], 2, "put -- before the program"),
+            (["--", "false"], 3, "ended with exit code 1"),
+            (["--timeout", "1", "--", "sh", "-c", "trap '' TERM; while :; do sleep 0.2; done"],
+             3, "did not end in 1 s"),
+            (["--", "true"], 3, "./dev run --status"),
+            (["--", PROBE, "frames", "5"], 3, "lower --warmup")]
+        for arguments, code, words in cases:
             _, complaints = self.tune("failed", *self.QUICK, *arguments, code=code)
             self.assertIn(words, complaints)
 
 
-def main():
+def main() -> None:
     global BUILD, PROBE
     BUILD = sys.argv[1]
     PROBE = os.path.join(BUILD, "desktop", "rig-probe-linked")
-    tried = subprocess.run([os.path.join(BUILD, "desktop", "vesko-run"), "--display", "none", "--",
-                            "true"], stdin=subprocess.DEVNULL, capture_output=True, text=True)
-    if tried.returncode == 3:
-        print("skipped, since the rig cannot run here:", tried.stderr)
-        sys.exit(NOT_POSSIBLE)
+    need_rig(os.path.join(BUILD, "desktop", "vesko-run"))
     unittest.main(argv=sys.argv[:1] + sys.argv[2:])
 
 

@@ -45,12 +45,12 @@ WITH_VTABLE = ('Impl', 'DefaultImplV2', 'PUBGMHDImpl', 'GenshinImpactImpl', 'SGA
 FREE = ('gameInfo', 'impl', 'setGLHooksThreadSpecific', 'setGlThreadSpecific')
 
 
-def entries(path, macro):
+def entries(path: str, macro: str) -> list[str]:
     with open(path, encoding='utf-8') as rows:
         return re.findall(rf'^{macro}(?:_64)?\(.*?, (\w+), \(', rows.read(), re.M)
 
 
-def expected_symbols(source):
+def expected_symbols(source: str) -> set[str]:
     gl = entries(f'{source}/platform/gl_entries.in', 'GL_ENTRY')
     egl = entries(f'{source}/platform/egl_entries.in', 'EGL_ENTRY')
     assert (len(gl), len(egl)) == (1020, 80), 'the entry lists are not what this test reads'
@@ -69,7 +69,7 @@ def expected_symbols(source):
     return symbols
 
 
-def exported_symbols(library, nm):
+def exported_symbols(library: str, nm: str) -> set[str]:
     lines = subprocess.run([nm, '-D', '-C', '--defined-only', library], check=True,
                            capture_output=True, text=True).stdout.splitlines()
     names = [line.split(' ', 2)[2] for line in lines]
@@ -77,7 +77,7 @@ def exported_symbols(library, nm):
     return {re.sub(r'\(.*|\[abi:\w+\]|@.*', '', name) for name in names}
 
 
-def detours(library, nm):
+def detours(library: str, nm: str) -> list[str]:
     """Functions of the library itself that it calls through a linkage table."""
     relocations = subprocess.run(['readelf', '-rW', library], check=True, capture_output=True,
                                  text=True).stdout
@@ -89,7 +89,7 @@ def detours(library, nm):
     return sorted(called & {line.split()[-1] for line in lines})
 
 
-def main():
+def main() -> int:
     if len(sys.argv) not in (3, 4):
         sys.exit(__doc__.strip())
     expected = expected_symbols(sys.argv[2])
