@@ -14,7 +14,7 @@ namespace rig {
 
 // Where a call was seen: going into the plug-in, coming out of it, or on its
 // way from the program to the driver without it.
-enum class Route { served, forwarded, direct };
+enum class Route { Served, Forwarded, Direct };
 
 struct CallCounts {
     static constexpr int kRoutes = 3;

@@ -5,7 +5,7 @@
 #include "platform/loader/gl_constants.h"
 #include "rig/loader/quirks/quirks.h"
 
-namespace rig {
+namespace rig::quirks {
 
 namespace {
 
@@ -27,11 +27,11 @@ void getAttachmentParameter(GLenum target, GLenum attachment, GLenum name, GLint
 
 }  // namespace
 
-void installAttachmentSizes(const DriverTables& tables, const QuirkRequest& request) {
+void attachmentSizes(const DriverTables& tables, const QuirkSwitch& asked) {
     GLTable& table = tables.gl;
-    quirk.set(request);
+    quirk = asked;
     next = table;
     table.glGetFramebufferAttachmentParameteriv = getAttachmentParameter;
 }
 
-}  // namespace rig
+}  // namespace rig::quirks

@@ -3,7 +3,7 @@
 #include "platform/loader/gl_constants.h"
 #include "rig/loader/quirks/quirks.h"
 
-namespace rig {
+namespace rig::quirks {
 
 namespace {
 
@@ -39,8 +39,8 @@ GLenum getGraphicsResetStatus() {
 
 }  // namespace
 
-void installContextLost(const DriverTables& tables, const QuirkRequest& request) {
-    quirk.set(request);
+void contextLost(const DriverTables& tables, const QuirkSwitch& asked) {
+    quirk = asked;
     next = tables.gl;
 #define GL_ENTRY(result, name, parameters, arguments) tables.gl.name = Lost<&GLTable::name>::call;
 #include "platform/gl_entries.in"
@@ -48,4 +48,4 @@ void installContextLost(const DriverTables& tables, const QuirkRequest& request)
     tables.gl.glGetGraphicsResetStatus = getGraphicsResetStatus;
 }
 
-}  // namespace rig
+}  // namespace rig::quirks

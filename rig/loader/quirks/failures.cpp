@@ -6,7 +6,7 @@
 #include "platform/loader/gl_constants.h"
 #include "rig/loader/quirks/quirks.h"
 
-namespace rig {
+namespace rig::quirks {
 
 namespace {
 
@@ -65,31 +65,29 @@ void getProgramInfoLog(GLuint program, GLsizei size, GLsizei* length, GLchar* lo
 
 }  // namespace
 
-void installIncompleteFramebuffer(const DriverTables& tables, const QuirkRequest& request) {
+void incompleteFramebuffer(const DriverTables& tables, const QuirkSwitch& asked) {
     GLTable& table = tables.gl;
-    framebufferQuirk.set(request);
+    framebufferQuirk = asked;
     belowFramebuffer = table;
     table.glCheckFramebufferStatus = checkFramebufferStatus;
 }
 
-void installShaderCompile(const DriverTables& tables, const QuirkRequest& request) {
+void shaderCompile(const DriverTables& tables, const QuirkSwitch& asked) {
     GLTable& table = tables.gl;
-    shaderQuirk.set(request);
+    shaderQuirk = asked;
     belowShader = table;
     table.glGetShaderiv = getShaderiv;
     table.glGetShaderInfoLog = getShaderInfoLog;
 }
 
-void installProgramLink(const DriverTables& tables, const QuirkRequest& request) {
+void programLink(const DriverTables& tables, const QuirkSwitch& asked) {
     GLTable& table = tables.gl;
-    programQuirk.set(request);
+    programQuirk = asked;
     belowProgram = table;
     table.glGetProgramiv = getProgramiv;
     table.glGetProgramInfoLog = getProgramInfoLog;
 }
 
-void installNoInfoLogs(const DriverTables&, const QuirkRequest& request) {
-    noLogsQuirk.set(request);
-}
+void noInfoLogs(const DriverTables&, const QuirkSwitch& asked) { noLogsQuirk = asked; }
 
-}  // namespace rig
+}  // namespace rig::quirks

@@ -3,7 +3,7 @@
 
 #include "rig/loader/quirks/quirks.h"
 
-namespace rig {
+namespace rig::quirks {
 
 namespace {
 
@@ -23,9 +23,9 @@ GLuint createProgram() { return quirk.on() ? 0 : next.glCreateProgram(); }
 
 }  // namespace
 
-void installNoNames(const DriverTables& tables, const QuirkRequest& request) {
+void noNames(const DriverTables& tables, const QuirkSwitch& asked) {
     GLTable& table = tables.gl;
-    quirk.set(request);
+    quirk = asked;
     next = table;
     table.glGenBuffers = generate<&GLTable::glGenBuffers>;
     table.glGenFramebuffers = generate<&GLTable::glGenFramebuffers>;
@@ -36,4 +36,4 @@ void installNoNames(const DriverTables& tables, const QuirkRequest& request) {
     table.glCreateProgram = createProgram;
 }
 
-}  // namespace rig
+}  // namespace rig::quirks

@@ -2,8 +2,9 @@
 // Only once, or a caller that drains all errors would never end.
 #include "platform/loader/gl_constants.h"
 #include "rig/loader/quirks/quirks.h"
+#include "rig/loader/tables/precede.h"
 
-namespace rig {
+namespace rig::quirks {
 
 namespace {
 
@@ -21,13 +22,13 @@ GLenum getError() {
 
 }  // namespace
 
-void installPendingError(const DriverTables& tables, const QuirkRequest& request) {
+void pendingError(const DriverTables& tables, const QuirkSwitch& asked) {
     GLTable& table = tables.gl;
-    quirk.set(request);
+    quirk = asked;
     next = table;
 #define GL_ENTRY(result, name, parameters, arguments) precede<&GLTable::name, onCall>(table);
 #include "platform/gl_entries.in"
     table.glGetError = getError;
 }
 
-}  // namespace rig
+}  // namespace rig::quirks

@@ -5,7 +5,7 @@
 #include "platform/loader/gl_constants.h"
 #include "rig/loader/quirks/quirks.h"
 
-namespace rig {
+namespace rig::quirks {
 
 namespace {
 
@@ -38,13 +38,13 @@ const GLubyte* getStringi(GLenum name, GLuint index) {
 
 }  // namespace
 
-void installShadingRate(const DriverTables& tables, const QuirkRequest& request) {
+void shadingRate(const DriverTables& tables, const QuirkSwitch& asked) {
     GLTable& table = tables.gl;
-    quirk.set(request);
+    quirk = asked;
     next = table;
     table.glGetString = getString;
     table.glGetIntegerv = getIntegerv;
     table.glGetStringi = getStringi;
 }
 
-}  // namespace rig
+}  // namespace rig::quirks

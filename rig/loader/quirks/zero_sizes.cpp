@@ -3,7 +3,7 @@
 #include "platform/loader/gl_constants.h"
 #include "rig/loader/quirks/quirks.h"
 
-namespace rig {
+namespace rig::quirks {
 
 namespace {
 
@@ -22,10 +22,10 @@ a::EGLBoolean querySurface(a::EGLDisplay display, a::EGLSurface surface, a::EGLi
 
 }  // namespace
 
-void installZeroSizes(const DriverTables& tables, const QuirkRequest& request) {
-    quirk.set(request);
+void zeroSizes(const DriverTables& tables, const QuirkSwitch& asked) {
+    quirk = asked;
     next = tables.egl.eglQuerySurface;
     tables.egl.eglQuerySurface = querySurface;
 }
 
-}  // namespace rig
+}  // namespace rig::quirks

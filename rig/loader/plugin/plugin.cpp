@@ -1,0 +1,93 @@
+#include "rig/loader/plugin/plugin.h"
+
+#include <android-base/properties.h>
+#include <android/log.h>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <stdexcept>
+
+#include "hook/GPUVeskoMode.h"
+#include "rig/device/game_service.h"
+
+namespace rig {
+
+namespace {
+
+constexpr char kPluginFile[] = "/../../libtolvernvesko.so";
+// android::gameInfo, as the GNU standard library has it mangled. A plug-in that
+// was built against another library has another map, which cannot be read here.
+constexpr char kGameInfoSymbol[] = "_ZN7android8gameInfoB5cxx11E";
+constexpr char kGameTypeSymbol[] = "_ZN7android14ContextManager11getGameTypeEv";
+constexpr char kCurrentContextSymbol[] = "_ZN7android14ContextManager17getCurrentContextEv";
+
+void* openLibrary(const std::string& path, int flags) {
+    if (void* library = dlopen(path.c_str(), flags)) return library;
+    throw std::runtime_error(dlerror());
+}
+
+template <class Function>
+Function* function(void* library, const char* name) {
+    if (void* symbol = dlsym(library, name)) return reinterpret_cast<Function*>(symbol);
+    throw std::runtime_error(dlerror());
+}
+
+// The plug-in imports these as ordinary symbols of the process. The program may
+// have opened our libraries for itself only, so they are raised into the global
+// scope here.
+void providePlatform(const std::string& directory, const Settings& settings) {
+    openLibrary(directory + "/libveskorig.so", RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
+    void* device = openLibrary(directory + "/libveskodevice.so", RTLD_NOW | RTLD_GLOBAL);
+    function<decltype(rig_set_game_service)>(device,
+                                             "rig_set_game_service")(settings.service.c_str());
+    for (const Property& property : settings.properties) {
+        android::base::SetProperty(property.name, property.value);
+    }
+}
+
+int logPriority(const std::string& level) {
+    if (level == "debug") return ANDROID_LOG_DEBUG;
+    if (level == "error") return ANDROID_LOG_ERROR;
+    return level == "none" ? ANDROID_LOG_SILENT : ANDROID_LOG_INFO;
+}
+
+// The plug-in closes descriptor 0 while it starts: the monitor that never ran
+// closes its zero-filled descriptor. Descriptor 0 is the program's.
+class StandardInputKeeper {
+public:
+    StandardInputKeeper() : copy(fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 3)) {}
+    StandardInputKeeper(const StandardInputKeeper&) = delete;
+    ~StandardInputKeeper() {
+        if (copy < 0) return;
+        dup2(copy, STDIN_FILENO);
+        close(copy);
+    }
+
+private:
+    int copy;
+};
+
+}  // namespace
+
+Plugin openPlugin(const std::string& directory, const Settings& settings) {
+    providePlatform(directory, settings);
+    __android_log_set_minimum_priority(logPriority(settings.log));
+    void* library = openLibrary(directory + kPluginFile, RTLD_NOW | RTLD_LOCAL);
+    Plugin plugin;
+    plugin.entryObject = function<decltype(createImplInstance)>(library, "createImplInstance")();
+    plugin.gameInfo =
+        static_cast<const std::map<std::string, int>*>(dlsym(library, kGameInfoSymbol));
+    plugin.gameType = function<android::ImplFactory::GAME()>(library, kGameTypeSymbol);
+    plugin.currentContext = function<android::HookContext*()>(library, kCurrentContextSymbol);
+    return plugin;
+}
+
+const android::platform_impl_t* startPlugin(const Plugin& plugin,
+                                            android::egl_connection_t& connection) {
+    StandardInputKeeper keeper;
+    plugin.entryObject->init(&connection);
+    return plugin.entryObject->getEGLPlatformHooks(&connection.platform);
+}
+
+}  // namespace rig
