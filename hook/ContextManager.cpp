@@ -6,7 +6,6 @@
 
 #include "games/games.h"
 #include "hook/construction_order.h"
-#include "hook/current_context.h"
 #include "interception/Impl.h"
 #include "platform/compiler/construction.h"
 #include "platform/compiler/immortal.h"
@@ -69,7 +68,9 @@ void ContextManager::TlsKeyInitializer::create() {
 
 void ContextManager::validateTLSKey() { pthread_once(&sOnceKey, TlsKeyInitializer::create); }
 
-HookContext* ContextManager::getCurrentContext() { return currentContext(); }
+HookContext* ContextManager::getCurrentContext() {
+    return static_cast<HookContext*>(currentCallContext());
+}
 
 HookContext* ContextManager::getNullContext() { return &nullContext; }
 
@@ -122,7 +123,7 @@ void ContextManager::bindAHookContext() {
     validateTLSKey();
     if (sKey == kNoThreadKey) return;
     if (processIsLeaving) {
-        if (currentContext() == nullptr) pthread_setspecific(sKey, &nullContext);
+        if (currentCallContext() == nullptr) pthread_setspecific(sKey, &nullContext);
         return;
     }
     HookContext& context = chooseContext(getGameType());
@@ -130,6 +131,13 @@ void ContextManager::bindAHookContext() {
     provideDriverTable(context);
     pthread_setspecific(sKey, &context);
     if (!hookingEnabled) pthread_setspecific(sKey, &nullContext);
+}
+
+// Where no thread key is left there is nothing to bind with.
+Impl* bindAndFindImpl() {
+    ContextManager::bindAHookContext();
+    const CallContext* context = currentCallContext();
+    return context != nullptr ? context->impl : ContextManager::nullContext.impl;
 }
 
 // A plain flag by contract: other threads see it at their next binding at the

@@ -5,14 +5,10 @@
 namespace android {
 
 HookContext::HookContext()
-    : needToHook(false), impl(nullptr), game(ImplFactory::NO_GAME), mainRenderringThreadId(-1) {}
+    : CallContext{false, nullptr}, game(ImplFactory::NO_GAME), mainRenderringThreadId(-1) {}
 
 HookContext::HookContext(bool hook, Impl* newImpl, ImplFactory::GAME newGame)
-    : needToHook(hook),
-      impl(newImpl),
-      game(newGame),
-      monitor(newGame),
-      mainRenderringThreadId(-1) {}
+    : CallContext{hook, newImpl}, game(newGame), monitor(newGame), mainRenderringThreadId(-1) {}
 
 HookContext::~HookContext() = default;
 

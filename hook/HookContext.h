@@ -4,15 +4,13 @@
 #pragma once
 
 #include "games/ImplFactory.h"
+#include "interception/call_context.h"
 #include "monitor/MonitorThread.h"
 #include "platform/compiler/visibility.h"
-#include "platform/loader/records.h"
 
 namespace android {
 
-class Impl;
-
-class PLUGIN_API HookContext {
+class PLUGIN_API HookContext : public CallContext {
 public:
     HookContext();
     HookContext(bool needToHook, Impl* impl, ImplFactory::GAME game);
@@ -33,8 +31,6 @@ public:
     void setTargetTexResolution(int& width, int& height);
     void reset();
 
-    bool needToHook;
-    Impl* impl;
     ImplFactory::GAME game;
     MonitorThread monitor;
     int mainRenderringThreadId;  // -1: none

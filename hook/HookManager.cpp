@@ -21,6 +21,8 @@ void HookManager::setEGLImpl(egl_connection_t* cnx) {
 
 platform_impl_t* HookManager::getDefaultEGLPlatformImpl() { return &default_platform; }
 
+platform_impl_t* driverPlatformTable() { return HookManager::getDefaultEGLPlatformImpl(); }
+
 platform_impl_t* HookManager::getEGLPlatformHooks(platform_impl_t* loaderTable) {
     return hookCore.getEGLPlatformHooks(loaderTable);
 }

@@ -1,6 +1,6 @@
 #include "interception/Impl.h"
 
-#include "hook/HookManager.h"
+#include "interception/call_context.h"
 #include "interception/served_by.h"
 #include "platform/compiler/sanitizers.h"
 
@@ -25,7 +25,7 @@ const gl_hooks_t* Impl::getGLDriverImpl() { return driverTable; }
 // is the same for all, while others make calls through it.
 DELIBERATE_RACE void Impl::setGLDriverImpl(const gl_hooks_t* table) { driverTable = table; }
 
-platform_impl_t* Impl::getEGLPlatformImpl() { return HookManager::getDefaultEGLPlatformImpl(); }
+platform_impl_t* Impl::getEGLPlatformImpl() { return driverPlatformTable(); }
 
 #define GL_ENTRY(result, name, parameters, arguments) \
     result Impl::name parameters { return static_cast<result>(0); }

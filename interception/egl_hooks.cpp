@@ -1,22 +1,10 @@
 #include "interception/egl_hooks.h"
 
-#include "hook/ContextManager.h"
-#include "hook/current_context.h"
 #include "interception/Impl.h"
+#include "interception/call_context.h"
 #include "interception/served_by.h"
 
 namespace android {
-
-namespace {
-
-// Where no thread key is left there is nothing to bind with.
-Impl* bindAndFindImpl() {
-    ContextManager::bindAHookContext();
-    const HookContext* context = currentContext();
-    return context != nullptr ? context->impl : ContextManager::nullContext.impl;
-}
-
-}  // namespace
 
 #define EGL_ENTRY(result, name, parameters, arguments)      \
     result name##_hook parameters {                         \

@@ -1,7 +1,7 @@
 #include "interception/gl_trampolines.h"
 
-#include "hook/current_context.h"
 #include "interception/Impl.h"
+#include "interception/call_context.h"
 
 namespace android {
 extern "C" {
@@ -13,7 +13,7 @@ extern "C" {
 #define GL_ENTRY(result, name, parameters, arguments)
 #define GL_ENTRY_64(result, name, parameters, arguments)    \
     PLUGIN_LOCAL result name##_call parameters {            \
-        Impl* impl = currentContext()->impl;                \
+        Impl* impl = currentCallContext()->impl;            \
         if (impl == nullptr) return static_cast<result>(0); \
         return impl->name arguments;                        \
     }
@@ -26,7 +26,7 @@ extern "C" {
 // arguments, a jump.
 #define GL_ENTRY(result, name, parameters, arguments)                               \
     result name##_hook parameters {                                                 \
-        Impl* impl = currentContext()->impl;                                        \
+        Impl* impl = currentCallContext()->impl;                                    \
         if (__builtin_expect(static_cast<void*>(impl) == &vesko_call_record, true)) \
             return impl->driver()->gl.name arguments;                               \
         if (impl == nullptr) return static_cast<result>(0);                         \

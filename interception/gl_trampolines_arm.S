@@ -31,7 +31,7 @@
 // Layouts, asserted by arm/contract/layout.cpp. The order of the virtual functions is
 // asserted by the tests.
     .equ RECORD_KEY, 8              // CallRecord: the key, then the lookup
-    .equ CONTEXT_IMPL, 4            // HookContext::impl
+    .equ CONTEXT_IMPL, 4            // CallContext::impl
     .equ IMPL_DRIVER, 4             // Impl::driverTable; the virtual table is at 0
     .equ FIRST_ENTRY, 16            // the first GL operation in the virtual table
 

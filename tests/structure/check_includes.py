@@ -11,7 +11,7 @@ ALLOWED = {
     "games": ["games/", "platform/"],
     "monitor": ["monitor/", "games/", "platform/"],
     "GameImpl": ["GameImpl/", "games/", "interception/", "monitor/GameInfo.h", "platform/"],
-    "interception": ["interception/", "platform/", "hook/"],
+    "interception": ["interception/", "platform/"],
     "hook": ["hook/", "games/", "interception/", "monitor/",
              "platform/"],
 }
