@@ -29,14 +29,18 @@ void FboBase::Fbosetup(float factor, const gl_hooks_t* gl, const platform_impl_t
             fboHeight);
 }
 
+void FboBase::releaseTarget() {
+    if (!fboReady) return;
+    RENDERER_LOG_AT(INFO, "GameImpl/FBOBase/FBOBase", __LINE__, "releaseResourcesAll",
+                    "start release all of the resources");
+    GL(glDeleteFramebuffers(1, &fboId));
+    GL(glDeleteTextures(1, &fboTexture));
+    GL(glDeleteRenderbuffers(1, &fboDepthStencil));
+    fboReady = false;
+}
+
 void FboBase::releaseResourcesAll() {
-    if (fboReady) {
-        FBO_LOG(INFO, "start release all of the resources");
-        GL(glDeleteFramebuffers(1, &fboId));
-        GL(glDeleteTextures(1, &fboTexture));
-        GL(glDeleteRenderbuffers(1, &fboDepthStencil));
-        fboReady = false;
-    }
+    releaseTarget();
     if (graphicsReady) {
         GLint status = 0;
         glHooks->gl.glGetShaderiv(fboVertexShader, GL_DELETE_STATUS, &status);

@@ -42,6 +42,9 @@ public:
     // Deletes the scaled target and the blit program, as far as they exist.
     void releaseResourcesAll();
 
+    // Deletes the scaled target alone: another of its size can do with the same program.
+    PLUGIN_LOCAL void releaseTarget();
+
     // The new shader's or program's name; 0 after any failure, which is logged.
     unsigned loadShader(unsigned type, const char* source);
     unsigned createProgram(const char* vertexSource, const char* fragmentSource);

@@ -58,9 +58,13 @@ void SGAMEImpl::checkIfHdrFbo(unsigned target, unsigned framebuffer) {
     Fbosetup(fboScale);
     hdrWidth = scaledSize(surfaceWidth, hdrScale);
     hdrHeight = scaledSize(surfaceHeight, hdrScale);
-    // With nothing to draw into, or with a name that the driver refused, the
-    // game's own framebuffer stays, and its next bind tries again.
-    if (hdrWidth < 1 || hdrHeight < 1) return;
+    // With nothing to draw into, the game's own framebuffer stays. It does with a name
+    // that the driver refused, but then its next bind tries again.
+    if (hdrWidth < 1 || hdrHeight < 1) {
+        hdrRefused = surfaceWidth > 0 && surfaceHeight > 0;
+        SGAME_LOG(ERROR, "no HDR target of %d x %d", hdrWidth, hdrHeight);
+        return;
+    }
     createHdrFbo(hdrWidth, hdrHeight, 1, sampleBuffers);
     if (hdrFbo == 0 || hdrTexture == 0 || hdrDepth == 0) {
         releaseHdrFbo();
@@ -85,6 +89,7 @@ void SGAMEImpl::bindHdrFbo(unsigned target) {
 
 void SGAMEImpl::createHdrFbo(int width, int height, int param, int multisample) {
     if (!hdrReleased) return;
+    claimTargets();
     if (multisample != 0) {
         createFbogMultisampleEXT(hdrFbo, hdrTexture, hdrDepth, width, height, param);
     } else {
@@ -96,7 +101,12 @@ void SGAMEImpl::createHdrFbo(int width, int height, int param, int multisample) 
 void SGAMEImpl::releaseHdrFbo() {
     if (hdrReleased) return;
     releaseFBO(hdrFbo, hdrTexture, hdrDepth);
+    forgetHdrFbo();
+}
+
+void SGAMEImpl::forgetHdrFbo() {
     hdrReleased = true;
+    hdrBound = false;
     hdrFbo = 0;
     hdrTexture = 0;
     hdrDepth = 0;

@@ -1,6 +1,7 @@
 #include "GameImpl/sgame/SGAMEImpl.h"
 
 #include <android-base/properties.h>
+#include <unistd.h>
 
 #include <string>
 #include <utility>
@@ -45,9 +46,37 @@ void SGAMEImpl::releaseResourcesAll() {
     FboBase::releaseResourcesAll();
 }
 
+void SGAMEImpl::releaseFrameTarget() {
+    frameRedirected = false;
+    FboBase::releaseTarget();
+}
+
+SGAMEImpl::Maker SGAMEImpl::maker;
+
+// What another thread made is in a context that is not current here; where that
+// thread has ended, in none that is current at all.
+void SGAMEImpl::claimTargets() {
+    if (maker.thread == gettid()) return;
+    forgetTargets();
+    maker = {gettid(), nullptr};
+}
+
+void SGAMEImpl::forgetTargets() {
+    fboReady = false;
+    graphicsReady = false;
+    frameRedirected = false;
+    resourcesReleased = true;
+    forgetHdrFbo();
+}
+
 unsigned SGAMEImpl::eglMakeCurrent(void* display, void* draw, void* read, void* context) {
+    claimTargets();
     releaseResourcesAll();
-    return getEGLPlatformImpl()->eglMakeCurrent(display, draw, read, context);
+    if (context == nullptr || context != maker.context) releaseHdrFbo();
+    hdrRefused = false;
+    const unsigned made = getEGLPlatformImpl()->eglMakeCurrent(display, draw, read, context);
+    if (made != 0) maker.context = context;
+    return made;
 }
 
 bool SGAMEImpl::checkIfEnableFunc() {
@@ -72,16 +101,20 @@ void SGAMEImpl::Fbosetup(float scale) {
     egl->eglQuerySurface(display, surface, EGL_WIDTH, &surfaceWidth);
     egl->eglQuerySurface(display, surface, EGL_HEIGHT, &surfaceHeight);
     // Another window's target; later no difference would be left to see.
-    if (oldSize != std::make_pair(surfaceWidth, surfaceHeight)) releaseResourcesAll();
+    if (oldSize != std::make_pair(surfaceWidth, surfaceHeight)) {
+        releaseFrameTarget();
+        hdrRefused = false;
+    }
     FboBase::Fbosetup(scale, driverTable, egl, surfaceWidth, surfaceHeight);
 }
 
 void SGAMEImpl::renderTextureToFbo(unsigned target, unsigned framebuffer, bool flag) {
-    if (resourcesReleased) {
+    if (!fboReady) {
+        claimTargets();
         Fbosetup(fboScale);
         resourcesReleased = false;
+        shaderRewriteEnabled = base::GetProperty(kShaderRewriteProperty, "0") == "1";
     }
-    if (!fboReady) shaderRewriteEnabled = base::GetProperty(kShaderRewriteProperty, "0") == "1";
     if (FboBase::renderTextureToFbo(flag)) {
         frameRedirected = true;
         return;
@@ -119,17 +152,23 @@ unsigned SGAMEImpl::eglSwapBuffers(void* display, void* surface) {
 void SGAMEImpl::updateScaling(void* display, void* surface, bool swapped) {
     const float oldHdrScale = hdrScale;
     checkIfEnableFunc();
-    // After a failed swap the application asks for the EGL error, which a query
-    // of ours would clear.
-    const bool resized = swapped && sizeHasChanged(display, surface);
+    if (hdrScale != oldHdrScale) hdrRefused = false;
+    if (!swapped) {
+        // The application asks for the EGL error, which a query of ours would clear:
+        // targets keep their factors until a swap works.
+        if (!hdrReleased) hdrScale = oldHdrScale;
+        if (fboReady) fboScale = fboFactor;
+        return;
+    }
+    const bool resized = sizeHasChanged(display, surface);
     if (resized || hdrScale != oldHdrScale) releaseHdrFbo();
-    if (enabled && (resized || fboFactor != fboScale)) releaseResourcesAll();
+    if (enabled && (resized || fboFactor != fboScale)) releaseFrameTarget();
 }
 
 // Whether the targets in use are for a window of another size. A driver that
 // gives no size has not changed it.
 bool SGAMEImpl::sizeHasChanged(void* display, void* surface) {
-    const bool frameTarget = enabled && !resourcesReleased;
+    const bool frameTarget = enabled && fboReady;
     const bool hdrTarget = hdrEnabled && !hdrReleased;
     if (!frameTarget && !hdrTarget) return false;
     platform_impl_t* egl = getEGLPlatformImpl();
@@ -149,7 +188,7 @@ void SGAMEImpl::glBindFramebuffer(unsigned target, unsigned framebuffer) {
         renderTextureToFbo(target, 0, false);
     }
     if (hdrEnabled) {
-        if (framebuffer != 0 && hdrReleased) checkIfHdrFbo(target, framebuffer);
+        if (framebuffer != 0 && hdrReleased && !hdrRefused) checkIfHdrFbo(target, framebuffer);
         if (!hdrReleased && hdrFbo != 0 && hdrSourceFbo == framebuffer && !hdrBound) {
             bindHdrFbo(target);
             FboBase::FboEnableVRS(false);

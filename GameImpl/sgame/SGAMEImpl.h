@@ -28,7 +28,9 @@ public:
     // surface and HDR sizes survive. An HDR target is forgotten, not deleted.
     void reset() override;
 
-    // Drops the frame target while the old context is still current.
+    // Drops the targets while the context in which they were made is still current:
+    // the frame target always, the HDR target unless the same context comes again.
+    // Where that is current on another thread, if at all, they are forgotten.
     unsigned eglMakeCurrent(void* display, void* draw, void* read, void* context) override;
     // Presents the frame, swaps, and decides how the next frame is drawn.
     // Returns 1 or 0.
@@ -90,12 +92,29 @@ private:
         int x, y, width, height;
     };
 
+    // Whose objects the targets are. No field: the layout is fixed, and one renderer
+    // serves the process.
+    struct Maker {
+        int thread = 0;
+        void* context = nullptr;  // null where it was made current before this saw it
+    };
+    PLUGIN_LOCAL static Maker maker;
+
+    // To be called before a target is made.
+    PLUGIN_LOCAL void claimTargets();
+    PLUGIN_LOCAL void forgetTargets();
+    PLUGIN_LOCAL void forgetHdrFbo();
+    // Unlike releaseResourcesAll, for another target in the same context.
+    PLUGIN_LOCAL void releaseFrameTarget();
     PLUGIN_LOCAL void updateScaling(void* display, void* surface, bool swapped);
     PLUGIN_LOCAL bool sizeHasChanged(void* display, void* surface);
     PLUGIN_LOCAL void bindHdrFbo(unsigned target);
     // The scale of a viewport or scissor box of this width, if there is one.
     PLUGIN_LOCAL std::optional<float> scaleFor(int width) const;
     PLUGIN_LOCAL Box scaled(const Box& box) const;
+
+    // No HDR target can be made with this factor.
+    bool hdrRefused = false;
 };
 
 }  // namespace android

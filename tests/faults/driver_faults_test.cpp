@@ -48,8 +48,7 @@ const Fault kFaults[] = {
 enum Moment { WhileFramesRun, WhileTheTargetIsRebuilt, WhenScalingStarts, kMoments };
 
 constexpr int kFaultyFrames = 6;
-// With endless errors each of some 60 calls leaves 32 lines.
-constexpr long kMostLinesAFrame = 6000;
+constexpr long kMostLinesAFrame = 100;
 
 void enableScaling(Game& game, int factor = 50) { game.setParameters(true, factor, 70); }
 
@@ -120,19 +119,4 @@ TEST(DriverFaults, AResizedWindowIsFilledFromTheNextFrameOn) {
             EXPECT_TRUE(game.driver.scaled);
         }
     }
-}
-
-// The application asks for the reason, and any EGL call of ours would clear it.
-TEST(DriverFaults, NothingIsAskedOfEglAfterAFailedSwap) {
-    Game game;
-    enableScaling(game);
-    play(game, 3);
-    int queries = 0;
-    game.driver.on(&test::EGL::eglQuerySurface, [&](void*, void*, int, int*) {
-        ++queries;
-        return 1u;
-    });
-    game.driver.faults.noSwaps = true;
-    game.drawFrame();
-    EXPECT_EQ(queries, 0);
 }

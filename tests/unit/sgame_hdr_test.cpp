@@ -1,6 +1,8 @@
 // SGAMEImpl: the smaller framebuffer in the place of the game's HDR one.
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "tests/support/sgame_fixture.h"
 
 using namespace android;
@@ -146,6 +148,84 @@ TEST_F(SgameHdr, AReleasedTargetLeavesNamesAlone) {
         0u);
     game.releaseHdrFbo();
     EXPECT_EQ(driver.takeAllCalls(), "");
+}
+
+// Names mean nothing in another context, nor on another thread.
+TEST_F(SgameHdr, TheTargetGoesWithTheContextInWhichItWasMade) {
+    const std::string deletes =
+        "glDeleteTextures(1, [3])\nglDeleteRenderbuffers(1, [3])\n"
+        "glDeleteTextures(1, [2])\nglDeleteFramebuffers(1, [1])\n";
+    const struct {
+        const char* what;
+        uintptr_t context;
+        bool sameThread, succeeds;
+        bool stays;
+        std::string calls;
+    } cases[] = {
+        {"the same", 0x30, true, true, true, ""},
+        {"none", 0, true, true, false, deletes},
+        {"another", 0x31, true, true, false, deletes},
+        {"another, refused", 0x31, true, false, false, deletes},
+        {"the same on another thread", 0x30, false, true, false, ""},
+        {"none on another thread", 0, false, true, false, ""},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(test.what);
+        const auto makeCurrent = [&](uintptr_t context, bool succeeds) {
+            driver.on(&test::EGL::eglMakeCurrent,
+                      [=](void*, void*, void*, void*) { return succeeds ? 1U : 0U; });
+            game.eglMakeCurrent(display, surface, surface, reinterpret_cast<void*>(context));
+        };
+        makeCurrent(0, true);
+        makeCurrent(0x30, true);
+        driver.nextName = 1;
+        game.glBindFramebuffer(GL_FRAMEBUFFER, kFramebuffer);
+        ASSERT_TRUE(game.hdrBound);
+        driver.takeCalls();
+        const auto leave = [&] { makeCurrent(test.context, test.succeeds); };
+        test.sameThread ? leave() : std::thread(leave).join();
+        const std::string calls = driver.takeCalls();
+        EXPECT_EQ(calls.substr(0, calls.find("eglMakeCurrent(")), test.calls);
+        EXPECT_EQ(!game.hdrReleased && game.hdrBound && game.hdrSourceFbo == kFramebuffer,
+                  test.stays);
+        game.glBindTexture(GL_TEXTURE_2D, kTexture);
+        EXPECT_EQ(driver.takeCalls(), test.stays ? "glBindTexture(GL_TEXTURE_2D, 2)\n"
+                                                 : "glBindTexture(GL_TEXTURE_2D, 60)\n");
+        game.releaseHdrFbo();
+    }
+}
+
+TEST_F(SgameHdr, ADroppedTargetIsBoundNoMore) {
+    setParameters(1, 100, 70);
+    game.glBindFramebuffer(GL_FRAMEBUFFER, kFramebuffer);
+    setParameters(1, 100, 50);
+    game.eglSwapBuffers(display, surface);
+    EXPECT_TRUE(game.hdrReleased);
+    driver.takeCalls();
+    game.glViewport(0, 0, 1000, 500);
+    EXPECT_EQ(driver.takeCalls(), "glViewport(0, 0, 1000, 500)\n");
+}
+
+TEST_F(SgameHdr, AFactorThatGivesNoTargetIsTriedOnce) {
+    for (const int factor : {0, -1}) {
+        setParameters(1, 100, 70);
+        game.eglSwapBuffers(display, surface);
+        setParameters(1, 100, factor);
+        game.eglSwapBuffers(display, surface);
+        driver.takeCalls();
+        host::takeLog();
+        for (int i = 0; i < 3; ++i) {
+            game.glBindFramebuffer(GL_FRAMEBUFFER, kFramebuffer);
+            EXPECT_EQ(driver.takeCalls() == "glBindFramebuffer(GL_FRAMEBUFFER, 50)\n", i > 0);
+            EXPECT_EQ(host::takeLog().find("E EGL_HOOK") != std::string::npos, i == 0);
+            game.eglSwapBuffers(display, surface);
+            driver.takeCalls();
+        }
+    }
+    setParameters(1, 100, 70);
+    game.eglSwapBuffers(display, surface);
+    game.glBindFramebuffer(GL_FRAMEBUFFER, kFramebuffer);
+    EXPECT_TRUE(game.hdrBound);
 }
 
 TEST_F(SgameHdr, DeletingTheSourceDropsBothTargets) {

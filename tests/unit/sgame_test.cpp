@@ -97,6 +97,47 @@ TEST_F(Sgame, AFrameGoesThroughTheTarget) {
     EXPECT_EQ(driver.takeCalls(), swapped + begin);
 }
 
+// Neither is the blit program made again, nor the game's taken for it.
+TEST_F(Sgame, AnotherFactorTakesAnotherTargetOnly) {
+    setParameters(1, 50, 100);
+    for (int i = 0; i < 2; ++i) game.eglSwapBuffers(display, surface);
+    setParameters(1, 60, 100);
+    driver.state[GL_CURRENT_PROGRAM] = {77};
+    driver.takeCalls();
+    game.eglSwapBuffers(display, surface);
+    const std::string calls = driver.takeCalls();
+    const std::string rebuilt =
+        "eglQuerySurface(0x10, 0x20, 12375, ptr)\neglQuerySurface(0x10, 0x20, 12374, ptr)\n"
+        "glDeleteFramebuffers(1, [1])\nglDeleteTextures(1, [2])\nglDeleteRenderbuffers(1, [3])\n"
+        "eglQuerySurface(0x11, 0x21, 12375, ptr)\neglQuerySurface(0x11, 0x21, 12374, ptr)\n"
+        "glGenFramebuffers(1, [8])\n";
+    EXPECT_NE(calls.find(rebuilt), std::string::npos) << calls;
+    EXPECT_EQ(std::make_pair(game.fboWidth, game.fboHeight), std::make_pair(600, 300));
+    game.eglSwapBuffers(display, surface);
+    const std::string frame = driver.takeCalls();
+    EXPECT_EQ(frame.find("glCreateShader("), std::string::npos);
+    EXPECT_NE(frame.find("glUseProgram(77)\n"), std::string::npos);
+    // All of it goes with the context.
+    game.eglMakeCurrent(display, surface, surface, nullptr);
+    EXPECT_NE(driver.takeCalls().find("glDeleteProgram(6)\n"), std::string::npos);
+}
+
+// The application asks for the reason, and a query of ours would clear it.
+TEST_F(Sgame, AfterAFailedSwapTheTargetKeepsItsFactor) {
+    setParameters(1, 50, 100);
+    game.eglSwapBuffers(display, surface);
+    setParameters(1, 60, 100);
+    driver.on(&test::EGL::eglSwapBuffers, [](void*, void*) { return 0U; });
+    driver.takeCalls();
+    game.eglSwapBuffers(display, surface);
+    EXPECT_EQ(driver.takeCalls().find("eglQuerySurface("), std::string::npos);
+    game.glViewport(0, 0, 1000, 500);
+    EXPECT_EQ(driver.takeCalls(), "glViewport(0, 0, 500, 250)\n");
+    driver.on(&test::EGL::eglSwapBuffers, [](void*, void*) { return 1U; });
+    game.eglSwapBuffers(display, surface);
+    EXPECT_EQ(std::make_pair(game.fboWidth, game.fboHeight), std::make_pair(600, 300));
+}
+
 TEST_F(Sgame, SwitchedOffTheWindowComesBackAtFullSize) {
     setParameters(1, 50, 100);
     game.eglSwapBuffers(display, surface);
