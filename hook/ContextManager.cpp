@@ -5,6 +5,8 @@
 #include <atomic>
 
 #include "games/games.h"
+#include "hook/AnyProgramBinding.h"
+#include "hook/GameIdentity.h"
 #include "hook/construction_order.h"
 #include "interception/Impl.h"
 #include "platform/compiler/construction.h"
@@ -96,12 +98,16 @@ void configure(HookContext& context) {
     }
 }
 
-HookContext& chooseContext(ImplFactory::GAME identity) {
-    HookContext& context = contextOf(identity);
-    const Game* game = findGame(identity);
-    if (game == nullptr) return context;
+HookContext& chooseContext(const ProcessIdentity& process) {
+    HookContext& context = contextOf(process.game);
+    const Game* game = findGame(process.game);
+    if (game == nullptr) {
+        HookContext* asked = anyProgramContext(process.name);
+        return asked != nullptr ? *asked : context;
+    }
     if (game->thread != nullptr) {
-        if (!ContextManager::isMainRenderringThread(identity)) return ContextManager::nullContext;
+        if (!ContextManager::isMainRenderringThread(process.game))
+            return ContextManager::nullContext;
         context.setmainRenderringThreadId(gettid());
     }
     if (game->tuning == Tuning::File) configure(context);
@@ -126,7 +132,7 @@ void ContextManager::bindAHookContext() {
         if (currentCallContext() == nullptr) pthread_setspecific(sKey, &nullContext);
         return;
     }
-    HookContext& context = chooseContext(getGameType());
+    HookContext& context = chooseContext(identifyProcess());
     context.startMonitor();
     provideDriverTable(context);
     pthread_setspecific(sKey, &context);

@@ -8,6 +8,7 @@
 
 #include "games/games.h"
 #include "hook/ContextManager.h"
+#include "hook/GameIdentity.h"
 #include "platform/device/log.h"
 
 namespace android {
@@ -16,7 +17,7 @@ namespace {
 
 constexpr size_t kThreadNameSize = 16;  // the kernel's limit, terminator included
 constexpr size_t kPathSize = 128;
-constexpr size_t kProcessNameSize = 64;
+constexpr size_t kProcessNameSize = sizeof(ProcessIdentity::name);
 
 // The arguments of a process are separated by NULs, so the text ends, as a string,
 // with the first one. The kernel hands out as much as is asked for in one read.
@@ -43,15 +44,16 @@ bool readProcessName(char (&name)[kProcessNameSize]) {
 
 }  // namespace
 
-ImplFactory::GAME ContextManager::getGameType() {
-    char name[kProcessNameSize] = {};
-    if (!readProcessName(name)) return ImplFactory::NO_GAME;
-    ImplFactory::GAME game = ImplFactory::NO_GAME;
-    for (const auto& [packageName, packageGame] : gameList) {
-        if (strcmp(name, packageName) == 0) game = packageGame;
+ProcessIdentity identifyProcess() {
+    ProcessIdentity process;
+    if (!readProcessName(process.name)) return process;
+    for (const auto& [packageName, packageGame] : ContextManager::gameList) {
+        if (strcmp(process.name, packageName) == 0) process.game = packageGame;
     }
-    return game;
+    return process;
 }
+
+ImplFactory::GAME ContextManager::getGameType() { return identifyProcess().game; }
 
 bool ContextManager::isMainRenderringThread(ImplFactory::GAME game) {
     if (HookContext* context = getCurrentContext()) {

@@ -12,8 +12,7 @@ ALLOWED = {
     "monitor": ["monitor/", "games/", "platform/"],
     "GameImpl": ["GameImpl/", "games/", "interception/", "monitor/GameInfo.h", "platform/"],
     "interception": ["interception/", "platform/"],
-    "hook": ["hook/", "games/", "interception/", "monitor/",
-             "platform/"],
+    "hook": ["hook/", "games/", "GameImpl/AnyProgram/", "interception/", "monitor/", "platform/"],
 }
 OTHERS = ["rig", "programs", "tools", "tests", "arm", "android"]
 FOLDERS = tuple(f"{name}/" for name in (*ALLOWED, *OTHERS))

@@ -1,0 +1,102 @@
+#include "GameImpl/AnyProgram/Activation.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+
+#include "monitor/GameInfo.h"
+#include "platform/device/log.h"
+#include "platform/device/properties.h"
+
+namespace android::any {
+
+namespace {
+
+constexpr char kPropertyPrefix[] = "vendor.vesko.scale.";
+constexpr char kPbuffersProperty[] = "vendor.vesko.scale.pbuffers";
+constexpr size_t kPropertyNameSize = 96;
+constexpr int kLeastPercent = 10;
+constexpr int kMostPercent = 100;
+// A process has one name, or two where it was forked before it got its own.
+constexpr int kMostNames = 4;
+
+const char* afterLastSlash(const char* name) {
+    const char* slash = strrchr(name, '/');
+    return slash != nullptr ? slash + 1 : name;
+}
+
+bool parsePercent(const char* text, int& percent) {
+    char* end = nullptr;
+    const long value = strtol(text, &end, 10);
+    if (end == text || *end != '\0' || value < kLeastPercent || value > kMostPercent) return false;
+    percent = static_cast<int>(value);
+    return true;
+}
+
+bool isPercent(int value) { return value >= kLeastPercent && value <= kMostPercent; }
+
+std::mutex namesMutex;
+std::atomic<int> nameCount{0};
+
+}  // namespace
+
+Activation* Activation::of(const char* processName) {
+    if (processName[0] == '\0') return nullptr;
+    static Activation known[kMostNames];
+    const auto find = [processName](int count) -> Activation* {
+        for (int i = 0; i < count; ++i) {
+            if (strncmp(known[i].name, processName, sizeof(known[i].name)) == 0) return &known[i];
+        }
+        return nullptr;
+    };
+    Activation* found = find(nameCount.load(std::memory_order_acquire));
+    if (found == nullptr) {
+        const std::lock_guard<std::mutex> lock(namesMutex);
+        const int count = nameCount.load(std::memory_order_relaxed);
+        found = find(count);
+        if (found == nullptr) {
+            if (count == kMostNames) return nullptr;
+            found = &known[count];
+            strncpy(found->name, processName, sizeof(found->name) - 1);
+            int percent = kMostPercent;
+            found->asked = found->readProperty(percent);
+            found->factor = percent;
+            if (found->asked) {
+                char value[kPropertyValueMax] = {};
+                property_get(kPbuffersProperty, value, "");
+                found->pbuffers = strcmp(value, "1") == 0;
+            }
+            nameCount.store(count + 1, std::memory_order_release);
+        }
+    }
+    return found->asked ? found : nullptr;
+}
+
+// False where it is unset or bad.
+bool Activation::readProperty(int& percent) {
+    char property[kPropertyNameSize];
+    snprintf(property, sizeof(property), "%s%s", kPropertyPrefix, afterLastSlash(name));
+    char value[kPropertyValueMax] = {};
+    property_get(property, value, "");
+    if (value[0] == '\0') return false;
+    const bool good = parsePercent(value, percent);
+    if (!good && !valueIsBad) {
+        HOOK_LOG(ERROR, "%s is \"%s\": not a percentage from %d to %d, so nothing is scaled",
+                 property, value, kLeastPercent, kMostPercent);
+    }
+    valueIsBad = !good;
+    return good;
+}
+
+void Activation::refresh() {
+    int percent = kMostPercent;
+    readProperty(percent);
+    if (followsNode() && readGameInfo(gameInfoKeys().internalEnable) == 1) {
+        const int node = readGameInfo(gameInfoKeys().fb0Factor);
+        if (isPercent(node)) percent = node;
+    }
+    factor.store(percent, std::memory_order_relaxed);
+}
+
+}  // namespace android::any

@@ -1,0 +1,182 @@
+// ScaledGl: the way of pixels between target and window. All of it is blits, which
+// depend on nothing that a program has set but the scissor box, the draw buffer,
+// and a condition of rendering.
+#include <algorithm>
+
+#include "GameImpl/AnyProgram/WindowBound.h"
+#include "platform/loader/gl_constants.h"
+
+namespace android::any {
+
+// For a blit; applyScissor undoes it. Whether the test is on does not matter then.
+void ScaledGl::setCopyScissor(const Box& box) {
+    if (coordinates.scissorsDiffer) {
+        gl().glScissorIndexedOES(0, box.x, box.y, box.width, box.height);
+    } else {
+        gl().glScissor(box.x, box.y, box.width, box.height);
+    }
+}
+
+namespace {
+
+// No condition of the program's, as long as it lives.
+class Unconditional {
+public:
+    Unconditional(const gl_hooks_t::gl_t& table, GLuint suspended, GLenum conditionMode)
+        : gl(table), query(suspended), mode(conditionMode) {
+        if (query != 0) gl.glEndConditionalRenderNV();
+    }
+    ~Unconditional() {
+        if (query != 0) gl.glBeginConditionalRenderNV(query, mode);
+    }
+    Unconditional(const Unconditional&) = delete;
+
+private:
+    const gl_hooks_t::gl_t& gl;
+    const GLuint query;
+    const GLenum mode;
+};
+
+}  // namespace
+
+void ScaledGl::copyImages(const Box& from, const Box& to, unsigned mask) {
+    const bool sameSize = from.width == to.width && from.height == to.height;
+    const auto copy = [&](unsigned part, GLenum filter) {
+        if (part == 0) return;
+        gl().glBlitFramebuffer(from.x, from.y, from.x + from.width, from.y + from.height, to.x,
+                               to.y, to.x + to.width, to.y + to.height, part, filter);
+    };
+    const Unconditional always(gl(), conditionalQuery, conditionalMode);
+    copy(mask & GL_COLOR_BUFFER_BIT, sameSize ? GL_NEAREST : GL_LINEAR);
+    copy(mask & ~GLbitfield{GL_COLOR_BUFFER_BIT}, GL_NEAREST);
+}
+
+namespace {
+
+Box whole(const Size& size) { return {0, 0, size.width, size.height}; }
+
+}  // namespace
+
+// Tilers: what is not needed is invalidated while it is still on the chip, and the
+// window's old contents before they would be loaded.
+void ScaledGl::present(bool last) {
+    static constexpr GLenum kAncillary[] = {GL_DEPTH_ATTACHMENT, GL_STENCIL_ATTACHMENT};
+    static constexpr GLenum kColor[] = {GL_COLOR_ATTACHMENT0};
+    static constexpr GLenum kWindows[] = {GL_COLOR, GL_DEPTH, GL_STENCIL};
+    const Target& target = drawTarget();
+    const bool ends = last && target.surface->kind == SurfaceKind::window;
+    if (separateRead || readBound != 0) {
+        gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kDrawn));
+    }
+    if (ends && (target.depthFormat | target.stencilFormat) != 0) {
+        gl().glInvalidateFramebuffer(GL_READ_FRAMEBUFFER, 2, kAncillary);
+    }
+    gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+    if (ends) gl().glInvalidateFramebuffer(GL_DRAW_FRAMEBUFFER, 3, kWindows);
+    drawWindowFrom(target, whole(target.scale.window), GL_COLOR_BUFFER_BIT);
+    if (ends && !target.surface->contentsCount) {
+        gl().glInvalidateFramebuffer(GL_READ_FRAMEBUFFER, 1, kColor);
+    }
+    bindDraw();
+    if (separateRead || readBound != 0) bindRead();
+}
+
+// The window is bound for drawing, what stands in for it for reading.
+void ScaledGl::drawWindowFrom(const Target& target, const Box& part, unsigned mask) {
+    static constexpr GLenum kBack = GL_BACK;
+    static constexpr GLenum kNone = GL_NONE;
+    if (drawnToNone) gl().glDrawBuffers(1, &kBack);
+    setCopyScissor(part);
+    copyImages(whole(target.scale.target), whole(target.scale.window), mask);
+    applyScissor();
+    if (drawnToNone) gl().glDrawBuffers(1, &kNone);
+}
+
+// Leaves bound for reading what the program is to read.
+void ScaledGl::copyToWindow(const Box& part, unsigned mask) {
+    if (separateRead) {
+        copyToScratch();
+        return;
+    }
+    Target& target = readTarget();
+    mask &= target.copied;
+    if (part.width > 0 && part.height > 0 && mask != 0) {
+        gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kDrawn));
+        gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+        drawWindowFrom(target, part, mask);
+        bindDraw();
+    }
+    gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+}
+
+// A window that is read while another one is drawn to cannot be drawn to itself.
+void ScaledGl::copyToScratch() {
+    Target& target = readTarget();
+    if (target.scale.isIdentity()) {
+        gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kReadFrom));
+        return;
+    }
+    const Size& window = target.scale.window;
+    gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, own(kScratch));
+    if (target.scratch != window) {
+        const GLuint image = group->nameOf(readStand.target, Target::kScratch);
+        GLint bound = 0;
+        gl().glGetIntegerv(GL_RENDERBUFFER_BINDING, &bound);
+        gl().glBindRenderbuffer(GL_RENDERBUFFER, image);
+        gl().glRenderbufferStorage(GL_RENDERBUFFER, target.colorFormat, window.width,
+                                   window.height);
+        gl().glBindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(bound));
+        target.scratch = window;
+        attached[kScratch] = -1;
+    }
+    if (attached[kScratch] != readStand.target) {
+        attached[kScratch] = readStand.target;
+        gl().glFramebufferRenderbuffer(GL_DRAW_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER,
+                                       group->nameOf(readStand.target, Target::kScratch));
+    }
+    gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kReadFrom));
+    setCopyScissor(whole(window));
+    copyImages(whole(target.scale.target), whole(window), GL_COLOR_BUFFER_BIT);
+    bindDraw();
+    applyScissor();
+    gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kScratch));
+}
+
+// Into what stands in for the window that is drawn to, which is bound afterwards,
+// as is what the program reads from. The scissor box does not matter: nothing
+// beyond it has changed, or it is off.
+void ScaledGl::copyFromWindow(const Box& part, unsigned mask) {
+    static constexpr GLenum kColor = GL_COLOR_ATTACHMENT0;
+    static constexpr GLenum kNone = GL_NONE;
+    const Scale& s = scale();
+    gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+    gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, own(kDrawn));
+    if (drawnToNone) gl().glDrawBuffers(1, &kColor);
+    copyImages(part, s.box(part), mask & drawTarget().copied);
+    if (drawnToNone) gl().glDrawBuffers(1, &kNone);
+    bindRead();
+}
+
+bool ScaledGl::windowSizeChanged() { return sizeOf(*drawStand.surface) != scale().window; }
+
+void ScaledGl::beginFrame(bool resized) {
+    activation->refresh();
+    const Size target = scaledBy(scale().window, activation->percent());
+    if (resized || target != scale().target) rebuild();
+}
+
+// A program that was told of a new size sets its viewport before it draws. The
+// window has that size by then, or takes it as soon as it is drawn to.
+void ScaledGl::windowMayHaveChanged(const Box& viewport) {
+    const Size size{viewport.width, viewport.height};
+    const Size& window = scale().window;
+    if (viewport.x != 0 || viewport.y != 0 || size == window) return;
+    if (std::find(triedSizes, triedSizes + kTriedSizes, size) != triedSizes + kTriedSizes) return;
+    triedSizes[nextTriedSize] = size;
+    nextTriedSize = (nextTriedSize + 1) % kTriedSizes;
+    if (!separateRead) copyToWindow({0, 0, 1, 1}, GL_COLOR_BUFFER_BIT);
+    bindRead();
+    if (windowSizeChanged()) rebuild();
+}
+
+}  // namespace android::any

@@ -1,0 +1,177 @@
+// One context of OpenGL ES 3 or later whose window is emulated: while framebuffer
+// 0 is bound the driver has a framebuffer object of ours, of the window's format
+// and of a part of its size. The window itself is drawn to at swaps, and serves as
+// the scratch image wherever the program reads its window: what it held is never
+// needed.
+//
+// Which questions go where: errors, limits and what the window is are the
+// driver's, asked with the window really bound; bindings and boxes are kept here.
+// Framebuffer and renderbuffer names are the driver's less those reserved for us
+// before the program could have any.
+//
+// An object serves the thread that its context is current on. GL calls take no
+// lock and allocate nothing, with the exception of those that compile and link.
+#pragma once
+
+#include <memory>
+
+#include "GameImpl/AnyProgram/Coordinates.h"
+#include "GameImpl/AnyProgram/ScaledEgl.h"
+#include "GameImpl/AnyProgram/Surfaces.h"
+
+namespace android::any {
+
+class ScaledGl final : public ScaledEgl {
+public:
+    // Null where there is no memory.
+    static ScaledGl* make(std::shared_ptr<ShareGroup> group);
+    // The EGL context has been destroyed; the object goes with it, at once or as
+    // soon as the context is no longer current.
+    void abandon();
+
+    const std::shared_ptr<ShareGroup>& shareGroup() const { return group; }
+    Binding* threadBinding() const { return binding; }
+    bool isCurrent() const { return current; }
+
+    // Right after the context was made current with these surfaces, which may be
+    // null, and right after it ceased to be; leave may destroy the object.
+    void enter(EGLDisplay display, EGLContext context, std::shared_ptr<Surface> draw,
+               std::shared_ptr<Surface> read);
+    void leave();
+
+    bool drawsTo(EGLSurface surface) const;
+    // Puts what was drawn into the window. Where it is the `last` of a frame, what
+    // else the target holds is not needed any more.
+    void present(bool last);
+    // Whether the window is no longer as large as the target was made for.
+    bool windowSizeChanged();
+    // After a swap: a new size or factor takes effect.
+    void beginFrame(bool resized);
+    const Scale& scale() const { return group->targets[drawStand.target].scale; }
+    GLuint driverRenderbuffer(GLuint name) const {
+        return name != 0 ? name + group->nameOffset : 0;
+    }
+
+#include "GameImpl/AnyProgram/overrides.in"
+
+private:
+    friend class WindowBound;
+    friend class WindowToRead;
+    friend class ErrorsKept;
+
+    // The framebuffers that stand in for the window: what is drawn to, what is read
+    // from where that is another window, and one for copies.
+    enum OwnFramebuffer { kDrawn, kReadFrom, kScratch, kOwnCount };
+    enum Side { kNoSide = 0, kDrawSide = 1, kReadSide = 2 };
+
+    struct Stand {  // what stands in for the window on one side
+        std::shared_ptr<Surface> surface;
+        int target = -1;  // in the group; -1: the window is the driver's own
+        bool exists() const { return target >= 0; }
+    };
+
+    explicit ScaledGl(std::shared_ptr<ShareGroup> newGroup);
+    ScaledGl* currentContext() override { return this; }
+    const gl_hooks_t::gl_t& gl() const { return driverTable->gl; }
+
+    Target& drawTarget() const { return group->targets[drawStand.target]; }
+    Target& readTarget() const { return group->targets[readStand.target]; }
+
+    // Names: the program's and the driver's.
+    GLuint own(OwnFramebuffer which) const { return firstFramebuffer + which; }
+    GLuint driverFramebuffer(GLuint name) const { return name != 0 ? name + framebufferOffset : 0; }
+    GLuint driverName(GLenum kind, GLuint name) const;
+    template <class Call>
+    void eachShifted(int n, const unsigned* names, unsigned offset, Call call);
+    void takeNames();
+
+    // Bindings.
+    bool windowIsDrawn() const { return drawBound == 0 && drawStand.exists(); }
+    bool windowIsRead() const { return readBound == 0 && readStand.exists(); }
+    int windowSides(unsigned target) const;
+    void bindDraw();
+    void bindRead();
+    void drawnFramebufferChanged();
+    GLuint readFramebuffer() const { return own(separateRead ? kReadFrom : kDrawn); }
+
+    // Coordinates.
+    bool coordinatesAreScaled() const { return windowIsDrawn() && !scale().isIdentity(); }
+    void applyCoordinates();
+    void applyViewport();
+    void applyScissor();
+    void applyShaderScale();
+    void learnBoxes();
+    template <class T>
+    bool keepBoxes(T (&kept)[Coordinates::kMostBoxes][4], bool& differ, unsigned first, int count,
+                   const T* boxes);
+    bool keepViewports(unsigned first, int count, const float* boxes);
+    bool keepScissors(unsigned first, int count, const int* boxes);
+
+    // The window's state.
+    int sideAsked(unsigned name) const;
+    template <class T>
+    void get(unsigned name, T* values, void (*ask)(unsigned, T*));
+    template <class T>
+    bool getBox(unsigned name, unsigned index, T* values);
+    void setDrawBuffers(int n, const unsigned* buffers, void (*set)(int, const unsigned*));
+    bool translateAttachments(int n, const unsigned* attachments, unsigned* own) const;
+
+    // Pixels.
+    void setCopyScissor(const Box& box);
+    void copyImages(const Box& from, const Box& to, unsigned mask);
+    void drawWindowFrom(const Target& target, const Box& part, unsigned mask);
+    void copyToWindow(const Box& part, unsigned mask);
+    void copyToScratch();
+    void copyFromWindow(const Box& part, unsigned mask);
+    void blit(const int (&source)[4], const int (&drawn)[4], unsigned mask, unsigned filter,
+              decltype(gl_hooks_t::gl_t::glBlitFramebuffer) call);
+    bool readsSamples();
+
+    // Targets.
+    void learnContext();
+    void stand(Stand& side, const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer);
+    int targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer);
+    int freeTarget();
+    const char* build(int index, OwnFramebuffer framebuffer);
+    const char* describeWindow(Target& target, GLenum side);
+    void allocate(int index);
+    void attach(int index, OwnFramebuffer framebuffer);
+    bool isLikeTheWindow(OwnFramebuffer framebuffer);
+    Size sizeOf(const Surface& surface);
+    void windowMayHaveChanged(const Box& viewport);
+    void rebuild();
+
+    std::shared_ptr<ShareGroup> group;
+    Binding* binding = nullptr;
+    EGLContext handle = nullptr;
+    bool current = false;
+    bool abandoned = false;
+
+    bool learnt = false;
+    bool served = false;  // false: every call goes on as it is
+    bool hasES31 = false;
+    bool hasViewportArrays = false;
+    bool viewportIsKnown = false;
+    void (*setFlip)(unsigned, unsigned, int) = nullptr;
+
+    GLuint firstFramebuffer = 0;   // of ours; 0: none are taken yet
+    GLuint framebufferOffset = 0;  // the program's names are the driver's less this
+    Stand drawStand;
+    Stand readStand;
+    bool separateRead = false;
+    int attached[kOwnCount] = {-1, -1, -1};
+
+    GLuint drawBound = 0;  // as the program named them
+    GLuint readBound = 0;
+    bool drawnToNone = false;  // glDrawBuffers of the window
+    GLuint conditionalQuery = 0;
+    GLenum conditionalMode = 0;
+    GLenum keptError = 0;
+
+    Coordinates coordinates;
+    static constexpr int kTriedSizes = 4;
+    Size triedSizes[kTriedSizes];  // of viewports for which the window was asked
+    int nextTriedSize = 0;
+};
+
+}  // namespace android::any

@@ -1,0 +1,95 @@
+// What the process has of EGL surfaces, and of contexts that share their objects.
+//
+// One lock guards it all; it is taken by EGL calls only. Surfaces and groups live
+// until nobody refers to them.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "GameImpl/AnyProgram/geometry.h"
+#include "platform/loader/records.h"
+
+namespace android::any {
+
+class ScaledGl;
+struct ShareGroup;
+
+enum class SurfaceKind { window, pbuffer, other };
+
+struct Surface {
+    EGLDisplay display = nullptr;
+    EGLSurface handle = nullptr;
+    SurfaceKind kind = SurfaceKind::other;
+    bool contentsCount = false;  // of the past frame: preserved, or asked for their age
+    bool refused = false;        // stays the driver's own; the reason is logged
+
+    // Whose target has the contents, and by which context they were drawn. Where
+    // several groups draw to it, they leave their contents in the window itself.
+    std::weak_ptr<ShareGroup> holder;
+    EGLContext drawnBy = nullptr;
+    bool manyGroups = false;
+};
+
+// The renderbuffers that stand in for one surface, in the contexts of one group.
+struct Target {
+    enum Image { kColor, kDepth, kStencil, kScratch, kImageCount };
+
+    std::shared_ptr<Surface> surface;  // null: free
+    Scale scale;
+    GLenum colorFormat = 0;
+    GLenum depthFormat = 0;    // 0: none
+    GLenum stencilFormat = 0;  // 0: none, or within the depth's
+    GLbitfield copied = 0;     // which buffers blits between it and the window can copy
+    Size scratch;
+};
+
+// Contexts that share objects. The first of them that is made current takes the
+// first renderbuffer names there are, before the program can have any.
+struct ShareGroup {
+    static constexpr int kMostTargets = 24;
+    static constexpr int kOwnNames = kMostTargets * Target::kImageCount;
+
+    GLuint nameOf(int target, Target::Image image) const {
+        return firstName + static_cast<GLuint>(target * Target::kImageCount + image);
+    }
+
+    GLuint firstName = 0;   // of ours; 0: none are taken yet
+    GLuint nameOffset = 0;  // the program's names are the driver's less this
+    std::array<Target, kMostTargets> targets;
+};
+
+class Surfaces {
+public:
+    static Surfaces& instance();
+
+    std::mutex mutex;
+
+    // All need the mutex.
+    void add(EGLDisplay display, EGLSurface handle, SurfaceKind kind);
+    void remove(EGLDisplay display, EGLSurface handle);
+    // Null for no surface. One that was not seen being made is asked of the
+    // driver.
+    std::shared_ptr<Surface> find(EGLDisplay display, EGLSurface handle, platform_impl_t& egl);
+
+    void addContext(EGLDisplay display, EGLContext handle, EGLContext shared);
+    void removeContext(EGLDisplay display, EGLContext handle);
+    // Null where it is not known.
+    ScaledGl* known(EGLDisplay display, EGLContext handle);
+    // Made where it is not known. Null where there is no memory.
+    ScaledGl* context(EGLDisplay display, EGLContext handle);
+
+private:
+    struct Context {
+        EGLDisplay display;
+        EGLContext handle;
+        ScaledGl* impl;
+    };
+
+    std::vector<std::shared_ptr<Surface>> surfaces;
+    std::vector<Context> contexts;
+};
+
+}  // namespace android::any

@@ -1,0 +1,379 @@
+// ScaledGl: what stands in for the window of the context: when, of which format,
+// and how it is made.
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+
+#include "GameImpl/AnyProgram/WindowBound.h"
+#include "platform/device/log.h"
+#include "platform/loader/gl_constants.h"
+
+namespace android::any {
+
+namespace {
+
+// Not in the headers of every system.
+constexpr GLenum kFlipY = 0x8BBB;    // GL_FRAMEBUFFER_FLIP_Y_MESA
+constexpr GLenum kRGB10 = 0x8052;    // GL_RGB10_EXT
+constexpr GLenum kDepth32 = 0x81A7;  // GL_DEPTH_COMPONENT32_OES
+constexpr GLenum kFloatComponents = GL_FLOAT;
+
+constexpr char kNoMemory[] = "there is no memory for its images";
+
+constexpr GLuint kNamesOfNobody = 0xFFFFFE00;
+
+struct ColorFormat {
+    int red, green, blue, alpha;
+    GLenum encoding;
+    bool isFloat;
+    GLenum format;
+};
+
+constexpr ColorFormat kColorFormats[] = {
+    {8, 8, 8, 8, GL_LINEAR, false, GL_RGBA8},       {8, 8, 8, 0, GL_LINEAR, false, GL_RGB8},
+    {8, 8, 8, 8, GL_SRGB, false, GL_SRGB8_ALPHA8},  {5, 6, 5, 0, GL_LINEAR, false, GL_RGB565},
+    {5, 5, 5, 1, GL_LINEAR, false, GL_RGB5_A1},     {4, 4, 4, 4, GL_LINEAR, false, GL_RGBA4},
+    {10, 10, 10, 2, GL_LINEAR, false, GL_RGB10_A2}, {10, 10, 10, 0, GL_LINEAR, false, kRGB10},
+    {16, 16, 16, 16, GL_LINEAR, true, GL_RGBA16F},  {16, 16, 16, 0, GL_LINEAR, true, GL_RGB16F},
+};
+
+struct DepthFormat {
+    int depth, stencil;
+    bool isFloat;
+    GLenum format, stencilFormat;  // 0: none, or within `format`
+};
+
+constexpr DepthFormat kDepthFormats[] = {
+    {0, 0, false, 0, 0},
+    {16, 0, false, GL_DEPTH_COMPONENT16, 0},
+    {24, 0, false, GL_DEPTH_COMPONENT24, 0},
+    {32, 0, false, kDepth32, 0},
+    {32, 0, true, GL_DEPTH_COMPONENT32F, 0},
+    {24, 8, false, GL_DEPTH24_STENCIL8, 0},
+    {32, 8, true, GL_DEPTH32F_STENCIL8, 0},
+    {16, 8, false, GL_DEPTH_COMPONENT16, GL_STENCIL_INDEX8},
+    {0, 8, false, 0, GL_STENCIL_INDEX8},
+};
+
+bool hasStencil(GLenum depthFormat) {
+    return depthFormat == GL_DEPTH24_STENCIL8 || depthFormat == GL_DEPTH32F_STENCIL8;
+}
+
+constexpr GLenum kSizes[] = {GL_RED_BITS,   GL_GREEN_BITS,   GL_BLUE_BITS, GL_ALPHA_BITS,
+                             GL_DEPTH_BITS, GL_STENCIL_BITS, GL_SAMPLES};
+
+template <size_t N>
+bool isContiguous(const GLuint (&names)[N], GLuint first) {
+    for (size_t i = 0; i < N; ++i) {
+        if (names[i] != first + i) return false;
+    }
+    return true;
+}
+
+// Our names come first where the driver hands out 1, 2, 3, ...; the program's are
+// then told without them. Of another driver we take names that it hands out last.
+template <size_t N>
+void takeFirstNames(void (*generate)(int, unsigned*), void (*remove)(int, const unsigned*),
+                    GLuint& first, GLuint& offset) {
+    GLuint names[N] = {};
+    generate(N, names);
+    if (isContiguous(names, 1)) {
+        first = 1;
+        offset = N;
+    } else {
+        remove(N, names);
+        first = kNamesOfNobody;
+        offset = 0;
+    }
+}
+
+}  // namespace
+
+// Needs the lock of the surfaces: the renderbuffers' names are the whole group's.
+void ScaledGl::takeNames() {
+    takeFirstNames<kOwnCount>(gl().glGenFramebuffers, gl().glDeleteFramebuffers, firstFramebuffer,
+                              framebufferOffset);
+    if (group->firstName != 0) return;
+    takeFirstNames<ShareGroup::kOwnNames>(gl().glGenRenderbuffers, gl().glDeleteRenderbuffers,
+                                          group->firstName, group->nameOffset);
+}
+
+// What does not change in the context's life. Anything before OpenGL ES 3.0 is
+// served as it is: it cannot blit.
+void ScaledGl::learnContext() {
+    learnt = true;
+    const auto* version = reinterpret_cast<const char*>(gl().glGetString(GL_VERSION));
+    int major = 0;
+    int minor = 0;
+    if (version == nullptr || sscanf(version, "OpenGL ES %d.%d", &major, &minor) != 2) return;
+    if (major < 3) {
+        HOOK_LOG(INFO, "not scaled: %s has no glBlitFramebuffer", version);
+        return;
+    }
+    served = true;
+    hasES31 = major > 3 || minor >= 1;
+    const auto* extensions = reinterpret_cast<const char*>(gl().glGetString(GL_EXTENSIONS));
+    const auto has = [extensions](const char* name) {
+        return extensions != nullptr && strstr(extensions, name) != nullptr;
+    };
+    hasViewportArrays = has("GL_OES_viewport_array") || has("GL_NV_viewport_array");
+    coordinates.boxCount = hasViewportArrays ? Coordinates::kMostBoxes : 1;
+    if (has("GL_MESA_framebuffer_flip_y")) {
+        setFlip = reinterpret_cast<decltype(setFlip)>(
+            getEGLPlatformImpl()->eglGetProcAddress("glFramebufferParameteriMESA"));
+    }
+    gl().glGetIntegerv(GL_MAX_VIEWPORT_DIMS, coordinates.mostViewportSize);
+    takeNames();
+}
+
+Size ScaledGl::sizeOf(const Surface& surface) {
+    Size size;
+    platform_impl_t* egl = getEGLPlatformImpl();
+    egl->eglQuerySurface(surface.display, surface.handle, EGL_WIDTH, &size.width);
+    egl->eglQuerySurface(surface.display, surface.handle, EGL_HEIGHT, &size.height);
+    return size;
+}
+
+// The window that is bound to `side`; what it has that no target can have is said.
+const char* ScaledGl::describeWindow(Target& target, GLenum side) {
+    const auto ask = [&](GLenum attachment, GLenum name) {
+        GLint value = 0;
+        gl().glGetFramebufferAttachmentParameteriv(side, attachment, name, &value);
+        return value;
+    };
+    const auto isThere = [&](GLenum attachment) {
+        return ask(attachment, GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE) != GL_NONE;
+    };
+    if (!isThere(GL_BACK)) return "it has no back buffer";
+    const int red = ask(GL_BACK, GL_FRAMEBUFFER_ATTACHMENT_RED_SIZE);
+    const int green = ask(GL_BACK, GL_FRAMEBUFFER_ATTACHMENT_GREEN_SIZE);
+    const int blue = ask(GL_BACK, GL_FRAMEBUFFER_ATTACHMENT_BLUE_SIZE);
+    const int alpha = ask(GL_BACK, GL_FRAMEBUFFER_ATTACHMENT_ALPHA_SIZE);
+    const auto encoding =
+        static_cast<GLenum>(ask(GL_BACK, GL_FRAMEBUFFER_ATTACHMENT_COLOR_ENCODING));
+    const bool isFloat = ask(GL_BACK, GL_FRAMEBUFFER_ATTACHMENT_COMPONENT_TYPE) == kFloatComponents;
+    const auto* color =
+        std::find_if(std::begin(kColorFormats), std::end(kColorFormats), [&](const auto& f) {
+            return f.red == red && f.green == green && f.blue == blue && f.alpha == alpha &&
+                   f.encoding == encoding && f.isFloat == isFloat;
+        });
+    if (color == std::end(kColorFormats)) return "there is no image of its colour format";
+
+    const int depth = isThere(GL_DEPTH) ? ask(GL_DEPTH, GL_FRAMEBUFFER_ATTACHMENT_DEPTH_SIZE) : 0;
+    const int stencil =
+        isThere(GL_STENCIL) ? ask(GL_STENCIL, GL_FRAMEBUFFER_ATTACHMENT_STENCIL_SIZE) : 0;
+    const bool floatDepth =
+        depth != 0 && ask(GL_DEPTH, GL_FRAMEBUFFER_ATTACHMENT_COMPONENT_TYPE) == kFloatComponents;
+    const auto* found =
+        std::find_if(std::begin(kDepthFormats), std::end(kDepthFormats), [&](const auto& f) {
+            return f.depth == depth && f.stencil == stencil && f.isFloat == floatDepth;
+        });
+    if (found == std::end(kDepthFormats)) return "there is no image of its depth format";
+    target.colorFormat = color->format;
+    target.depthFormat = found->format;
+    target.stencilFormat = found->stencilFormat;
+    return nullptr;
+}
+
+void ScaledGl::allocate(int index) {
+    const Target& target = group->targets[index];
+    GLint bound = 0;
+    gl().glGetIntegerv(GL_RENDERBUFFER_BINDING, &bound);
+    const auto image = [&](Target::Image which, GLenum format) {
+        if (format == 0) return;
+        gl().glBindRenderbuffer(GL_RENDERBUFFER, group->nameOf(index, which));
+        gl().glRenderbufferStorage(GL_RENDERBUFFER, format, target.scale.target.width,
+                                   target.scale.target.height);
+    };
+    image(Target::kColor, target.colorFormat);
+    image(Target::kDepth, target.depthFormat);
+    image(Target::kStencil, target.stencilFormat);
+    gl().glBindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(bound));
+}
+
+// Leaves the framebuffer bound for drawing.
+void ScaledGl::attach(int index, OwnFramebuffer framebuffer) {
+    gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, own(framebuffer));
+    if (attached[framebuffer] == index) return;
+    attached[framebuffer] = index;
+    const Target& target = group->targets[index];
+    const auto put = [&](GLenum attachment, GLuint name) {
+        gl().glFramebufferRenderbuffer(GL_DRAW_FRAMEBUFFER, attachment, GL_RENDERBUFFER, name);
+    };
+    const auto nameIf = [&](bool exists, Target::Image image) {
+        return exists ? group->nameOf(index, image) : 0;
+    };
+    const bool combined = hasStencil(target.depthFormat);
+    put(GL_COLOR_ATTACHMENT0, group->nameOf(index, Target::kColor));
+    put(GL_DEPTH_ATTACHMENT, nameIf(target.depthFormat != 0, Target::kDepth));
+    put(GL_STENCIL_ATTACHMENT, combined ? group->nameOf(index, Target::kDepth)
+                                        : nameIf(target.stencilFormat != 0, Target::kStencil));
+    if (setFlip != nullptr) setFlip(GL_DRAW_FRAMEBUFFER, kFlipY, GL_TRUE);
+}
+
+// Whether the framebuffer, bound for drawing, is complete and answers as the
+// window does, where that is drawn to as well.
+bool ScaledGl::isLikeTheWindow(OwnFramebuffer framebuffer) {
+    if (gl().glCheckFramebufferStatus(GL_DRAW_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) return false;
+    if (framebuffer == kReadFrom) return true;
+    constexpr size_t kCount = std::size(kSizes);
+    GLint ours[kCount] = {};
+    GLint windows[kCount] = {};
+    const auto ask = [this](GLint(&values)[kCount]) {
+        for (size_t i = 0; i < kCount; ++i) gl().glGetIntegerv(kSizes[i], &values[i]);
+    };
+    ask(ours);
+    gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+    ask(windows);
+    gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, own(framebuffer));
+    return std::equal(ours, ours + kCount, windows);
+}
+
+// One whose surface nobody else knows any more is free.
+int ScaledGl::freeTarget() {
+    for (int i = 0; i < ShareGroup::kMostTargets; ++i) {
+        std::shared_ptr<Surface>& surface = group->targets[i].surface;
+        if (surface == nullptr || surface.use_count() == 1) return i;
+    }
+    return -1;
+}
+
+// The reason why not, or null. The window is bound for reading; leaves the
+// framebuffer bound for drawing. What the window held is taken over, where that is
+// bound for reading.
+const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
+    Target& target = group->targets[index];
+    const ErrorsKept errors(*this);
+    const GLenum side = framebuffer == kDrawn ? GL_DRAW_FRAMEBUFFER : GL_READ_FRAMEBUFFER;
+    gl().glBindFramebuffer(side, 0);
+    if (const char* why = describeWindow(target, side)) return why;
+    if (errors.failed()) return "its format cannot be asked for";
+    allocate(index);
+    if (errors.failed()) {
+        // Few drivers have the first, which their windows may have. The other is no
+        // coarser than what depths are computed with.
+        if (target.depthFormat != kDepth32) return kNoMemory;
+        target.depthFormat = GL_DEPTH_COMPONENT32F;
+        allocate(index);
+        if (errors.failed()) return kNoMemory;
+    }
+    attached[framebuffer] = -1;
+    attach(index, framebuffer);
+    if (!isLikeTheWindow(framebuffer)) return "no framebuffer is like it";
+    target.copied = GL_COLOR_BUFFER_BIT;
+    if (separateRead) return nullptr;
+    for (const GLbitfield part : {GL_DEPTH_BUFFER_BIT, GL_STENCIL_BUFFER_BIT}) {
+        const bool isDepth = part == GL_DEPTH_BUFFER_BIT;
+        if (isDepth ? target.depthFormat == 0
+                    : target.stencilFormat == 0 && !hasStencil(target.depthFormat)) {
+            continue;
+        }
+        gl().glBlitFramebuffer(0, 0, 1, 1, 0, 0, 1, 1, part, GL_NEAREST);
+        if (!errors.failed()) target.copied |= part;
+    }
+    copyFromWindow({0, 0, target.scale.window.width, target.scale.window.height}, target.copied);
+    return errors.failed() ? "it cannot be copied" : nullptr;
+}
+
+// The target of the surface, made or changed as need be; -1 where the window stays
+// the driver's own, and the reason in the log.
+int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer) {
+    if (surface->refused) return -1;
+    const std::lock_guard<std::mutex> lock(Surfaces::instance().mutex);
+    auto& targets = group->targets;
+    const auto same = std::find_if(targets.begin(), targets.end(),
+                                   [&](const Target& t) { return t.surface == surface; });
+    const bool known = same != targets.end();
+    const int index = known ? static_cast<int>(same - targets.begin()) : freeTarget();
+    const char* why = index < 0 ? "the process has too many windows" : nullptr;
+    const Size window = sizeOf(*surface);
+    if (why == nullptr && (window.width <= 0 || window.height <= 0)) why = "it has no size";
+    if (why == nullptr) {
+        Target& target = targets[index];
+        const Scale scale{window, scaledBy(window, activation->percent())};
+        const bool fits =
+            known && target.scale.window == scale.window && target.scale.target == scale.target;
+        const bool holds = known && surface->holder.lock() == group;
+        gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+        if (!fits) {
+            target.surface = surface;
+            target.scale = scale;
+            why = build(index, framebuffer);
+        } else {
+            attach(index, framebuffer);
+            if (!holds && !separateRead)
+                copyFromWindow({0, 0, window.width, window.height}, target.copied);
+        }
+        surface->holder = group;
+        surface->drawnBy = handle;
+        if (why != nullptr) target.surface = nullptr;
+    }
+    if (why == nullptr) return index;
+    surface->refused = true;
+    attached[framebuffer] = -1;
+    HOOK_LOG(ERROR, "a window of %d x %d is not scaled: %s", window.width, window.height, why);
+    return -1;
+}
+
+void ScaledGl::stand(Stand& side, const std::shared_ptr<Surface>& surface,
+                     OwnFramebuffer framebuffer) {
+    side.surface = surface;
+    side.target = -1;
+    if (surface == nullptr) return;
+    const bool wanted = surface->kind == SurfaceKind::window ||
+                        (surface->kind == SurfaceKind::pbuffer && activation->pbuffersToo());
+    if (wanted) side.target = targetFor(surface, framebuffer);
+}
+
+// The driver gives a context its boxes with its first surface.
+void ScaledGl::learnBoxes() {
+    if (viewportIsKnown) return;
+    viewportIsKnown = drawStand.surface != nullptr;
+    int box[4] = {};
+    gl().glGetIntegerv(GL_VIEWPORT, box);
+    std::copy(box, box + 4, coordinates.viewports[0]);
+    gl().glGetIntegerv(GL_SCISSOR_BOX, box);
+    std::copy(box, box + 4, coordinates.scissors[0]);
+}
+
+void ScaledGl::enter(EGLDisplay, EGLContext context, std::shared_ptr<Surface> draw,
+                     std::shared_ptr<Surface> read) {
+    current = true;
+    handle = context;
+    if (!learnt) {
+        const std::lock_guard<std::mutex> lock(Surfaces::instance().mutex);
+        learnContext();
+    }
+    if (!served) return;
+    const bool hadScale = drawStand.exists() && !scale().isIdentity();
+    const bool had = drawStand.exists() || readStand.exists();
+    separateRead = draw != read;
+    drawStand.surface = draw;
+    learnBoxes();
+    stand(drawStand, draw, kDrawn);
+    if (separateRead) {
+        stand(readStand, read, kReadFrom);
+    } else {
+        readStand = drawStand;
+    }
+    if (!had && !drawStand.exists() && !readStand.exists()) return;
+    bindDraw();
+    bindRead();
+    if (hadScale || (drawStand.exists() && !scale().isIdentity())) applyCoordinates();
+}
+
+void ScaledGl::leave() {
+    if (drawStand.exists() && drawStand.surface->manyGroups) present(false);
+    current = false;
+    if (abandoned) abandon();
+}
+
+void ScaledGl::rebuild() {
+    stand(drawStand, std::shared_ptr<Surface>(drawStand.surface), kDrawn);
+    if (!separateRead) readStand = drawStand;
+    bindDraw();
+    bindRead();
+    applyCoordinates();
+}
+
+}  // namespace android::any
