@@ -1,13 +1,19 @@
 // A small GLES program for the rig's tests. It draws to a pbuffer that it asks
 // to be 64x48 and prints what it learnt, one "name value" a line.
 //
-// usage: gles_probe [loaded|procs] [es1|desktop] [facts] [clock] [rebind] [frames N] [pause MS]
+// usage: gles_probe [loaded|procs] [es1|desktop] [facts] [clock] [rebind] [deleted]
+//                   [handler] [frames N] [pause MS] [limit MS]
 //   loaded, procs   take the entries by dlsym, or by eglGetProcAddress alone
 //   es1, desktop    draw with an OpenGL ES 1, or a desktop GL context
 //   facts           print what the driver quirks change, after the first frame
 //   clock           print the program's own time in each frame, by four ways, and
 //                   move the triangle by it
 //   rebind          bind the window once more in the middle of each frame
+//   deleted         delete the program in the first frame, while it is in use, and
+//                   print the GL error that each swap leaves
+//   handler         print a line when exit runs the program's handlers
+//   pause, limit    sleep after each frame: once, or a millisecond at a time until
+//                   so much time has passed since the last one
 #define EGL_NO_X11
 #define GL_GLEXT_PROTOTYPES
 #include <EGL/egl.h>
@@ -219,6 +225,13 @@ int printTime() {
     return static_cast<int>(monotonic.tv_nsec / 1000000 % 40);
 }
 
+void waitByPolling(int milliseconds) {
+    using Clock = std::chrono::steady_clock;
+    static Clock::time_point last = Clock::now();
+    while (Clock::now() - last < std::chrono::milliseconds(milliseconds)) usleep(1000);
+    last = Clock::now();
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -229,6 +242,8 @@ int main(int argc, char** argv) {
     bool rebind = false;
     int frames = 3;
     int pause = 0;
+    int limit = 0;
+    bool deleted = false;
     for (int i = 1; i < argc; ++i) {
         onlyProcs = onlyProcs || strcmp(argv[i], "procs") == 0;
         es1 = es1 || strcmp(argv[i], "es1") == 0;
@@ -236,6 +251,9 @@ int main(int argc, char** argv) {
         facts = facts || strcmp(argv[i], "facts") == 0;
         clock = clock || strcmp(argv[i], "clock") == 0;
         rebind = rebind || strcmp(argv[i], "rebind") == 0;
+        deleted = deleted || strcmp(argv[i], "deleted") == 0;
+        if (strcmp(argv[i], "handler") == 0) atexit([] { puts("exit handler"); });
+        if (strcmp(argv[i], "limit") == 0) limit = atoi(argv[i + 1]);
         if (strcmp(argv[i], "frames") == 0) frames = atoi(argv[i + 1]);
         if (strcmp(argv[i], "pause") == 0) pause = atoi(argv[i + 1]);
     }
@@ -253,11 +271,14 @@ int main(int argc, char** argv) {
         } else {
             drawFrame(rebind, x);
         }
+        if (deleted && frame == 1) CALL(glDeleteProgram)(program);
         require(CALL(eglSwapBuffers)(display, surface), "eglSwapBuffers");
+        if (deleted) printf("left 0x%x\n", CALL(glGetError)());
         if (facts && frame == 1) printFacts(program);
         printf("frame %d\n", frame);
         fflush(stdout);
         usleep(static_cast<useconds_t>(pause) * 1000);
+        waitByPolling(limit);
     }
     return 0;
 }

@@ -139,6 +139,30 @@ class Scaling(Rig):
         self.assertEqual(drawn(frames[-1]), [(32, 24)])
 
 
+    def test_no_error_is_left_where_the_program_in_use_was_deleted(self) -> None:
+        out, _ = self.run_rig("--set", "FB0Factor=50", "--", *probe("linked"), "deleted")
+        self.assertEqual(re.findall("left (.*)", out), ["0x0"] * 3)
+
+    def test_the_last_frame_ends_the_program_without_its_handlers(self) -> None:
+        command = [*probe("linked"), "handler", "frames", "5"]
+        for option, frames, handled in (("--frames=2", 2, False), ("--frames=9", 5, True)):
+            stats, picture = self.path("s.json"), self.path("a.png")
+            out, _ = self.run_rig(option, "--stats", stats, "--capture", picture, "--frame", "2",
+                                  "--", *command)
+            self.assertEqual("exit handler" in out, handled)
+            with open(stats) as stream:
+                self.assertEqual(len(json.load(stream)["frames"]), frames)
+            os.remove(picture)
+
+    def test_statistics_are_those_of_one_process(self) -> None:
+        file, program = self.path("s.json"), " ".join(probe("linked"))
+        _, err = self.run_rig("--stats", file, "--", "sh", "-c",
+                              f"{program} frames 5; {program} frames 2")
+        self.assertIn("are not recorded", err)
+        with open(file) as stream:
+            self.assertEqual(len(json.load(stream)["frames"]), 5)
+
+
 class Counts(Rig):
     def counts(self, *arguments: str, code: int = 0) -> Any:
         file = self.path("count.json")

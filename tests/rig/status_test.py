@@ -3,6 +3,7 @@
 usage: status_test.py VESKO_RUN DIRECTORY_OF_THE_PROBES
 """
 import json
+import time
 from collections.abc import Sequence
 from typing import Any
 
@@ -73,11 +74,21 @@ class SteppedClock(Rig):
     def test_the_program_sees_equal_steps_and_equal_starts_in_every_run(self) -> None:
         first = self.times("--clock", f"step:{STEP}")
         self.assertEqual(first, self.times("--clock", f"step:{STEP}"))
-        for before, after in zip(first, first[1:]):
-            self.assertEqual([n - m for m, n in zip(before, after)][:3], [STEP] * 3)
+        # The probe sleeps a millisecond after each swap: all but the first frame begin
+        # with one, and the step covers it.
+        for step, before, after in zip((STEP + 1, STEP), first, first[1:]):
+            self.assertEqual([n - m for m, n in zip(before, after)][:3], [step] * 3)
         real = self.times()
         self.assertNotEqual(first[0], real[0])
         self.assertLess(real[-1][0] - real[0][0], 2 * STEP)
+
+    def test_a_program_that_sleeps_by_polling_moves_its_clock(self) -> None:
+        began = time.monotonic()
+        out, _ = self.run_rig("--clock", "step:5", "--", *probe("linked"), "clock", "limit", "20",
+                              "frames", "30")
+        steady = [int(line.split()[3]) for line in out.splitlines() if line.startswith("time ")]
+        self.assertEqual([b - a for a, b in zip(steady, steady[1:])][1:], [20] * 28)
+        self.assertLess(time.monotonic() - began, 15)  # a second a frame without
 
     def test_frame_times_stay_those_of_the_machine(self) -> None:
         file = self.path("stats.json")

@@ -1,14 +1,15 @@
 #include "rig/loader/frames/capture.h"
 
 #include <png.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "platform/loader/gl_constants.h"
+#include "rig/device/output_file.h"
 #include "rig/loader/thread/context_api.h"
 
 namespace rig {
@@ -110,17 +111,15 @@ bool captureWindow(const Driver& driver, void* display, void* surface, const std
     image.width = static_cast<png_uint_32>(picture.width);
     image.height = static_cast<png_uint_32>(picture.height);
     image.format = PNG_FORMAT_RGB;
-    const std::string unfinished = file + "." + std::to_string(getpid()) + ".new";
+    std::string bytes(PNG_IMAGE_PNG_SIZE_MAX(image), '\0');
+    png_alloc_size_t size = bytes.size();
     // A negative stride: the last row in memory is the top one.
-    if (!png_image_write_to_file(&image, unfinished.c_str(), 0, picture.rgb.data(),
-                                 -picture.width * 3, nullptr)) {
-        fprintf(stderr, "vesko-run: --capture %s: %s\n", file.c_str(), image.message);
-        unlink(unfinished.c_str());
-        return false;
-    }
-    if (rename(unfinished.c_str(), file.c_str()) == 0) return true;
-    fprintf(stderr, "vesko-run: --capture %s: %s\n", file.c_str(), strerror(errno));
-    unlink(unfinished.c_str());
+    const bool encoded = png_image_write_to_memory(&image, bytes.data(), &size, 0,
+                                                   picture.rgb.data(), -picture.width * 3, nullptr);
+    bytes.resize(encoded ? size : 0);
+    if (encoded && writeOutputFile(file, bytes)) return true;
+    fprintf(stderr, "vesko-run: --capture %s: %s\n", file.c_str(),
+            encoded ? strerror(errno) : image.message);
     return false;
 }
 

@@ -9,6 +9,8 @@
 #include <cstring>
 #include <utility>
 
+#include "rig/device/output_file.h"
+
 namespace rig {
 
 namespace {
@@ -91,24 +93,18 @@ bool StatisticsFile::claim() {
     return create();
 }
 
-// Beside the file first, so that one of an earlier run is replaced by a whole one.
 bool StatisticsFile::create() {
-    const std::string unfinished = file + "." + std::to_string(writer) + ".new";
-    const int descriptor =
-        open(unfinished.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC, 0666);
-    const bool done = descriptor >= 0 && writeAt(descriptor, pending + tail(), 0) &&
-                      rename(unfinished.c_str(), file.c_str()) == 0;
-    const int error = errno;
-    if (done) {
-        inode = inodeOf(descriptor);
-        end = static_cast<int64_t>(pending.size());
-        pending.clear();
-    } else {
-        if (descriptor >= 0) unlink(unfinished.c_str());
-        giveUp(strerror(error));
+    const bool written = writeOutputFile(file, pending + tail());
+    const int descriptor = written ? open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC) : -1;
+    if (descriptor < 0) {
+        giveUp(strerror(errno));
+        return false;
     }
-    if (descriptor >= 0) close(descriptor);
-    return done;
+    inode = inodeOf(descriptor);
+    close(descriptor);
+    end = static_cast<int64_t>(pending.size());
+    pending.clear();
+    return true;
 }
 
 void StatisticsFile::giveUp(const std::string& why) {

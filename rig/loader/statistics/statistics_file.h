@@ -22,7 +22,8 @@ public:
     // `outcome` may be null, when nobody asks what became of the file.
     StatisticsFile(std::string path, RunOutcome* outcome);
 
-    // Both take JSON texts: an object without frames, and then frame after frame.
+    // Both take JSON texts: an object of what is not frames (of something, not
+    // empty), and then frame after frame.
     // What is wrong with the file is said on standard error, once.
     void begin(const std::string& header);
     void add(const std::string& frame);
