@@ -81,6 +81,10 @@ Driver openDriver() {
     return driver;
 }
 
+std::string sizeText(Size size) {
+    return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
 Size surfaceSize(const Driver& driver, void* display, void* surface) {
     Size size;
     if (surface == EGL_NO_SURFACE) return size;

@@ -14,6 +14,8 @@ struct Size {
     int height = 0;
 };
 
+std::string sizeText(Size size);  // WIDTHxHEIGHT
+
 struct Driver {
     void* libEgl = nullptr;
     void* libGles2 = nullptr;

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <string>
 #include <thread>
 
 namespace rig {
@@ -11,23 +10,6 @@ namespace rig {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-std::string text(Size size) {
-    return std::to_string(size.width) + "x" + std::to_string(size.height);
-}
-
-std::string describe(const PluginState& s) {
-    const std::string why = whyNotScaled(s);
-    std::string line = "game " + std::string(gameName(s.game)) + " (" + s.process + "), context " +
-                       gameName(s.context) + ", window " + text(s.window);
-    if (s.game == android::ImplFactory::GENSHIN_IMPACT) {
-        return line + (why.empty() ? ", lowers internal sizes to " + text(s.render)
-                                   : ", lowers nothing: " + why);
-    }
-    line += ", renders " + text(s.render) + ", factor " + std::to_string(s.factor);
-    return line + (s.redirected ? ", redirected" : ", not redirected") +
-           (why.empty() ? "" : ": " + why);
-}
 
 }  // namespace
 

@@ -40,6 +40,9 @@ PluginState observePlugin(const Driver& driver, const Plugin& plugin, const Para
 // Empty where the plug-in scales; else one line.
 std::string whyNotScaled(const PluginState& state);
 
+// The line of --status, without the rate.
+std::string describe(const PluginState& state);
+
 const char* gameName(android::ImplFactory::GAME game);
 
 }  // namespace rig
