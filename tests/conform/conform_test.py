@@ -2,6 +2,7 @@
 
 usage: conform_test.py
 """
+import re
 import unittest
 from collections.abc import Mapping, Sequence
 from pathlib import Path
@@ -84,6 +85,13 @@ class Documentation(unittest.TestCase):
         self.assertNotIn("parameters GL_CURRENT_PROGRAM", every)
         with self.assertRaises(ValueError):
             state.documented("| `GL_X` | `1` | sometimes | why |", {"every"})
+
+    def test_the_manual_has_a_row_for_every_mode(self) -> None:
+        page = (state.LIMITS.parent / "conform.md").read_text(encoding="utf-8")
+        rows = re.findall(r"^\| `([\w-]+)`", page, re.M)
+        wanted = [modes.BASELINE, *modes.SAME, state.SCALED]
+        self.assertEqual(sorted(rows), sorted(mode.name for mode in wanted),
+                         "give each mode a row of the first table in docs/conform.md")
 
 
 # What the runs of a mode show, one after the other.

@@ -19,6 +19,7 @@ from tools.tune import profiles
 from tools.tune import settings as s
 from tools.tune.results import Comparison, Result
 from tools.tune.verdict import Verdict, judge
+from tools.tune.ways import WAYS
 
 ROOT = Path(__file__).resolve().parents[2]
 
@@ -45,7 +46,7 @@ def measured(similarity: Mapping[int, float], per_pixel: float = 12.0, constant:
 
 def verdict(results: Sequence[Result], minimum: float = 0.95, game: str = "sgame",
             noise: Comparison | None = None) -> Verdict:
-    return judge(results, noise, game, minimum)
+    return judge(results, noise, WAYS[game], minimum)
 
 
 def chosen(found: Verdict) -> s.Setting | None:
@@ -56,7 +57,7 @@ class Verdicts(unittest.TestCase):
     def test_the_lowest_factor_that_keeps_the_quality_is_recommended(self) -> None:
         found = verdict(measured({100: 1.0, 90: 0.99, 75: 0.96, 66: 0.94, 50: 0.951}))
         self.assertEqual(chosen(found), s.Setting(50))
-        self.assertEqual(found.node_text,
+        self.assertEqual(found.device.node,
                          "status:7#enable:1#FB0Factor:50#gameInternalFBOFactor:100#")
         self.assertEqual(chosen(verdict(measured({90: 0.99, 75: 0.96, 50: 0.9}))), s.Setting(75))
         two = [*measured({90: 0.99}), result(s.Setting(90, 70), 5, 0.97),
@@ -67,7 +68,7 @@ class Verdicts(unittest.TestCase):
         found = verdict(measured({100: 1.0, 90: 0.94, 50: 0.8}))
         self.assertIsNone(found.chosen)
         self.assertIn("the best is 90 with 0.940", found.headline)
-        self.assertIn("enable:0#", found.node_text)
+        self.assertIn("enable:0#", found.device.node)
         self.assertIn("nothing to recommend", verdict(measured({100: 1.0})).headline)
 
     def test_what_is_wrong_is_told_in_place_of_a_number(self) -> None:
@@ -100,10 +101,10 @@ class Verdicts(unittest.TestCase):
         self.assertIn("Too few factors", verdict(measured({90: 1.0})).pixels)
 
     def test_device_texts(self) -> None:
-        longest = s.node_text(s.Setting(100, 100))
+        longest = WAYS["sgame"].device_texts(s.Setting(100, 100)).node
         self.assertLessEqual(len(longest), 64)
         found = verdict(measured({75: 0.97}), game="genshin")
-        self.assertEqual((found.config_line, found.node_text), ("yuanshen 1080 486 0", ""))
+        self.assertEqual((found.device.config, found.device.node), ("yuanshen 1080 486 0", ""))
 
     def test_every_round_plays_all_and_none_is_favoured(self) -> None:
         settings = [s.NATIVE, s.Setting(90), s.Setting(50)]

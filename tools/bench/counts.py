@@ -10,11 +10,12 @@ from pathlib import Path
 from typing import Any
 
 from tools.common.errors import CannotRun
+from tools.common.games import GAMES
 from tools.common.processes import output
 
 # A game whose Impl overrides no GL entry. A program of this name is served by it, and
 # by the pass-through under its own name.
-GAME = "com.tencent.tmgp.pubgmhd"
+GAME = GAMES["pubgmhd"].package
 TRACE = re.compile(r"\[[0-9a-f]+/([0-9a-f]+)/")
 
 

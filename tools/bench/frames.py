@@ -7,11 +7,12 @@ from pathlib import Path
 from typing import Any
 
 from tools.bench.progress import say
+from tools.common.games import GAMES
 from tools.common.processes import output
 
 SIZES = ((1280, 720), (1080, 2400))
 FACTORS = (100, 90, 75, 50)
-GAME = "com.tencent.tmgp.sgame"
+GAME = GAMES["sgame"].package
 
 
 def measure_size(build: Path, width: int, height: int, rounds: int,

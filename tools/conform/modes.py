@@ -2,6 +2,8 @@
 
 from dataclasses import dataclass
 
+from tools.common.games import IDENTITIES
+
 
 @dataclass(frozen=True)
 class Mode:
@@ -14,13 +16,7 @@ class Mode:
 
 BASELINE = Mode("driver", ("--no-plugin", "--game", "none"), plugin=False)
 
-SAME: tuple[Mode, ...] = (
-    Mode("none", ("--game", "none")),
-    Mode("sgame-100", ("--game", "sgame", "--set", "FB0Factor=100")),
-    Mode("sgame-off", ("--game", "sgame", "--set", "FB0Factor=50", "--set", "enable=0")),
-    Mode("genshin", ("--game", "genshin")),
-    Mode("pubgmhd", ("--game", "pubgmhd")),
-)
+SAME = tuple(Mode(identity.name, identity.options) for identity in IDENTITIES)
 
 # These must show: a comparison that misses them proves nothing.
 CONTROL_SCALED = Mode("control-scaled", ("--game", "sgame", "--set", "FB0Factor=50"),

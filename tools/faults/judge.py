@@ -4,19 +4,13 @@ import filecmp
 import re
 from collections.abc import Iterator
 
+from tools.common.games import IDENTITIES
 from tools.faults import scenarios
 from tools.faults.rig import Rig, Run
 from tools.faults.scenarios import Scenario
 
 # The plug-in's lines; a failing target alone makes some 100 a frame.
 MOST_LINES_A_FRAME = 300
-IDENTITIES = {
-    "an ordinary process": ("--game", "none"),
-    "SGAME at 100 percent": ("--game", "sgame"),
-    "SGAME with scaling off": ("--game", "sgame", "--set", "FB0Factor=50", "--set", "enable=0"),
-    "PUBGMHD": ("--game", "pubgmhd"),
-    "Genshin Impact": ("--game", "genshin"),
-}
 
 
 def _frame_lines(run: Run, first: int, last: int | None = None) -> dict[int, str]:
@@ -95,14 +89,14 @@ def identical(rig: Rig, seed: int) -> Iterator[tuple[str, Run, list[str]]]:
         yield ("the driver alone", alone,
                [f"ended with {alone.ending}; errors: {errors[:2]}"])
         return
-    for name, options in IDENTITIES.items():
-        run = rig.run("random", options, arguments, "identity")
+    for identity in IDENTITIES:
+        run = rig.run("random", identity.options, arguments, "identity")
         served = any("QoGPUVeskoModeImpl init" in line for line in run.log)
         same = run.code == 0 and run.output == alone.output
-        yield name, run, ([] if same else ["the calls had other results"]) + (
+        yield identity.name, run, ([] if same else ["the calls had other results"]) + (
             [] if served else ["the plug-in was not in the calls' path"])
     scaled = rig.run("random", scenarios.SCALED, arguments, "scaled")
     errors = [line for line in scaled.output if " errors " in line]
     failed = scaled.code != 0 or bool(errors)
-    yield ("SGAME at 50 percent", scaled,
+    yield ("sgame-50", scaled,
            [f"ended with {scaled.ending}; errors: {errors[:2]}"] if failed else [])

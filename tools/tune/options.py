@@ -9,6 +9,7 @@ from typing import Any
 
 from tools.common import cli, sizes
 from tools.common.cli import DRIVERS, number
+from tools.tune.ways import WAYS
 
 DESCRIPTION = (
     "Runs a GLES program, or replays a trace of one, natively and at a list of scale factors, "
@@ -149,8 +150,8 @@ SETTINGS = (
     Option("min-ssim", "X", similarity, "0.95",
            "structural similarity that every compared picture must keep"),
     Option("size", "WxH", size, "", "size of the window; the program's own unless given"),
-    Option("game", "GAME", one_of("sgame", "genshin"), "sgame",
-           "whose tuning to try: sgame scales the window, genshin lowers internal sizes"),
+    Option("game", "GAME", one_of(*WAYS), "sgame", "whose tuning to try: " +
+           ", ".join(f"{game} {way.effect}" for game, way in WAYS.items())),
     Option("thread-name", "NAME", thread_name, "UnityGfx",
            "name given to threads that make a context current; '' gives none"),
     Option("driver", "DRIVER", one_of(*DRIVERS), "system",

@@ -37,8 +37,8 @@ def _answer(report: Report) -> str:
                "measured until then is shown.</p>")
     return f"""{partial}<section class="card" id="recommendation">
 <div class="answer"><div class="factor">{_e(factor)}</div><p>{_e(verdict.headline)}</p></div>
-{_device("node text", verdict.node_text, verdict.node_note)}
-{_device("configuration line", verdict.config_line, verdict.config_note)}
+{_device("node text", verdict.device.node, verdict.device.node_note)}
+{_device("configuration line", verdict.device.config, verdict.device.config_note)}
 {_paragraphs([verdict.pixels])}{_paragraphs(verdict.remarks + report.notes, "remark")}
 </section>"""
 

@@ -15,6 +15,7 @@ from tools.common.stats import Frame
 from tools.tune import settings as s
 from tools.tune.options import Options
 from tools.tune.settings import Setting
+from tools.tune.ways import WAYS
 
 # With fewer frames to measure there is nothing to tell.
 FEWEST_FRAMES = 3
@@ -122,6 +123,16 @@ class Player:
             f"were measured in place of {self.session.frames}.")
         self._count(left)
 
+    def _rig_options(self, setting: Setting) -> list[str]:
+        o = self._options
+        result = ["--driver", o.driver, "--display", o.display, "--clock", o.clock,
+                  "--thread-name", o.thread_name, "--game", o.game]
+        if o.size:
+            result += ["--size", o.size]
+        if setting.native:
+            return [*result, "--no-plugin"]
+        return result + WAYS[o.game].options(setting, self._folder)
+
     def _play(self, setting: Setting, number: int, progress: Watching) -> Run:
         session = self.session
         name = f"{setting.slug}-{number + 1}"
@@ -131,8 +142,8 @@ class Player:
         # Runs of a setting show the same, so its first one is enough.
         wanted = session.picture_frames if setting.native or number == 0 else []
         pictures = {frame: self._folder / f"{name}-frame-{frame}.png" for frame in wanted}
-        options = [*s.rig_options(setting, self._options, self._folder), "--frames", str(last),
-                   "--stats", str(file), *captures(pictures)]
+        options = [*self._rig_options(setting), "--frames", str(last), "--stats", str(file),
+                   *captures(pictures)]
         # The rig writes the statistics every other second. Frames that wait for the
         # screen would all take the same time.
         ended = self._launcher.play(options, session.command, self._folder / f"{name}.log",

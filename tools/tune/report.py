@@ -71,8 +71,8 @@ def noise_sentence(noise: Comparison | None) -> str:
 
 
 def device_lines(verdict: Verdict) -> str:
-    node = verdict.node_text or verdict.node_note
-    config = verdict.config_line or verdict.config_note
+    node = verdict.device.node or verdict.device.node_note
+    config = verdict.device.config or verdict.device.config_note
     return f"node text:          {node}\nconfiguration line: {config}"
 
 

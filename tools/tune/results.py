@@ -1,7 +1,6 @@
 """What the runs of each setting amount to."""
 
 import math
-from collections.abc import Sequence
 from dataclasses import dataclass, field
 from pathlib import Path
 
@@ -12,9 +11,9 @@ from PIL import Image
 from tools.common import measure
 from tools.common.measure import Picture
 from tools.common.sizes import Size, scaled
-from tools.common.stats import Frame
 from tools.tune import settings as s
 from tools.tune.player import Run, Session, milliseconds
+from tools.tune.ways import Way
 
 # Native pictures less alike than this are no measure for others.
 REPEATABLE = 0.999
@@ -116,38 +115,14 @@ def _noise(times: NDArray[np.float64]) -> float:
     return abs(halves[0] - halves[1]) / min(halves)
 
 
-def _render_size(setting: s.Setting, window: Size, game: str) -> Size:
-    if game == "genshin":
-        return s.target_size(setting)
-    return scaled(window, setting.factor)
-
-
-def _not_scaled(setting: s.Setting, last: Frame, render_size: Size, game: str,
-                natives: Sequence[Run]) -> str:
-    """The plug-in's own answer, then what the driver saw."""
-    if not setting.scales:
-        return ""
-    if game == "genshin":
-        if render_size in last.offscreen | last.textures:
-            return ""
-        return ("the program makes no texture storage and sets no viewport of 1440x648, 1280x576 "
-                "or 1080x486 that is wider than the target")
-    if setting.factor != 100 and last.why_not_scaled:
-        return last.why_not_scaled
-    if setting.hdr != 100 and scaled(last.window, setting.hdr) not in (
-            last.offscreen - natives[-1].frames[-1].offscreen):
-        return ("no framebuffer of the program was recognised as its high-precision one, so "
-                "gameInternalFBOFactor does nothing here")
-    return ""
-
-
-def evaluate(setting: s.Setting, session: Session, game: str, comparable: bool) -> Result:
+def evaluate(setting: s.Setting, session: Session, way: Way, comparable: bool) -> Result:
     runs, natives = session.runs[setting], session.runs[s.NATIVE]
     times = milliseconds(runs)
     frames = [f for run in runs for f in run.frames]
     last = frames[-1]
-    presented = setting.factor != 100 and game == "sgame" and not last.why_not_scaled
-    render_size = _render_size(setting, last.window, game)
+    native = natives[-1].frames[-1]
+    presented = way.presents(setting, last)
+    render_size = way.render_size(setting, last.window)
     target = [use for use in last.uses if use.size == render_size] if presented else []
     smallest = scaled(last.window, min(setting.factor, setting.hdr))
     blits = np.array([f.blit for f in frames])
@@ -160,9 +135,9 @@ def evaluate(setting: s.Setting, session: Session, game: str, comparable: bool) 
         blit=float(np.median(blits)) if presented else 0.0,
         blit_share=float(np.median(blits / times.ravel())) if presented else 0.0,
         window=last.window, render_size=render_size, drawn=sorted(last.offscreen, reverse=True),
-        not_scaled=_not_scaled(setting, last, render_size, game, natives),
+        not_scaled=way.why_not_scaled(setting, last, native) if setting.scales else "",
         draws=sum(u.draws for u in target),
-        wiped=max(sum(u.wiped for u in target) - natives[-1].frames[-1].window_wiped, 0),
+        wiped=max(sum(u.wiped for u in target) - native.window_wiped, 0),
         comparisons=_compare(runs[0], natives[0],
                              smallest if comparable and setting.scales else None))
 
@@ -180,9 +155,9 @@ def repeatable(found: Comparison | None) -> bool:
     return found is None or found.ssim >= REPEATABLE
 
 
-def evaluate_all(session: Session, game: str) -> list[Result]:
+def evaluate_all(session: Session, way: Way) -> list[Result]:
     """Results in the schedule's order; empty without a native run."""
     if s.NATIVE not in session.runs:
         return []
-    comparable = game == "sgame" and repeatable(noise(session))
-    return [evaluate(setting, session, game, comparable) for setting in session.runs]
+    comparable = way.scales_whole_picture and repeatable(noise(session))
+    return [evaluate(setting, session, way, comparable) for setting in session.runs]

@@ -2,13 +2,6 @@
 
 from collections.abc import Iterator, Sequence
 from dataclasses import dataclass
-from pathlib import Path
-
-from tools.common.sizes import Size, scaled
-from tools.tune.options import Options
-
-# The internal sizes that a Genshin Impact process lowers; the widest is 100 %.
-INTERNAL_SIZE = (1440, 648)
 
 
 @dataclass(frozen=True)
@@ -39,9 +32,8 @@ class Setting:
 NATIVE = Setting(native=True)
 
 
-def all_settings(options: Options) -> list[Setting]:
-    hdr = options.hdr_factors if options.game == "sgame" else [100]
-    return [NATIVE, *(Setting(f, h) for h in hdr for f in options.factors)]
+def all_settings(factors: Sequence[int], hdr_factors: Sequence[int]) -> list[Setting]:
+    return [NATIVE, *(Setting(f, h) for h in hdr_factors for f in factors)]
 
 
 def schedule(settings: Sequence[Setting], rounds: int) -> Iterator[tuple[int, Setting]]:
@@ -50,37 +42,3 @@ def schedule(settings: Sequence[Setting], rounds: int) -> Iterator[tuple[int, Se
     for number in range(rounds):
         for setting in settings if number % 2 == 0 else reversed(settings):
             yield number, setting
-
-
-def target_size(setting: Setting) -> Size:
-    """What internal sizes become for Genshin Impact."""
-    return scaled(INTERNAL_SIZE, setting.factor)
-
-
-def rig_options(setting: Setting, options: Options, folder: Path) -> list[str]:
-    """The launcher's options for the setting; may write a file into the folder."""
-    result = ["--driver", options.driver, "--display", options.display, "--clock", options.clock,
-              "--thread-name", options.thread_name, "--game", options.game]
-    if options.size:
-        result += ["--size", options.size]
-    if setting.native:
-        return [*result, "--no-plugin"]
-    if options.game == "genshin":
-        config = folder / f"qogl-{setting.slug}"
-        config.write_text(config_line(setting) + "\n", encoding="ascii")
-        return [*result, "--config", str(config)]
-    result += ["--set", f"FB0Factor={setting.factor}",
-               "--set", f"gameInternalFBOFactor={setting.hdr}"]
-    # Desktop drivers never let the plug-in recognise the framebuffer otherwise.
-    return [*result, "--quirk", "attachment-sizes"] if setting.hdr != 100 else result
-
-
-def node_text(setting: Setting) -> str:
-    enable = 1 if setting.scales else 0
-    return (f"status:7#enable:{enable}#FB0Factor:{setting.factor}#"
-            f"gameInternalFBOFactor:{setting.hdr}#")
-
-
-def config_line(setting: Setting) -> str:
-    width, height = target_size(setting)
-    return f"yuanshen {width} {height} 0"

@@ -15,6 +15,7 @@ from tools.tune.player import Player, Session
 from tools.tune.progress import Progress
 from tools.tune.results import evaluate_all, noise
 from tools.tune.verdict import judge
+from tools.tune.ways import WAYS
 
 
 def prepare(arguments: Sequence[str]) -> tuple[Options, list[str], Path]:
@@ -23,9 +24,9 @@ def prepare(arguments: Sequence[str]) -> tuple[Options, list[str], Path]:
     if options.profile:
         command = profiles.load(options.profile, options, command)
     o.complete(options)
-    if options.game == "genshin" and options.hdr_factors != [100]:
-        raise Refused("--hdr-factors: Genshin Impact has no such factor; leave it out, or use "
-                      "--game sgame")
+    if not WAYS[options.game].has_hdr and options.hdr_factors != [100]:
+        raise Refused(f"--hdr-factors: --game {options.game} has no such factor; leave it out, or "
+                      "name another game")
     given = list(command)
     command = programs.command_for(options, command)
     out = options.out or Path(time.strftime("tune-%Y-%m-%d-%H%M%S"))
@@ -36,7 +37,8 @@ def prepare(arguments: Sequence[str]) -> tuple[Options, list[str], Path]:
 
 
 def make_report(options: Options, out: Path, session: Session) -> r.Report:
-    measured = evaluate_all(session, options.game)
+    way = WAYS[options.game]
+    measured = evaluate_all(session, way)
     found = noise(session)
     kept = {option.name: getattr(options, option.key) for option in o.SETTINGS}
     kept["frames"], kept["size"] = session.frames, kept["size"] or "the program's own"
@@ -47,7 +49,7 @@ def make_report(options: Options, out: Path, session: Session) -> r.Report:
                      "the size, with {width} and {height} for the numbers.")
     return r.Report(out, " ".join(session.command), session.command, kept,
                     r.machine_record(machine.describe()), session.driver, measured, found,
-                    judge(measured, found, options.game, options.min_ssim), notes,
+                    judge(measured, found, way, options.min_ssim), notes,
                     session.complete)
 
 
@@ -61,8 +63,9 @@ def measure(options: Options, command: list[str], out: Path) -> tuple[Session, b
     """Plays the schedule; true where it was interrupted."""
     player = Player(options, command, out)
     progress = Progress(options.timeout)
+    schedule = settings.all_settings(options.factors, options.hdr_factors)
     try:
-        return player.play(settings.all_settings(options), progress), False
+        return player.play(schedule, progress), False
     except KeyboardInterrupt:
         return player.session, True
     finally:

@@ -10,6 +10,7 @@ from scipy.optimize import nnls
 from tools.common.sizes import text_size
 from tools.tune import settings as s
 from tools.tune.results import Comparison, Result, repeatable
+from tools.tune.ways import DeviceTexts, Way
 
 # The part of the frame's time that half the window's pixels must save before
 # the program counts as limited by them, and before it counts as hardly so.
@@ -42,15 +43,12 @@ class Fit:
 
 @dataclass
 class Verdict:
+    device: DeviceTexts
     chosen: Result | None = None
     headline: str = ""
     pixels: str = ""
     fit: Fit | None = None
     remarks: list[str] = field(default_factory=list)
-    node_text: str = ""
-    config_line: str = ""
-    node_note: str = ""
-    config_note: str = ""
 
 
 def fit_pixels(results: Sequence[Result]) -> Fit | None:
@@ -101,20 +99,16 @@ def _pixels(result: Result) -> int:
     return result.setting.factor ** 2 + result.setting.hdr ** 2
 
 
-def _cause(result: Result, game: str) -> str:
+def _cause(result: Result, way: Way) -> str:
     """What may have made a scaled picture wrong, as a sentence."""
     if result.wiped:
         return (f"{result.wiped} of the {result.draws} draws to the window are wiped again within "
                 "the frame: the program binds the window several times a frame, and each time the "
                 "plug-in clears the scaled target. A game that does this cannot be scaled")
-    if game == "genshin":
-        return "The program does not expect textures of another size than it asked for"
-    return ("The program may count on state that does not survive a presented frame: the clear "
-            "colour, vertex arrays, buffers or textures that it sets up once (docs/rig.md, "
-            "Limits). Compare the pictures")
+    return way.suspicion
 
 
-def _explain_failures(results: Sequence[Result], game: str) -> list[str]:
+def _explain_failures(results: Sequence[Result], way: Way) -> list[str]:
     scaled = [r for r in results if r.setting.scales]
     idle = [r for r in scaled if r.not_scaled]
     wrong = [r for r in scaled if r.drawn_wrongly and not r.not_scaled]
@@ -128,7 +122,7 @@ def _explain_failures(results: Sequence[Result], game: str) -> list[str]:
         remarks.append(
             f"Drawn wrongly at {which}: at {lost.setting.title} the picture keeps an SSIM of "
             f"{lost.ssim:.3f} where the resolution alone would leave {lost.resized_ssim:.3f}. "
-            f"{_cause(lost, game)}.")
+            f"{_cause(lost, way)}.")
     return remarks
 
 
@@ -163,9 +157,9 @@ def _headline(chosen: Result | None, results: Sequence[Result], minimum: float) 
             f"with {best.ssim:.3f}. Leave scaling off, or lower --min-ssim.")
 
 
-def _own_drawing(results: Sequence[Result], game: str) -> list[str]:
+def _own_drawing(results: Sequence[Result], way: Way) -> list[str]:
     native = results[0]
-    if game != "sgame" or not native.drawn:
+    if not way.has_hdr or not native.drawn:
         return []
     sizes = ", ".join(text_size(size) for size in native.drawn)
     return [f"The program also draws to framebuffers of its own ({sizes}). FB0Factor scales only "
@@ -173,24 +167,11 @@ def _own_drawing(results: Sequence[Result], game: str) -> list[str]:
             "framebuffer."]
 
 
-def _device_texts(verdict: Verdict, game: str) -> None:
-    setting = verdict.chosen.setting if verdict.chosen else s.Setting()
-    if game == "genshin":
-        verdict.config_line = s.config_line(setting)
-        verdict.config_note = "the line of /data/system/vkd/qogl"
-        verdict.node_note = "none: Genshin Impact reads no node"
-        return
-    verdict.node_text = s.node_text(setting)
-    verdict.node_note = "to be written by the kernel into its game parameter node"
-    verdict.config_note = ("none: this game reads no file; only Genshin Impact does "
-                           "(--game genshin)")
-
-
-def judge(results: Sequence[Result], noise: Comparison | None, game: str,
+def judge(results: Sequence[Result], noise: Comparison | None, way: Way,
           minimum: float) -> Verdict:
     """What follows from the results, of which the native one is the first, where every
     picture must keep an SSIM of `minimum`."""
-    verdict = Verdict(fit=fit_pixels(results))
+    verdict = Verdict(way.device_texts(s.Setting()), fit=fit_pixels(results))
     trusted = repeatable(noise)
     keeping = [r for r in results if _keeps(r, minimum)]
     if trusted and keeping:
@@ -204,6 +185,7 @@ def judge(results: Sequence[Result], noise: Comparison | None, game: str,
             "--clock step:16.667 makes programs repeatable that animate by time; a recording "
             "(--trace) always is.")
     verdict.pixels = judge_pixels(verdict.fit, results)
-    verdict.remarks += _explain_failures(results, game) + _own_drawing(results, game)
-    _device_texts(verdict, game)
+    verdict.remarks += _explain_failures(results, way) + _own_drawing(results, way)
+    if verdict.chosen:
+        verdict.device = way.device_texts(verdict.chosen.setting)
     return verdict

@@ -1,0 +1,135 @@
+"""The ways in which a game's frames can be scaled: what the rig is told for a setting,
+what that does to a frame, and what the device is told in the end."""
+
+from abc import ABC, abstractmethod
+from dataclasses import dataclass
+from pathlib import Path
+
+from tools.common import games
+from tools.common.sizes import Size, scaled
+from tools.common.stats import Frame
+from tools.tune.settings import Setting
+
+
+@dataclass(frozen=True)
+class DeviceTexts:
+    """What to write on the device; a text is empty where there is none, the note says why."""
+
+    node: str
+    node_note: str
+    config: str
+    config_note: str
+
+
+class Way(ABC):
+    # In a few words, for the help.
+    effect: str
+    # Whether gameInternalFBOFactor has an effect.
+    has_hdr: bool
+    # Whether a scaled picture should look like the native one resized.
+    scales_whole_picture: bool
+    # Why a picture may be wrong where the rig saw no cause.
+    suspicion: str
+
+    @abstractmethod
+    def options(self, setting: Setting, folder: Path) -> list[str]:
+        """The launcher's options for the setting; may write a file into the folder."""
+
+    @abstractmethod
+    def render_size(self, setting: Setting, window: Size) -> Size:
+        ...
+
+    @abstractmethod
+    def presents(self, setting: Setting, frame: Frame) -> bool:
+        """Whether the plug-in blits the frame to the window."""
+
+    @abstractmethod
+    def why_not_scaled(self, setting: Setting, frame: Frame, native: Frame) -> str:
+        """Empty where the frame shows that the setting did what it is for."""
+
+    @abstractmethod
+    def device_texts(self, setting: Setting) -> DeviceTexts:
+        ...
+
+
+class Window(Way):
+    """FB0Factor scales what is drawn to the window."""
+
+    effect = "scales the window"
+    has_hdr = True
+    scales_whole_picture = True
+    suspicion = ("The program may count on state that does not survive a presented frame: the "
+                 "clear colour, vertex arrays, buffers or textures that it sets up once "
+                 "(docs/rig.md, Limits). Compare the pictures")
+
+    def options(self, setting: Setting, folder: Path) -> list[str]:
+        result = ["--set", f"FB0Factor={setting.factor}",
+                  "--set", f"gameInternalFBOFactor={setting.hdr}"]
+        # Desktop drivers never let the plug-in recognise the framebuffer otherwise.
+        return [*result, "--quirk", "attachment-sizes"] if setting.hdr != 100 else result
+
+    def render_size(self, setting: Setting, window: Size) -> Size:
+        return scaled(window, setting.factor)
+
+    def presents(self, setting: Setting, frame: Frame) -> bool:
+        return setting.factor != 100 and not frame.why_not_scaled
+
+    def why_not_scaled(self, setting: Setting, frame: Frame, native: Frame) -> str:
+        """The plug-in's own answer, then what the driver saw."""
+        if setting.factor != 100 and frame.why_not_scaled:
+            return frame.why_not_scaled
+        if setting.hdr != 100 and scaled(frame.window, setting.hdr) not in (
+                frame.offscreen - native.offscreen):
+            return ("no framebuffer of the program was recognised as its high-precision one, so "
+                    "gameInternalFBOFactor does nothing here")
+        return ""
+
+    def device_texts(self, setting: Setting) -> DeviceTexts:
+        enable = 1 if setting.scales else 0
+        return DeviceTexts(
+            f"status:7#enable:{enable}#FB0Factor:{setting.factor}#"
+            f"gameInternalFBOFactor:{setting.hdr}#",
+            "to be written by the kernel into its game parameter node", "",
+            "none: this game reads no file; only Genshin Impact does (--game genshin)")
+
+
+class InternalSizes(Way):
+    """A line of the configuration file lowers sizes that the game asks for."""
+
+    WIDEST = (1440, 648)  # stands for 100 %
+    effect = "lowers internal sizes"
+    has_hdr = False
+    scales_whole_picture = False
+    suspicion = "The program does not expect textures of another size than it asked for"
+
+    def options(self, setting: Setting, folder: Path) -> list[str]:
+        config = folder / f"qogl-{setting.slug}"
+        config.write_text(self._line(setting) + "\n", encoding="ascii")
+        return ["--config", str(config)]
+
+    def render_size(self, setting: Setting, window: Size) -> Size:
+        return scaled(self.WIDEST, setting.factor)
+
+    def presents(self, setting: Setting, frame: Frame) -> bool:
+        return False
+
+    def why_not_scaled(self, setting: Setting, frame: Frame, native: Frame) -> str:
+        if self.render_size(setting, frame.window) in frame.offscreen | frame.textures:
+            return ""
+        return ("the program makes no texture storage and sets no viewport of 1440x648, 1280x576 "
+                "or 1080x486 that is wider than the target")
+
+    def device_texts(self, setting: Setting) -> DeviceTexts:
+        return DeviceTexts("", "none: Genshin Impact reads no node", self._line(setting),
+                           "the line of /data/system/vkd/qogl")
+
+    def _line(self, setting: Setting) -> str:
+        width, height = scaled(self.WIDEST, setting.factor)
+        return f"yuanshen {width} {height} 0"
+
+
+# By the name of the game; the other games scale nothing.
+WAYS: dict[str, Way] = {
+    **{name: Window() for name in games.SCALES_WINDOW},
+    **{name: InternalSizes() for name in games.LOWERS_SIZES},
+}
