@@ -73,6 +73,7 @@ protected:
     }
 
     void start(MonitorThread& monitor) {
+        host::takeLog();  // an earlier monitor's lines would end the wait too soon
         monitor.start();
         ASSERT_TRUE(host::waitForLog("D EGL_MONITOR ready to poll data"));
         // The thread gives the parameters their defaults, after start has.
