@@ -19,7 +19,6 @@ namespace {
 constexpr size_t kTextMax = 64;  // the kernel's limit for a domain name
 constexpr size_t kNameMax = 40;
 constexpr int kFactorMax = 400;
-constexpr useconds_t kTextSpacing = 20000;
 
 [[noreturn]] void fail(const std::string& what) {
     throw std::runtime_error(what + ": " + strerror(errno));
@@ -188,7 +187,6 @@ void ParameterNode::writeAll() {
     bool written = true;
     for (size_t i = 0; !writeText(i, &written).empty(); ++i) {
         if (!written) fail("cannot write the parameter node");
-        usleep(kTextSpacing);
     }
 }
 

@@ -55,7 +55,7 @@ public:
     // holds; empty where there is no such text. False in *written (which may be
     // null) when the kernel refused.
     std::vector<Parameter> writeText(size_t index, bool* written = nullptr);
-    // All texts, spaced so that a monitor can read each. Throws
+    // All texts, one right after the other: before anybody monitors the node. Throws
     // std::runtime_error when the kernel refuses.
     void writeAll();
 

@@ -1,44 +1,46 @@
 #include "rig/run/launch.h"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/mman.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <stdexcept>
 
+#include "rig/run/control.h"
+#include "rig/run/display.h"
 #include "rig/run/exit_codes.h"
+#include "rig/run/paths.h"
 #include "rig/run/sandbox.h"
+#include "rig/run/signals.h"
 #include "rig/run/supervise.h"
 
 namespace rig {
 
 namespace {
 
-volatile sig_atomic_t supervisor;
+using namespace std::chrono_literals;
 
-// A signal from the terminal reaches the whole foreground group by itself.
-void passOn(int signal, siginfo_t* info, void*) {
-    if (info->si_code != SI_KERNEL && supervisor > 0) kill(supervisor, signal);
+// Longer than the supervisor's own, which it backs up.
+constexpr auto kGracePeriod = 5000ms;
+
+[[noreturn]] void fail(const char* what) {
+    throw std::runtime_error(std::string(what) + ": " + strerror(errno));
 }
 
-void handleSignals() {
-    struct sigaction action = {};
-    action.sa_sigaction = passOn;
-    action.sa_flags = SA_SIGINFO | SA_RESTART;
-    for (const int signal : kForwardedSignals) sigaction(signal, &action, nullptr);
-}
-
-// bubblewrap would die of these and take the program with it; the supervisor
+// bubblewrap would die of the signals and take the program with it; the supervisor
 // inside decides what becomes of them.
-[[noreturn]] void becomeBubblewrap(const std::vector<std::string>& arguments) {
-    for (const int signal : kForwardedSignals) ::signal(signal, SIG_IGN);
+[[noreturn]] void become(const std::vector<std::string>& arguments, const SignalQueue& signals) {
+    signals.restore(SIG_IGN);
     std::vector<char*> argv;
-    for (const std::string& argument : arguments)
+    for (const std::string& argument : arguments) {
         argv.push_back(const_cast<char*>(argument.c_str()));
+    }
     argv.push_back(nullptr);
     execvp(argv[0], argv.data());
     fprintf(stderr, "vesko-run: cannot run bwrap: %s; install the package bubblewrap\n",
@@ -46,62 +48,142 @@ void handleSignals() {
     _exit(kExitNotFound);
 }
 
-std::string ownPath() {
-    char path[4096] = {};
-    const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
-    return length > 0 ? path : "vesko-run";
-}
-
-// Zero where the supervisor never came to life.
-pid_t readSupervisor(int descriptor) {
-    pid_t pid = 0;
-    ssize_t got = 0;
-    do {
-        got = read(descriptor, &pid, sizeof pid);
-    } while (got < 0 && errno == EINTR);
-    close(descriptor);
-    return got == sizeof pid ? pid : 0;
-}
-
-int waitFor(pid_t child) {
-    int status = 0;
-    while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+// Some containers allow namespaces but no new /proc, which processes of their own
+// need.
+bool processesCanBeOwn(const SignalQueue& signals) {
+    const pid_t child = fork();
+    if (child == 0) {
+        const int nowhere = open("/dev/null", O_RDWR);
+        dup2(nowhere, STDOUT_FILENO);
+        dup2(nowhere, STDERR_FILENO);
+        become(processNamespaceTrial(), signals);
     }
-    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+    int status = 1;
+    while (child > 0 && waitpid(child, &status, 0) < 0 && errno == EINTR) {
+    }
+    return status == 0;
+}
+
+// The supervisor and the namespaces around it, seen from outside.
+class Inside {
+public:
+    Inside(const Plan& plan, const SignalQueue& signalQueue);
+    Inside(const Inside&) = delete;
+    ~Inside() { close(control); }
+
+    // The exit code.
+    int wait();
+    bool hasCome() const { return ready; }
+
+private:
+    void passSignalsOn();
+    void readControl();
+
+    const SignalQueue& signals;
+    pid_t child = -1;
+    int control = -1;
+    bool ready = false;  // the supervisor gets the terminal's signals itself
+    bool gone = false;
+    Escalation escalation{kGracePeriod};
+};
+
+Inside::Inside(const Plan& plan, const SignalQueue& signalQueue) : signals(signalQueue) {
+    const std::string text = toJson(plan);
+    const int planFile = memfd_create("plan", 0);
+    if (planFile < 0 ||
+        write(planFile, text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+        fail("cannot hand over the plan");
+    }
+    int ends[2];
+    if (socketpair(AF_UNIX, SOCK_STREAM, 0, ends) != 0) fail("socketpair");
+    control = ends[0];
+    fcntl(control, F_SETFD, FD_CLOEXEC);
+    std::vector<std::string> arguments =
+        sandboxArguments(plan.launch.configFile, processesCanBeOwn(signals));
+    for (const std::string& argument :
+         {std::string("--"), ownPath(), std::string(kSuperviseArgument), std::to_string(ends[1]),
+          std::to_string(planFile)}) {
+        arguments.push_back(argument);
+    }
+    child = fork();
+    if (child == 0) become(arguments, signals);
+    close(ends[1]);
+    close(planFile);
+    if (child < 0) fail("fork");
+}
+
+void Inside::passSignalsOn() {
+    while (const auto signal = signals.take()) {
+        if (signal->number == SIGCHLD) continue;
+        escalation.note(signal->number);
+        const bool getsItItself = signal->fromTerminal && ready;
+        if (!getsItItself) sendControl(control, static_cast<unsigned char>(signal->number));
+    }
+}
+
+void Inside::readControl() {
+    while (receiveControl(control, gone)) {
+        passSignalsOn();
+        ready = true;
+        sendControl(control, kReady);
+    }
+}
+
+int Inside::wait() {
+    for (;;) {
+        int status = 0;
+        if (waitpid(child, &status, WNOHANG) == child) {
+            return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+        }
+        if (escalation.due()) kill(child, SIGKILL);
+        pollfd sources[] = {{signals.descriptor(), POLLIN, 0}, {gone ? -1 : control, POLLIN, 0}};
+        poll(sources, 2, escalation.due() ? -1 : millisecondsUntil({escalation.when()}));
+        passSignalsOn();
+        if (!gone) readControl();
+    }
+}
+
+// Without them the program would run on the system's own, unnoticed.
+void findOwnLibraries() {
+    for (const char* name : {"libEGL.so.1", "libGLESv2.so.2", "libGLESv1_CM.so.1", "libveskorig.so",
+                             "libveskodevice.so", "libveskoclock.so"}) {
+        const std::string file = rigDirectory() + "/" + name;
+        if (access(file.c_str(), R_OK) != 0) {
+            throw std::runtime_error("the rig's library " + file +
+                                     " is missing; ./dev build makes it");
+        }
+    }
+}
+
+int run(Plan plan) {
+    findOwnLibraries();
+    const SignalQueue signals;
+    const Display display(plan.launch.display, signals);
+    plan.displayAuthority = display.authority();
+    Inside inside(plan, signals);
+    const int exitCode = inside.wait();
+    if (inside.hasCome()) return exitCode;
+    if (exitCode != kExitNotFound) {  // there is a bwrap
+        fprintf(stderr,
+                "vesko-run: the private namespaces could not be made (bubblewrap says why above). "
+                "Run it as root, or let users make namespaces: sysctl "
+                "kernel.unprivileged_userns_clone=1; in a container, the container must be allowed "
+                "to mount\n");
+    }
+    return kExitDevice;
 }
 
 }  // namespace
 
-int launch(const Plan& plan) {
-    int report[2];
-    if (pipe(report) != 0) {
-        perror("vesko-run: pipe");
+int launch(Plan plan) {
+    try {
+        return run(std::move(plan));
+    } catch (const EndedEarly& ended) {
+        return 128 + ended.signal;
+    } catch (const std::exception& error) {
+        fprintf(stderr, "vesko-run: %s\n", error.what());
         return kExitDevice;
     }
-    fcntl(report[0], F_SETFD, FD_CLOEXEC);
-    std::vector<std::string> arguments = sandboxArguments(plan.launch.configFile);
-    for (const std::string& argument :
-         {std::string("--"), ownPath(), std::string(kSuperviseArgument), std::to_string(report[1])})
-        arguments.push_back(argument);
-    setenv(kPlanVariable, toJson(plan).c_str(), 1);
-
-    handleSignals();
-    const pid_t child = fork();
-    if (child == 0) becomeBubblewrap(arguments);
-    close(report[1]);
-    if (child < 0) {
-        perror("vesko-run: fork");
-        return kExitDevice;
-    }
-    supervisor = readSupervisor(report[0]);
-    const int exitCode = waitFor(child);
-    if (supervisor > 0) return exitCode;
-    if (exitCode == kExitNotFound) return kExitDevice;  // there is no bwrap
-    fprintf(stderr,
-            "vesko-run: the private namespaces could not be made (bubblewrap says why above). Run "
-            "it as root, or let users make namespaces: sysctl kernel.unprivileged_userns_clone=1; "
-            "in a container, the container must be allowed to mount\n");
-    return kExitDevice;
 }
 
 }  // namespace rig

@@ -20,8 +20,8 @@ static void from_json(const json& in, LaunchSettings& launch) {
 #include "rig/device/options.in"
 }
 
-NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Plan, settings, launch, environment, program, processName,
-                                   arguments)
+NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Plan, settings, launch, environment, displayAuthority, program,
+                                   processName, arguments)
 
 std::string toJson(const Plan& plan) { return textFromJson(plan); }
 

@@ -23,6 +23,7 @@ struct Plan {
     Settings settings;  // for the loader inside the program
     LaunchSettings launch;
     std::vector<EnvironmentChange> environment;
+    std::string displayAuthority;        // what XAUTHORITY's file is to hold; empty: nothing new
     std::string program;                 // absolute
     std::string processName;             // the program's argv[0]
     std::vector<std::string> arguments;  // without argv[0]

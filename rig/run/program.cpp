@@ -49,13 +49,6 @@ bool isScript(const std::string& file) {
 
 }  // namespace
 
-std::string absolutePath(const std::string& path) {
-    if (path[0] == '/') return path;
-    char directory[PATH_MAX];
-    if (getcwd(directory, sizeof directory) == nullptr) return path;
-    return std::string(directory) + "/" + path;
-}
-
 int chooseProgram(const std::vector<std::string>& command, Plan& plan) {
     if (command.empty()) {
         fprintf(stderr,

@@ -64,18 +64,37 @@ void makeRoom(Arguments& arguments, const std::string& directory, const std::str
     closedir(entries);
 }
 
+void addUser(Arguments& arguments) {
+    if (geteuid() != 0) add(arguments, {"--unshare-user"});
+}
+
+// The first process of the namespace ends with bubblewrap, and all others with it.
+// Without the namespace it must be able to end the others itself, when it sees that
+// the launcher is gone.
+void addProcesses(Arguments& arguments) {
+    add(arguments, {"--die-with-parent", "--unshare-pid", "--as-pid-1", "--proc", "/proc"});
+}
+
 }  // namespace
 
-std::vector<std::string> sandboxArguments(const std::string& configFile) {
-    Arguments arguments = {"bwrap", "--die-with-parent", "--unshare-uts", "--cap-add",
-                           "CAP_SYS_ADMIN"};
-    if (geteuid() != 0) add(arguments, {"--unshare-user"});
+std::vector<std::string> processNamespaceTrial() {
+    Arguments arguments = {"bwrap", "--dev-bind", "/", "/"};
+    addUser(arguments);
+    addProcesses(arguments);
+    add(arguments, {"--", "/proc/self/exe", "--version"});  // bubblewrap once more
+    return arguments;
+}
+
+std::vector<std::string> sandboxArguments(const std::string& configFile, bool ownProcesses) {
+    Arguments arguments = {"bwrap", "--unshare-uts", "--cap-add", "CAP_SYS_ADMIN"};
+    addUser(arguments);
     for (const Room& room : kRooms) {
         if (isDirectory(room.folder)) makeRoom(arguments, room.folder, room.content);
     }
     add(arguments, {"--dir", "/data/system/vkd", "--dir", kPrivateDirectory});
     if (!configFile.empty()) add(arguments, {"--ro-bind", configFile, android::kGameConfigPath});
     add(arguments, {"--dev-bind", kNodeSource, android::kParameterNodePath});
+    if (ownProcesses) addProcesses(arguments);
     return arguments;
 }
 

@@ -1,20 +1,14 @@
-// The launcher's inner half, inside the namespaces: owns the parameter node,
-// the private display and the program.
+// The launcher's inner half, inside the namespaces: owns the parameter node and the
+// program.
 #pragma once
-
-#include <csignal>
 
 namespace rig {
 
-// How the outer half starts the inner one: this argument, then the number of
-// the descriptor on which it reports its process id; the plan is in the
-// environment.
+// How the outer half starts the inner one: this argument, then the numbers of two
+// descriptors, the control socket and the file with the plan.
 constexpr char kSuperviseArgument[] = "--inside-the-namespaces";
-constexpr char kPlanVariable[] = "VESKO_RUN_PLAN";
 
-constexpr int kForwardedSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGUSR1, SIGUSR2};
-
-// Returns the exit code.
-int supervise(int reportDescriptor);
+// Returns the exit code. Every process below this one has ended then.
+int supervise(int control, int planFile);
 
 }  // namespace rig
