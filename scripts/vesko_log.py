@@ -69,7 +69,8 @@ class Process:
     enabled: bool = False
     lowered: tuple[int, int] | None = None
     config_failed: bool = False
-    target: tuple[int, int, float] | None = None  # width, height, factor
+    target: tuple[int, int, float] = (0, 0, 0.0)  # width, height, factor
+    targeted: bool = False  # there has been one
     made: bool = False
     presented: bool = False
     failure: str = ""       # why there is no target, or nothing to see of it
@@ -120,6 +121,7 @@ class Process:
     def take_renderer(self, text: str) -> None:
         if found := re.search(r": fbo factor=(-?[\d.]+) width=(-?\d+) height=(-?\d+)", text):
             self.target = int(found[2]), int(found[3]), float(found[1])
+            self.targeted = True
             self.made = self.presented = False
             self.failure = ""
         elif ": create a new rbo target(" in text:
@@ -143,7 +145,7 @@ class Process:
             return GAMES.get(self.name, "none")
         if self.lowered or self.config_failed:
             return "genshin"
-        if self.target:
+        if self.targeted:
             return "sgame"
         return "sgame or pubgmhd" if self.monitored else "none"
 
@@ -167,7 +169,7 @@ class Process:
             return "this game passes through by design"
         if self.game == "genshin":
             return self.why_not_lowered()
-        if not self.monitored and not self.target:
+        if not self.monitored and not self.targeted:
             return "no thread named exactly 'UnityGfx' has called EGL"
         return self.why_not_switched_on() or self.why_not_presented()
 
@@ -182,7 +184,7 @@ class Process:
         return ""
 
     def why_not_switched_on(self) -> str:
-        if self.target and (self.made or self.failure):
+        if self.targeted and (self.made or self.failure):
             return ""
         if self.node_failure and not self.values:
             return self.node_failure
@@ -212,7 +214,7 @@ class Process:
             width, height = self.lowered or (0, 0)
             line += f", lowers nothing: {why}" if why else (
                 f", context genshin, lowers internal sizes to {width}x{height}")
-        elif self.target and self.made:
+        elif self.targeted and self.made:
             width, height, factor = self.target
             line += (f", context sgame, window {full_size(width, factor)}x"
                      f"{full_size(height, factor)}, renders {width}x{height}, factor "

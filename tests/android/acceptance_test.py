@@ -1,7 +1,6 @@
-#!/usr/bin/env python3
 """scripts/device-acceptance against stand_in_adb.py, as a good and as bad devices.
 
-usage: acceptance_test.py SOURCE_DIR SHARED_LIBRARY
+usage: acceptance_test.py SHARED_LIBRARY
 """
 import json
 import os
@@ -11,11 +10,13 @@ import sys
 import tempfile
 import unittest
 from pathlib import Path
+from typing import Any
 
-import stand_in_adb
-from stand_in_adb import GAMES, LIBRARY, NODE
+from tests.android import stand_in_adb
+from tests.android.stand_in_adb import GAMES, LIBRARY, NODE
 
-SOURCE = TWIN = None
+SOURCE = Path(__file__).resolve().parents[2]
+TWIN = Path(sys.argv.pop(1)).resolve()
 PACKAGED = "u:object_r:sysfs:s0"
 # What is wrong: the value's place in the device, the value, the property that must
 # fail, and a word of the line.
@@ -57,23 +58,24 @@ BAD = [
 
 
 class Acceptance(unittest.TestCase):
-    def setUp(self):
+    def setUp(self) -> None:
         directory = tempfile.TemporaryDirectory()
         self.addCleanup(directory.cleanup)
         self.directory = Path(directory.name)
         # The library that is pulled is this machine's own, so what looks at it is
         # replaced: it accepts that one file.
-        for name in ("device-acceptance", "vesko_log.py"):
+        for name in ("device-acceptance", "device_acceptance.py", "vesko_log.py"):
             shutil.copy(SOURCE / "scripts" / name, self.directory)
         checker = self.directory / "check-library"
         checker.write_text(f"#!/bin/sh\ncmp -s \"$2\" '{TWIN}' || "
                            "{ echo 'FAILED stripped size: other'; exit 1; }\n")
         checker.chmod(0o755)
 
-    def accept(self, *arguments, place="", value=None):
+    def accept(self, *arguments: str | Path, place: str = "", value: Any = None
+               ) -> tuple[subprocess.CompletedProcess[str], dict[str, Any]]:
         device = stand_in_adb.good_device(str(TWIN))
-        *outer, last = place.split(" ", 1) if place else [None]
-        if last:
+        if place:
+            *outer, last = place.split(" ", 1)
             (device[outer[0]] if outer else device)[last] = value
         state = self.directory / "device.json"
         state.write_text(json.dumps(device))
@@ -84,7 +86,7 @@ class Acceptance(unittest.TestCase):
             env={**os.environ, "STAND_IN_DEVICE": str(state)})
         return done, json.loads(state.read_text())
 
-    def test_a_good_device_has_all_properties_and_is_left_as_it_was(self):
+    def test_a_good_device_has_all_properties_and_is_left_as_it_was(self) -> None:
         done, device = self.accept("--unstripped", TWIN)
         self.assertEqual((done.returncode, done.stderr), (0, ""), done.stdout)
         lines = done.stdout.splitlines()
@@ -94,29 +96,28 @@ class Acceptance(unittest.TestCase):
         done, device = self.accept("--no-programs")
         self.assertEqual((done.returncode, device["written"]), (0, []), done.stdout)
 
-    def test_each_bad_device_fails_where_it_is_bad(self):
+    def test_each_bad_device_fails_where_it_is_bad(self) -> None:
         for place, value, name, word in BAD:
             done, _ = self.accept("--only", name, place=place, value=value)
             self.assertEqual(done.returncode, 1, (place, value, done.stdout, done.stderr))
-            line = [line for line in done.stdout.splitlines() if line.startswith(f"FAILED {name}: ")]
+            line = [line for line in done.stdout.splitlines()
+                    if line.startswith(f"FAILED {name}: ")]
             self.assertEqual(len(line), 1, (place, done.stdout))
             self.assertIn(word, line[0])
             self.assertRegex(line[0], " -> .+")
 
-    def test_without_a_device_nothing_is_claimed(self):
-        for place, value, arguments, words in (
-                ("state", "offline", (), "'offline'"), ("uid", "2000", (), "adb root"),
-                ("", None, ("--adb", "/no/such"), "cannot run /no/such"),
-                ("", None, ("--only", "library's properties", "--unstripped", "/bin/sh"), None)):
+    def test_without_a_device_nothing_is_claimed(self) -> None:
+        cases: list[tuple[str, Any, tuple[str, ...], str]] = [
+            ("state", "offline", (), "'offline'"), ("uid", "2000", (), "adb root"),
+            ("", None, ("--adb", "/no/such"), "cannot run /no/such")]
+        for place, value, arguments, words in cases:
             done, _ = self.accept(*arguments, place=place, value=value)
-            if words is None:
-                self.assertIn("unstripped file", done.stdout)
-                self.assertEqual(done.returncode, 1)
-                continue
             self.assertEqual((done.returncode, done.stdout), (2, ""))
             self.assertIn(words, done.stderr)
+        done, _ = self.accept("--only", "library's properties", "--unstripped", "/bin/sh")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn("unstripped file", done.stdout)
 
 
 if __name__ == "__main__":
-    SOURCE, TWIN = (Path(argument).resolve() for argument in (sys.argv.pop(1), sys.argv.pop(1)))
     unittest.main()

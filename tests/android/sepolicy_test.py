@@ -1,16 +1,13 @@
-#!/usr/bin/env python3
-"""Compiles android/sepolicy against base_policy.te, and tries own faults in it.
-
-usage: sepolicy_test.py SOURCE_DIR
-"""
+"""Compiles android/sepolicy against base_policy.te, and tries own faults in it."""
 import re
 import subprocess
-import sys
 import tempfile
 import unittest
 from pathlib import Path
 
-POLICY = BASE = SOURCE = None
+SOURCE = Path(__file__).resolve().parents[2]
+POLICY = SOURCE / "android/sepolicy"
+BASE = Path(__file__).with_name("base_policy.te").read_text()
 # What the library needs, in the application's domain; see docs/integration.md.
 NEEDED = ("untrusted_app sysfs_gpu_vesko:file { open read getattr }",
           "untrusted_app vkd_data_file:dir search",
@@ -31,20 +28,21 @@ FAULTS = {"allow untrusted_app_all sysfs_gpu_vesko:file { write open };": "never
           "genfscon sysfs /x u:object_r:vkd_file:s0": "vkd_file"}
 
 
-def rules(name):
+def rules(name: str) -> list[str]:
     """The lines of all files of this name or pattern, without comments."""
     lines = [line.split("#")[0].rstrip() for path in sorted(POLICY.rglob(name))
              for line in path.read_text().splitlines()]
     return [line for line in lines if line]
 
 
-def compiled(more_rules="", more_contexts=""):
+def compiled(more_rules: str = "", more_contexts: str = "") -> tuple[int, str]:
     """The compiler's exit code and words."""
     te = "\n".join(rules("*.te") + [more_rules])
     # The labels of the other files have no place in a policy: a made-up path makes
     # the compiler look at them all the same.
-    labels = [re.search(r"u:object_r:\S+", line).group() for kind in ("file", "service", "property")
-              for line in rules(f"{kind}_contexts")]
+    labels = [label for kind in ("file", "service", "property")
+              for line in rules(f"{kind}_contexts")
+              for label in re.findall(r"u:object_r:\S+", line)]
     tail = "\n".join(rules("genfs_contexts") + [more_contexts] + [
         f"genfscon proc /{i} {label}" for i, label in enumerate(labels)])
     with tempfile.TemporaryDirectory() as directory:
@@ -59,7 +57,7 @@ def compiled(more_rules="", more_contexts=""):
 
 
 class Policy(unittest.TestCase):
-    def test_it_compiles_and_grants_what_the_library_needs(self):
+    def test_it_compiles_and_grants_what_the_library_needs(self) -> None:
         code, words = compiled()
         self.assertEqual(code, 0, words)
         for access in NEEDED:  # forbidding what is granted is an error
@@ -67,14 +65,14 @@ class Policy(unittest.TestCase):
             self.assertNotEqual(code, 0, f"not granted: {access}")
             self.assertIn("neverallow", words)
 
-    def test_careless_additions_do_not_compile(self):
+    def test_careless_additions_do_not_compile(self) -> None:
         for fault, complaint in FAULTS.items():
             where = "more_contexts" if fault.startswith("genfscon") else "more_rules"
             code, words = compiled(**{where: fault})
             self.assertNotEqual(code, 0, fault)
             self.assertIn(complaint, words)
 
-    def test_labels_are_for_what_the_library_reads(self):
+    def test_labels_are_for_what_the_library_reads(self) -> None:
         code = "\n".join(path.read_text() for folder in ("hook", "platform", "GameImpl")
                          for path in (SOURCE / folder).rglob("*.[ch]*"))
         constants = set(re.findall(r'"((?:/|vendor\.|orvane)[^"%\s]+)"', code))
@@ -89,7 +87,4 @@ class Policy(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    SOURCE = Path(sys.argv.pop(1))
-    POLICY = SOURCE / "android/sepolicy"
-    BASE = Path(__file__).with_name("base_policy.te").read_text()
     unittest.main()

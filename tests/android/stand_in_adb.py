@@ -10,6 +10,7 @@ import re
 import shutil
 import sys
 from pathlib import Path
+from typing import Any
 
 NODE = "/sys/class/gpu_vesko/vesko/game_parameters"
 LIBRARY = "/system/lib/libtolvernvesko.so"
@@ -20,7 +21,7 @@ START = ["D EGL_HOOK: [GameImpl/FBOBase/FBOBase][14][FboBase]: Lumivane version 
 MONITOR = ["D EGL_MONITOR: start eventProcess", "D EGL_MONITOR: poll once"]
 
 
-def good_device(library):
+def good_device(library: str) -> dict[str, Any]:
     return {
         "state": "device", "uid": "0", "enforce": "Enforcing", "size": [1080, 2400],
         "pulled": library, "copies": "", "denials": "", "service": "found",
@@ -33,7 +34,8 @@ def good_device(library):
                   "/data/system/vkd": "755 system:system u:object_r:vkd_data_file:s0",
                   "/data/system/vkd/qogl": "644 system:system u:object_r:vkd_data_file:s0"},
         "texts": {NODE: "status:7#enable:0#", "/data/system/vkd/qogl": "yuanshen 1080 486 0"},
-        "installed": list(GAMES.values()), "running": [GAMES["ordinary"]], "maps": "/system/bin/app_process32",
+        "installed": list(GAMES.values()), "running": [GAMES["ordinary"]],
+        "maps": "/system/bin/app_process32",
         "mapped": LIBRARY, "written": [],
         "log": {"sgame": START + MONITOR, "pubgmhd": START + MONITOR, "ordinary": START,
                 "genshin": START + ["I EGL_HOOK: set targetTexWidth 1080 targetTexHeight:486"]},
@@ -42,7 +44,7 @@ def good_device(library):
     }
 
 
-def effect(device, text):
+def effect(device: dict[str, Any], text: str) -> None:
     """What the game logs at the node's text."""
     device["texts"][NODE] = text
     device["written"].append(text)
@@ -60,16 +62,17 @@ def effect(device, text):
     device["log"]["sgame"] += lines
 
 
-def answer(device, command):
+def answer(device: dict[str, Any], command: str) -> str:
     pid = {package: str(1000 + i) for i, package in enumerate(GAMES.values())}
     if found := re.match(r"stat -L -c '%a %U:%G %C' (\S+)", command):
-        return device["files"].get(found[1], "")
+        return str(device["files"].get(found[1], ""))
     if found := re.fullmatch(r"cat (\S+)", command):
-        return device["texts"].get(found[1], "")
+        return str(device["texts"].get(found[1], ""))
     if found := re.fullmatch(rf"echo -n '(.*)' > {NODE}", command):
-        return effect(device, found[1])
+        effect(device, found[1])
+        return ""
     if found := re.fullmatch(r"getprop (-Z )?(\S+)", command):
-        return device["prop_label"] if found[1] else device["props"].get(found[2], "")
+        return str(device["prop_label"] if found[1] else device["props"].get(found[2], ""))
     if found := re.fullmatch(r"pm path (\S+)", command):
         return f"package:/data/app/{found[1]}" if found[1] in device["installed"] else ""
     if found := re.match(r"am force-stop (\S+); monkey", command):
@@ -79,18 +82,21 @@ def answer(device, command):
         return pid[found[1]] if found[1] in device["running"] else ""
     if found := re.match(r"logcat -d -v threadtime --pid=(\d+) ", command):
         game = list(GAMES)[int(found[1]) - 1000]
-        return "\n".join(f"11-21 18:10:55.123 {found[1]} 9 {line}" for line in device["log"][game])
+        start = f"11-21 18:10:55.123 {found[1]} 9 "
+        return "\n".join(start + line for line in device["log"][game])
     if command.startswith("for m in $(grep -l libtolvernvesko.so /proc/"):
-        return "\n".join(f"{device['maps']} {name} {device['mapped']}" for name in device["running"])
+        return "\n".join(f"{device['maps']} {name} {device['mapped']}"
+                         for name in device["running"])
     others = {"id -u": device["uid"], "getenforce": device["enforce"],
               "service check orvane.pelune": f"Service orvane.pelune: {device['service']}",
               "wm size": "Physical size: {}x{}".format(*device["size"]),
-              "ls /system/lib64/": device["copies"], "grep -hE '^orvane": device["service_label"],
+              "ls /system/lib64/": device["copies"],
+              "grep -hE '^orvane": device["service_label"],
               "logcat -d -b all": device["denials"]}
-    return next(text for start, text in others.items() if command.startswith(start))
+    return next(str(text) for start, text in others.items() if command.startswith(start))
 
 
-def main():
+def main() -> None:
     path = Path(os.environ["STAND_IN_DEVICE"])
     device = json.loads(path.read_text())
     if sys.argv[1:] == ["get-state"]:

@@ -1,0 +1,388 @@
+"""Checks over adb that a device has what the library needs and does what it should.
+
+One line a property, and a remedy for each that does not hold. It wants a root shell
+(a userdebug build, 'adb root') and, unless --no-programs is given, the three games or
+applications of their package names; it starts them, and for a moment changes the
+parameter node.
+"""
+import argparse
+import re
+import subprocess
+import sys
+import tempfile
+import time
+from collections.abc import Callable, Iterator
+from dataclasses import dataclass
+from pathlib import Path
+
+from vesko_log import Log, Process
+
+Options = argparse.Namespace
+CHECKER = Path(__file__).resolve().with_name("check-library")
+NAME = "libtolvernvesko.so"
+LIBRARY = f"/system/lib/{NAME}"
+OTHER_PLACES = " ".join(f"/{place}/{NAME}" for place in (
+    "system/lib64", "system_ext/lib", "system_ext/lib64", "product/lib", "product/lib64",
+    "vendor/lib", "vendor/lib64", "odm/lib", "odm/lib64"))
+NODE = "/sys/class/gpu_vesko/vesko/game_parameters"
+FOLDER = "/data/system/vkd"
+PARAMETERS = {"status", "enable", "FB0Factor", "gameInternalFBOFactor", "name", "picture",
+              "resolution", "gameVersion"}
+PROPERTIES = {"vendor.qogl.debug": ("", "false", "true"),
+              "vendor.debug.disable.vrs": ("", "0", "1"),
+              "vendor.debug.sgame.mediump": ("", "0", "1")}
+SGAME = "com.tencent.tmgp.sgame"
+SERVICE = "orvane.pelune"
+TYPES = "sysfs_gpu_vesko|vkd_data_file|vendor_vkd_prop|orvane_pelune_service"
+
+
+class NoDevice(Exception):
+    pass
+
+
+class Failed(Exception):
+    """What was seen, and what to do about it."""
+    def __init__(self, seen: str, remedy: str) -> None:
+        super().__init__(seen)
+        self.remedy = remedy
+
+
+class Skipped(Exception):
+    """Why the property cannot be looked at here."""
+
+
+@dataclass
+class Device:
+    command: list[str]
+    patience: float
+
+    def adb(self, *arguments: str) -> str:
+        try:
+            done = subprocess.run([*self.command, *arguments], text=True, errors="replace",
+                                  capture_output=True, check=False, timeout=60)
+        except OSError as error:
+            raise NoDevice(f"cannot run {self.command[0]}: {error.strerror}") from error
+        except subprocess.TimeoutExpired as error:
+            raise NoDevice(f"no answer to 'adb {' '.join(arguments)}'") from error
+        if done.returncode != 0 and arguments[0] != "shell":
+            raise NoDevice(f"'adb {' '.join(arguments)}': {done.stderr.strip()}")
+        return done.stdout.replace("\r\n", "\n")
+
+    def shell(self, command: str) -> str:
+        return self.adb("shell", command).strip()
+
+    def file(self, path: str) -> str:
+        """Mode, owner and label; empty where the file is missing."""
+        return self.shell(f"stat -L -c '%a %U:%G %C' {path} 2>/dev/null")
+
+    def process(self, pid: str) -> Process:
+        text = self.shell(f"logcat -d -v threadtime --pid={pid} -s EGL_HOOK:D EGL_MONITOR:D")
+        return Log().read(text.splitlines()).processes.get(int(pid), Process(int(pid)))
+
+    def wait_for(self, pid: str, holds: Callable[[Process], bool]) -> Process:
+        until = time.monotonic() + self.patience
+        while not holds(process := self.process(pid)) and time.monotonic() < until:
+            time.sleep(0.2)
+        return process
+
+    def start(self, package: str) -> str:
+        """The process id of the package's program, newly started."""
+        if not self.shell(f"pm path {package}"):
+            raise Failed(f"{package} is not installed", "install it, or an application of that "
+                         "package name that draws with OpenGL ES 3 on a thread UnityGfx")
+        self.shell(f"am force-stop {package}; "
+                   f"monkey -p {package} -c android.intent.category.LAUNCHER 1")
+        until = time.monotonic() + self.patience
+        while not (pid := self.shell(f"pidof {package}").split(" ")[0]):
+            if time.monotonic() > until:
+                raise Failed(f"{package} does not run", "see 'adb logcat -b crash', and "
+                             "docs/crashes.md")
+            time.sleep(0.2)
+        return pid
+
+
+def require(holds: bool, seen: str, remedy: str) -> str:
+    if not holds:
+        raise Failed(seen, remedy)
+    return seen
+
+
+# Each check returns what was seen, or raises Failed.
+
+def check_build(device: Device, _: Options) -> str:
+    abis = device.shell("getprop ro.product.cpu.abilist32")
+    sdk = device.shell("getprop ro.build.version.sdk")
+    return require("armeabi-v7a" in abis and sdk.isdigit() and int(sdk) >= 31,
+                   f"API {sdk}, {abis or 'no 32-bit ABI'}",
+                   "the library is for API 31 and 32-bit ARM processes")
+
+
+def check_enforcing(device: Device, _: Options) -> str:
+    mode = device.shell("getenforce")
+    return require(mode == "Enforcing", mode, "'adb shell setenforce 1': what a permissive "
+                   "device lets through says nothing of the policy")
+
+
+def check_library(device: Device, _: Options) -> str:
+    seen = device.file(LIBRARY)
+    return require(seen == "644 root:root u:object_r:system_lib_file:s0", seen or "missing",
+                   f"put it into {LIBRARY} (PRODUCT_PACKAGES += libtolvernvesko)")
+
+
+def check_copies(device: Device, _: Options) -> str:
+    copies = device.shell(f"ls {OTHER_PLACES} 2>/dev/null").split()
+    return require(not copies, " ".join(copies) or "none", "remove it: another linker namespace "
+                   "or word size must not find the library")
+
+
+def check_properties_of_library(device: Device, arguments: Options) -> str:
+    if not CHECKER.exists():
+        raise Skipped(f"{CHECKER.name} is not beside this program: run it from scripts/")
+    with tempfile.TemporaryDirectory() as folder:
+        copy = Path(folder, NAME)
+        device.adb("pull", LIBRARY, str(copy))
+        done = subprocess.run([CHECKER, "--android", copy], text=True,
+                              capture_output=True, check=False)
+        lines = [line for line in done.stdout.splitlines() if line.startswith("FAILED")]
+        require(done.returncode == 0, "; ".join(lines) or done.stderr.strip(),
+                "build it with './dev android' or Android.bp, and change nothing afterwards")
+        if arguments.unstripped is None:
+            return "all; the build id is not compared without --unstripped"
+        own, other = build_id(copy), build_id(arguments.unstripped)
+        return require(own == other and own != "", f"build id {own or 'none'}, unstripped file "
+                       f"{other or 'none'}", "keep the unstripped file of this very build, or "
+                       "crash reports cannot be read")
+
+
+def build_id(path: Path) -> str:
+    try:
+        from elftools.elf.elffile import ELFFile
+    except ImportError as error:
+        raise Skipped("python3-pyelftools is missing: apt-get install it") from error
+    with path.open("rb") as stream:
+        notes = ELFFile(stream).get_section_by_name(".note.gnu.build-id")
+        return str(next(notes.iter_notes())["n_desc"]) if notes else ""
+
+
+def check_mappings(device: Device, _: Options) -> str:
+    lines = device.shell(
+        f"for m in $(grep -l {NAME} /proc/[0-9]*/maps 2>/dev/null); do p=${{m%/maps}}; "
+        f"echo $(readlink $p/exe) $(tr '\\0' '\\n' <$p/cmdline | head -n 1) "
+        f"$(grep -o '/.*{NAME}.*' $m | sort -u); done").splitlines()
+    wrong = [line for line in lines if not re.fullmatch(
+        rf"/system/bin/app_process32 (?!\S*zygote)\S+ {LIBRARY}", line)]
+    require(not wrong, "; ".join(wrong), "only 32-bit applications may open it, by name from "
+            "the default namespace, after the zygote has specialized them")
+    return require(len(lines) > 0, f"{len(lines)} processes, all 32-bit applications",
+                   "no process has it: is a 32-bit application running, and does libEGL.so "
+                   "open the library ('adb logcat -s linker')?")
+
+
+def check_node(device: Device, _: Options) -> str:
+    seen = device.file(NODE)
+    return require(re.fullmatch(r"444 \S+ u:object_r:sysfs_gpu_vesko:s0", seen) is not None,
+                   seen or "missing", "a driver must create it; mode: "
+                   "android/init/vesko-vendor.rc, label: android/sepolicy/vendor/genfs_contexts")
+
+
+def check_node_text(device: Device, _: Options) -> str:
+    text = device.shell(f"cat {NODE}")
+    entries = re.findall(r"([^#:]*):([^#]*)#", text)
+    wrong = [f"{name}:{value}" for name, value in entries
+             if name not in PARAMETERS or not re.fullmatch(r"-?\d{1,9}", value)]
+    left = re.sub(r"[^#:]*:[^#]*#", "", text)
+    return require(len(text) < 100 and not wrong and not left,
+                   " ".join(wrong) or repr(left or text),
+                   "the driver must write 'name:number#' with known names, 99 bytes at most; a "
+                   "value that is no number ends the game")
+
+
+def check_folder(device: Device, _: Options) -> str:
+    seen = device.file(FOLDER)
+    return require(seen == "755 system:system u:object_r:vkd_data_file:s0", seen or "missing",
+                   "install android/init/vesko.rc and the system_ext policy; 'restorecon -RF "
+                   f"{FOLDER}'")
+
+
+def check_file(device: Device, _: Options) -> str:
+    seen = device.file(f"{FOLDER}/qogl")
+    if not seen:
+        return "absent, so Genshin Impact keeps 1440 x 648"
+    require(re.fullmatch(r"644 \S+ u:object_r:vkd_data_file:s0", seen) is not None, seen,
+            f"its writer must leave it 0644; 'restorecon {FOLDER}/qogl'")
+    wrong = [line for line in device.shell(f"cat {FOLDER}/qogl").splitlines()
+             if not re.fullmatch(r"\s*\S+(\s+-?\d+){3}.*", line)]
+    return require(not wrong, f"skipped lines: {'; '.join(wrong)}" if wrong else seen,
+                   "a line is 'yuanshen WIDTH HEIGHT 0'")
+
+
+def check_service(device: Device, _: Options) -> str:
+    seen = device.shell(f"service check {SERVICE}")
+    require(seen.endswith(": found"), seen, "the game service must register under this name "
+            "(without it the file alone decides)")
+    label = device.shell(f"grep -hE '^{re.escape(SERVICE)}\\s' "
+                         "/*/etc/selinux/*service_contexts").split()
+    return require(label[1:] == ["u:object_r:orvane_pelune_service:s0"],
+                   " ".join(label[1:]) or "no label of its own",
+                   "install android/sepolicy/system_ext/private/service_contexts")
+
+
+def check_properties(device: Device, _: Options) -> str:
+    seen = []
+    for name, values in PROPERTIES.items():
+        label = device.shell(f"getprop -Z {name}")
+        require(label == "u:object_r:vendor_vkd_prop:s0", f"{name} is labelled {label}",
+                "install android/sepolicy/vendor/property_contexts")
+        value = device.shell(f"getprop {name}")
+        require(value in values, f"{name} is '{value}'",
+                f"it may be {' or '.join(v or 'unset' for v in values)}")
+        seen += [f"{name}={value}"] if value else []
+    return " ".join(seen) or "all labelled, none set"
+
+
+def check_denials(device: Device, _: Options) -> str:
+    denials = device.shell("logcat -d -b all 2>/dev/null | grep -E "
+                           f"'avc: +denied.*({TYPES})'").splitlines()
+    return require(not denials, denials[-1] if denials else "none",
+                   "android/sepolicy grants what the library needs; audit2allow names what this "
+                   "release lacks")
+
+
+def check_ordinary(device: Device, arguments: Options) -> str:
+    process = device.wait_for(device.start(arguments.ordinary), lambda p: p.initialized)
+    require(process.initialized, f"{arguments.ordinary} did not load the library",
+            "name a 32-bit application with --ordinary; else see docs/loader.md")
+    time.sleep(min(2.0, device.patience))
+    process = device.process(str(process.pid))
+    return require(not process.extra, process.extra[0] if process.extra else
+                   f"{arguments.ordinary}: nothing but the start",
+                   "an ordinary process must log nothing more: is its name a game's, is a "
+                   "second library on the device?")
+
+
+def check_pubgmhd(device: Device, _: Options) -> str:
+    process = device.wait_for(device.start("com.tencent.tmgp.pubgmhd"), lambda p: p.monitored)
+    return require(process.monitored and not process.targeted, process.describe(),
+                   "it is recognised by its name in /proc/PID/cmdline at its first EGL call")
+
+
+def check_genshin(device: Device, _: Options) -> str:
+    process = device.wait_for(device.start("com.miHoYo.ys.qo"), lambda p: p.lowered is not None)
+    return require(process.lowered is not None, process.describe(),
+                   "see the game service's log; without a service the file is read")
+
+
+def check_sgame(device: Device, _: Options) -> str:
+    process = device.wait_for(device.start(SGAME), lambda p: p.monitored)
+    return require(process.monitored and not process.node_failure, process.describe(),
+                   "its rendering thread must be named exactly UnityGfx, and must be allowed to "
+                   "read the node")
+
+
+def check_factors(device: Device, arguments: Options) -> str:
+    pid = device.shell(f"pidof {SGAME}").split(" ")[0] or device.start(SGAME)
+    device.wait_for(pid, lambda p: p.monitored)
+    sizes = [int(n) for n in re.findall(r"\d+", device.shell("wm size | tail -n 1"))]
+    before = device.shell(f"cat {NODE}")
+
+    def write(text: str) -> None:
+        device.shell(arguments.set_node.replace("{}", text))
+    seen = []
+    try:
+        for percent in (50, 75):
+            write(f"status:7#enable:1#FB0Factor:{percent}#gameInternalFBOFactor:100#")
+            process = device.wait_for(
+                pid, lambda p: p.scales and round(p.target[2] * 100) == percent)
+            require(process.scales and round(process.target[2] * 100) == percent,
+                    f"at factor {percent}: {process.describe()}",
+                    "the driver must raise POLLPRI at every change; name the command that sets "
+                    "the node with --set-node")
+            target = sorted(process.target[:2])
+            wanted = sorted(int(size * percent / 100) for size in sizes)
+            require(all(abs(a - b) <= 1 for a, b in zip(target, wanted)),
+                    f"at factor {percent} it renders {target[1]}x{target[0]}",
+                    f"a window of the whole screen gives {wanted[1]}x{wanted[0]}: bring the "
+                    "game to the front")
+            seen.append(f"{percent} % renders {process.target[0]}x{process.target[1]}")
+        write("enable:0#")
+        process = device.wait_for(pid, lambda p: not p.made)
+        require(not process.made, "enable:0 changes nothing", "as for the factors")
+    finally:
+        write(before)
+    return ", ".join(seen) + ", and enable:0 ends it"
+
+
+CHECKS = [
+    ("32-bit ARM, API 31", check_build, False),
+    ("policy enforced", check_enforcing, False),
+    ("library in place", check_library, False),
+    ("no other copy", check_copies, False),
+    ("library's properties", check_properties_of_library, False),
+    ("node", check_node, False),
+    ("node's text", check_node_text, False),
+    ("folder of the file", check_folder, False),
+    ("configuration file", check_file, False),
+    ("game service", check_service, False),
+    ("system properties", check_properties, False),
+    ("ordinary process", check_ordinary, True),
+    ("PUBG Mobile", check_pubgmhd, True),
+    ("Genshin Impact", check_genshin, True),
+    ("SGAME", check_sgame, True),
+    ("factors", check_factors, True),
+    ("mapped where it should be", check_mappings, False),
+    ("no denials", check_denials, False),
+]
+
+
+def lines(device: Device, arguments: argparse.Namespace) -> Iterator[tuple[bool, str]]:
+    for name, check, needs_programs in CHECKS:
+        if name not in (arguments.only or [name]) or needs_programs and arguments.no_programs:
+            continue
+        try:
+            yield True, f"ok     {name}: {check(device, arguments)}"
+        except Skipped as skipped:
+            yield True, f"skipped {name}: {skipped}"
+        except Failed as failure:
+            yield False, f"FAILED {name}: {failure} -> {failure.remedy}"
+
+
+def main() -> int:
+    parser = argparse.ArgumentParser(
+        description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter,
+        epilog="exit code: 0 all properties hold, 1 some do not, 2 there is nothing to check")
+    parser.add_argument("--adb", default="adb", help="the adb program")
+    parser.add_argument("--serial", help="which device")
+    parser.add_argument("--unstripped", type=Path, metavar="FILE",
+                        help="the unstripped library of this build, to compare build ids")
+    parser.add_argument("--ordinary", default="com.android.calculator2", metavar="PACKAGE",
+                        help="a 32-bit application that is none of the games (%(default)s)")
+    parser.add_argument("--set-node", metavar="COMMAND", default=f"echo -n '{{}}' > {NODE}",
+                        help="shell command that makes the driver hold the text {} (%(default)s)")
+    parser.add_argument("--no-programs", action="store_true", help="start no applications")
+    parser.add_argument("--only", action="append", metavar="PROPERTY",
+                        choices=[name for name, _, _ in CHECKS],
+                        help="check this property alone; repeatable")
+    parser.add_argument("--patience", type=float, default=20, metavar="SECONDS",
+                        help="how long an effect may take (%(default)s)")
+    arguments = parser.parse_args()
+    device = Device([arguments.adb, *(["-s", arguments.serial] if arguments.serial else [])],
+                    arguments.patience)
+    try:
+        if (state := device.adb("get-state").strip()) != "device":
+            raise NoDevice(f"the device is '{state}'")
+        if device.shell("id -u") != "0":
+            raise NoDevice("the shell is not root's: 'adb root' on a userdebug build")
+        results = []
+        for holds, line in lines(device, arguments):
+            print(line, flush=True)
+            results.append(holds)
+    except NoDevice as error:
+        print(f"device-acceptance: {error}", file=sys.stderr)
+        return 2
+    failed = results.count(False)
+    print(f"{failed} of {len(results)} properties do not hold" if failed else "all hold")
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
