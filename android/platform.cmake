@@ -47,7 +47,7 @@ endforeach()
 target_link_libraries(android_log INTERFACE platform_cutils platform_binder platform_c++)
 # The platform's C library has the threads.
 add_library(pthread INTERFACE)
-target_link_libraries(pthread INTERFACE c)
+target_link_libraries(pthread INTERFACE c m ${COMPILER_RUNTIME})
 
 # The sysroot's C++ headers declare the NDK's C++ library unless told otherwise.
 # What a game loads should be small; nothing here computes for long.

@@ -72,8 +72,8 @@ class Process:
     target: tuple[int, int, float] = (0, 0, 0.0)  # width, height, factor
     targeted: bool = False  # there has been one
     made: bool = False
-    presented: bool = False
-    failure: str = ""       # why there is no target, or nothing to see of it
+    blit: str = ""          # "works" or "failed" from the first presented frame on
+    failure: str = ""       # why there is no target
     node_failure: str = ""
     extra: list[str] = field(default_factory=list)  # lines no ordinary process has
     errors: int = 0
@@ -122,19 +122,20 @@ class Process:
         if found := re.search(r": fbo factor=(-?[\d.]+) width=(-?\d+) height=(-?\d+)", text):
             self.target = int(found[2]), int(found[3]), float(found[1])
             self.targeted = True
-            self.made = self.presented = False
+            self.made = False
             self.failure = ""
         elif ": create a new rbo target(" in text:
             self.made = True
         elif text.endswith(": framebuffer is not complete!"):
             self.made, self.failure = False, "the scaled target could not be made"
         elif text.endswith(": setupGraphics successed!"):
-            self.presented = True
+            self.blit = "works"
         elif text.endswith(": failed to init fbo texture!"):
-            self.presented = True
-            self.failure = "the window is black: the blit program could not be made"
+            self.blit = "failed"
         elif text.endswith(": start release all of the resources"):
-            self.made = self.presented = False
+            self.made = False
+        elif ": GL_DELETE_STATUS " in text:
+            self.blit = ""
         elif ": glError (" in text:
             self.errors += 1
 
@@ -155,7 +156,7 @@ class Process:
 
     @property
     def scales(self) -> bool:
-        return self.made and self.presented and not self.failure
+        return self.made and self.blit == "works"
 
     def why_not(self) -> str:
         """The first reason that holds why nothing is scaled; empty where it is."""
@@ -201,8 +202,11 @@ class Process:
             "" if self.name else ", or this is PUBG Mobile, which passes through by design")
 
     def why_not_presented(self) -> str:
-        if self.failure or self.presented:
+        if self.failure:
             return self.failure
+        if self.blit:
+            return "" if self.blit == "works" else (
+                "the window is black: the blit program could not be made")
         return ("the scaled target is made, but no frame has been presented from it: frames end "
                 "with another framebuffer bound, or are swapped with damage")
 
@@ -219,7 +223,7 @@ class Process:
             line += (f", context sgame, window {full_size(width, factor)}x"
                      f"{full_size(height, factor)}, renders {width}x{height}, factor "
                      f"{round(factor * FULL_SIZE)}, "
-                     + (f"redirected{f'; {why}' if why else ''}" if self.presented else
+                     + (f"redirected{f'; {why}' if why else ''}" if self.blit else
                         f"not redirected: {why}"))
         else:
             line += (f", factor {self.values.get('FB0Factor', -1)}, not redirected: {why}")

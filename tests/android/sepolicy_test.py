@@ -13,6 +13,7 @@ NEEDED = ("untrusted_app sysfs_gpu_vesko:file { open read getattr }",
           "untrusted_app vkd_data_file:dir search",
           "untrusted_app vkd_data_file:file { open read getattr }",
           "untrusted_app vendor_vkd_prop:file { open read getattr map }",
+          "platform_app vendor_vkd_prop:file { open read getattr map }",
           "untrusted_app orvane_pelune_service:service_manager find",
           "untrusted_app system_server:binder call",
           "vendor_init vendor_vkd_prop:property_service set")
@@ -80,7 +81,8 @@ class Policy(unittest.TestCase):
         names = {line.split()[0] for line in rules("property_contexts") + rules("service_contexts")}
         node = rules("genfs_contexts")[0].split()[2]
         for constant in constants - {"/proc/self/cmdline"}:
-            known = (constant in names or any(re.fullmatch(path, constant) for path in paths)
+            known = (constant in names or any(
+                constant.startswith(name) for name in names if name.endswith(".")) or any(re.fullmatch(path, constant) for path in paths)
                      or constant == f"/sys/class/{'/'.join(node.split('/')[3:])}")
             self.assertTrue(known, f"{constant} has no label")
         self.assertLessEqual(names, constants)
