@@ -262,13 +262,15 @@ class Device(Rig):
         watched = facts("--stats", self.path("s.json"), "--capture", self.path("c.png"))
         self.assertEqual(watched, normal)
         self.assertIn("error 0x0 then 0x0", watched)
-        for quirk, line in (("attachment-sizes", "depth-blue 8"),
-                            ("shading-rate", "shading-rate 1 1"),
-                            ("incomplete-framebuffer", "complete 0"),
-                            ("shader-compile", "compiled 0"),
-                            ("program-link", "linked 0"), ("no-names", "named 0"),
-                            ("pending-error", "error 0x502 then 0x0"),
-                            ("context-lost", "error 0x507 then 0x0"), ("zero-sizes", "width 0")):
+        shown = {"attachment-sizes": "depth-blue 8", "shading-rate": "shading-rate 1 1",
+                 "incomplete-framebuffer": "complete 0", "shader-compile": "compiled 0",
+                 "program-link": "linked 0", "no-names": "named 0",
+                 "pending-error": "error 0x502 then 0x0",
+                 "context-lost": "error 0x507 then 0x0", "zero-sizes": "width 0"}
+        _, err = self.run_rig("--quirk", "odd", "--", "true", code=2)
+        self.assertEqual(set(err.splitlines()[0].split("none of ")[1].split(", ")),
+                         {*shown, "no-info-logs"}, "each quirk has a fact here")
+        for quirk, line in shown.items():
             self.assertNotIn(line, normal)
             self.assertIn(line, facts("--quirk", quirk + "@2-2"), quirk)
             self.assertEqual(facts("--quirk", quirk + "@3"), normal, quirk)

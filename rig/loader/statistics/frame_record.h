@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <map>
 #include <vector>
 
@@ -26,6 +27,9 @@ struct TextureStorage {
 };
 
 struct FrameRecord {
+    // Of each list: a program may draw for ever without a swap.
+    static constexpr size_t kListMax = 10000;
+
     int frame = 0;
     // By name; a framebuffer whose attachments change size within the frame
     // appears once per size.

@@ -34,6 +34,10 @@ thread_local FramebufferUse* currentUse;
 thread_local int currentUseFrame;
 
 FramebufferUse& findUse(unsigned framebuffer, Size size) {
+    static FramebufferUse notRecorded;
+    const auto known = record->framebuffers.find(framebuffer);
+    const bool isFull = record->framebuffers.size() == FrameRecord::kListMax;
+    if (known == record->framebuffers.end() && isFull) return notRecorded = {};
     std::vector<FramebufferUse>& uses = record->framebuffers[framebuffer];
     uses.reserve(16);  // keeps currentUse valid
     for (FramebufferUse& use : uses) {
@@ -64,7 +68,8 @@ void onDraw() {
     ++use.draws;
     Box box = {};
     driver->gl.gl.glGetIntegerv(GL_VIEWPORT, box.data());
-    if (std::find(use.viewports.begin(), use.viewports.end(), box) == use.viewports.end()) {
+    if (use.viewports.size() < FrameRecord::kListMax &&
+        std::find(use.viewports.begin(), use.viewports.end(), box) == use.viewports.end()) {
         use.viewports.push_back(box);
     }
 }
@@ -88,7 +93,9 @@ void onAttach() { currentUse = nullptr; }
 
 void watchedTexStorage2D(GLenum target, GLsizei levels, GLenum internalFormat, GLsizei width,
                          GLsizei height) {
-    if (watching()) record->textureStorage.push_back({width, height, internalFormat, levels});
+    if (watching() && record->textureStorage.size() < FrameRecord::kListMax) {
+        record->textureStorage.push_back({width, height, internalFormat, levels});
+    }
     driver->gl.gl.glTexStorage2D(target, levels, internalFormat, width, height);
 }
 
