@@ -28,34 +28,22 @@ extern "C" [[gnu::visibility("default"), gnu::alias("vesko_call_record")]] char
 
 namespace {
 
-// Builds an Impl when the library is loaded and destroys it at exit. Calls may
-// still arrive then, from other threads and from exit handlers of the
-// application, so a pass-through takes the place of what was destroyed.
+// Builds an Impl when the library is loaded and ends it at exit. Calls may still
+// arrive then, from other threads and from exit handlers of the application, so it
+// becomes a pass-through with one store. A destructor or a constructor would make it
+// an Impl on the way, which answers every call with nothing.
 template <typename T>
 class ImplLifetime {
 public:
     explicit ImplLifetime(T& object) : impl(object) { new (&impl) T; }
 
     ~ImplLifetime() {
-        // Never modified: the constructor merely takes it without const.
-        auto* driverTable = const_cast<gl_hooks_t*>(impl.getGLDriverImpl());
-        abandonGLObjects();
-        impl.~T();
-        // With its driver table from the start, or a call from another thread
-        // could meet it without one.
-        new (static_cast<void*>(&impl)) DefaultImplV2(driverTable);
+        __atomic_store_n(reinterpret_cast<void**>(&impl), vesko_call_record.passThrough[0],
+                         __ATOMIC_RELEASE);
+        if constexpr (std::is_base_of_v<FboBase, T>) impl.abandon();
     }
 
 private:
-    // The objects go with their GL context. This may be a thread without one,
-    // and the driver may be past its own exit handlers: it must not be called.
-    void abandonGLObjects() {
-        if constexpr (std::is_base_of_v<FboBase, T>) {
-            impl.fboReady = false;
-            impl.graphicsReady = false;
-        }
-    }
-
     T& impl;
 };
 

@@ -34,12 +34,13 @@ struct GameListBuilder {
 };
 CONSTRUCTED_AT(kContextsStage) GameListBuilder gameListBuilder;
 
-// Once the process leaves, bindings stay as they are: all Impls are about to be
-// pass-throughs, and a monitor must not start any more.
-std::atomic<bool> processIsLeaving{false};
+// Once the process exits, bindings stay as they are: all Impls are about to be
+// pass-throughs, and a monitor must not start any more. A thread that has none is served
+// by the driver, as it is without a thread key.
+std::atomic<bool> processIsExiting{false};
 
 struct ExitWatch {
-    ~ExitWatch() { processIsLeaving = true; }
+    ~ExitWatch() { processIsExiting = true; }
 };
 CONSTRUCTED_AT(kExitWatchStage) ExitWatch exitWatch;
 
@@ -127,11 +128,7 @@ void provideDriverTable(HookContext& context) {
 
 void ContextManager::bindAHookContext() {
     validateTLSKey();
-    if (sKey == kNoThreadKey) return;
-    if (processIsLeaving) {
-        if (currentCallContext() == nullptr) pthread_setspecific(sKey, &nullContext);
-        return;
-    }
+    if (sKey == kNoThreadKey || processIsExiting) return;
     HookContext& context = chooseContext(identifyProcess());
     context.startMonitor();
     provideDriverTable(context);

@@ -14,8 +14,12 @@ constexpr double kVersion = 0.65;
 FboBase::FboBase() { FBO_LOG(DEBUG, "Lumivane version %.2f", kVersion); }
 
 FboBase::~FboBase() {
-    FBO_LOG(INFO, "~FboBase");
+    abandon();
     releaseResourcesAll();
+}
+
+void FboBase::abandon() {
+    RENDERER_LOG_AT(INFO, "GameImpl/FBOBase/FBOBase", __LINE__, "~FboBase", "~FboBase");
 }
 
 void FboBase::Fbosetup(float factor, const gl_hooks_t* gl, const platform_impl_t* platform,

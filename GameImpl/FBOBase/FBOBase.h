@@ -19,6 +19,9 @@ public:
     FboBase();
     // Not virtual. Deletes what releaseResourcesAll deletes.
     ~FboBase();
+    // Instead of that when the process exits: the GL objects go with their context. The
+    // calling thread may have none, and the driver may be past its own exit handlers.
+    PLUGIN_LOCAL void abandon();
 
     // Stores the tables and the factor, and makes the target size of the window
     // size. Makes no GL call and leaves an existing target as it is: release

@@ -27,6 +27,7 @@ struct Log {
     std::string text;
     std::atomic<bool> kept{true};
     std::atomic<long> lines{0};
+    std::atomic<void (*)(const std::string&)> listener{nullptr};
 };
 
 Log& log() {
@@ -50,6 +51,8 @@ std::string takeLog() {
 }
 
 void keepLog(bool keep) { log().kept = keep; }
+
+void onLog(void (*listener)(const std::string&)) { log().listener = listener; }
 
 long loggedLines() { return log().lines; }
 
@@ -120,6 +123,7 @@ extern "C" int __android_log_print(int priority, const char* tag, const char* fo
     ++host::log().lines;
     if (!host::log().kept) return length;
     const std::string line = host::printable(priority, tag, text);
+    if (const auto listener = host::log().listener.load()) listener(line);
     const std::lock_guard<std::mutex> guard(host::log().lock);
     host::log().text += line;
     return length;

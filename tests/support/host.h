@@ -14,6 +14,8 @@ namespace host {
 std::string takeLog();
 // Whether lines are kept; they are counted in any case.
 void keepLog(bool keep);
+// Called for each line from now on, on the thread that logs it.
+void onLog(void (*listener)(const std::string& line));
 long loggedLines();
 bool logHolds(const std::string& line);
 // Waits up to `seconds` for the line; what was logged stays to be taken.

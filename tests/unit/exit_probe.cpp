@@ -25,6 +25,8 @@ namespace {
 constexpr int kExitCode = 23;
 constexpr int kTooEarly = 24;
 constexpr int kSilent = 25;
+constexpr int kMeddling = 26;
+constexpr int kNoServiceAtExit = 27;
 
 test::RecordingDriver& driver() {
     static auto* const instance = new test::RecordingDriver;
@@ -49,6 +51,32 @@ void makeCurrent() {
     createImplInstance()->setGLHooksThreadSpecific(&driver().hooks, 1);
 }
 
+// The main thread's are the library's from here on.
+void forbidOwnCalls() {
+    const auto forbid = [](auto...) {
+        if (gettid() == getpid()) _exit(kMeddling);
+    };
+    driver().on(&test::GL::glGenFramebuffers, forbid);
+    driver().on(&test::GL::glDeleteFramebuffers, forbid);
+    driver().on(&test::GL::glDeleteProgram, forbid);
+}
+
+// In the middle of SGAME's end, after Genshin Impact's: the pass-through has its place.
+void drawWhileTheRendererEnds(const std::string& line) {
+    static int ended = 0;
+    if (line.find("~FboBase") == std::string::npos || ++ended < 2) return;
+    ImplFactory::getImpl(ImplFactory::SGAME)->glBindFramebuffer(GL_FRAMEBUFFER, 0);
+}
+
+// As threads do that come to draw when all is over.
+void drawOnANewThread() {
+    std::thread([] {
+        pthread_setname_np(pthread_self(), "UnityGfx");
+        makeCurrent();
+        drawFrame();
+    }).join();
+}
+
 // Registered before any library is initialised, by the preinit array, and with
 // on_exit, which unlike atexit does not tie the handler to this program's own
 // destructors: so it runs after those of the library.
@@ -59,11 +87,14 @@ void lastFrame(int, void*) {
     driver().takeCalls();
     drawFrame();
     makeCurrent();
-    const std::string calls = driver().takeCalls();
+    std::string calls = driver().takeCalls();
     const bool drawn = calls.find("glDrawArrays(") != std::string::npos &&
                        calls.find("eglSwapBuffers(") != std::string::npos &&
                        calls.find("eglMakeCurrent(") != std::string::npos;
     if (!drawn) _exit(kSilent);
+    drawOnANewThread();
+    calls = driver().takeCalls();
+    if (calls.find("glDrawArrays(") == std::string::npos) _exit(kNoServiceAtExit);
 }
 
 void registerLastFrame(int, char**, char**) { on_exit(lastFrame, nullptr); }
@@ -100,6 +131,7 @@ int run() {
     }
     drawFrame();
     driver().recording = false;
+    forbidOwnCalls();
 
     std::thread([] {
         makeCurrent();
@@ -107,6 +139,7 @@ int run() {
     }).detach();
     usleep(20000);
     host::takeLog();
+    host::onLog(drawWhileTheRendererEnds);
     return kExitCode;
 }
 
