@@ -30,9 +30,11 @@ function(plugin_library name trampolines)
     if(NOT SYMBOL_BINDING)
         set(SYMBOL_BINDING -Wl,-Bsymbolic-functions)
     endif()
+    # Threads, their keys and the loader's slots point into the library as long as the
+    # process lives: dlclose must not unload it.
     target_link_options(${name} PRIVATE
         ${SYMBOL_BINDING} -Wl,--version-script=${VERSION_SCRIPT}
-        -Wl,-z,relro -Wl,-z,now -Wl,--gc-sections ${DESKTOP_LINK_OPTIONS})
+        -Wl,-z,relro -Wl,-z,now -Wl,-z,nodelete -Wl,--gc-sections ${DESKTOP_LINK_OPTIONS})
 endfunction()
 
 plugin_library(tolvernvesko gl_trampolines)

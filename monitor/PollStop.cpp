@@ -131,8 +131,7 @@ bool PollStop::waitUntilEnded(pthread_t thread, const timespec& patience) {
         if (errno != EINTR) return false;
     }
     { std::lock_guard<std::mutex> untilPosted(registryLock); }
-    // Its last instructions are this library's code, which may be about to be
-    // unloaded. Only the thread that start() created is ours to join.
+    // Only the thread that start() created is ours to join.
     if (pthread_equal(self, thread)) pthread_join(thread, nullptr);
     return true;
 }

@@ -1,14 +1,18 @@
 // Loads and unloads the library again and again, each time with a thread bound as
-// a game's, its monitor started and calls made, and counts what stays behind.
+// a game's and calls made, and counts what stays behind. The library stays loaded: its
+// threads, keys and tables would otherwise point into nothing.
 //
 // usage: reload_probe LIBRARY TIMES
 #include <dlfcn.h>
+#include <malloc.h>
 #include <pthread.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <thread>
+#include <tuple>
+#include <vector>
 
 #include "games/games.h"
 #include "hook/GPUVeskoMode.h"
@@ -35,6 +39,13 @@ long descriptors() {
 
 long threads() { return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}); }
 
+long threadKeysLeft() {
+    std::vector<pthread_key_t> keys;
+    for (pthread_key_t key; pthread_key_create(&key, nullptr) == 0;) keys.push_back(key);
+    for (const pthread_key_t key : keys) pthread_key_delete(key);
+    return static_cast<long>(keys.size());
+}
+
 egl_connection_t connection = {};
 gl_hooks_t driver = {};
 
@@ -47,11 +58,12 @@ void useAsTheGame(QoGPUVeskoModeImpl* entry, platform_impl_t* egl) {
     egl->eglGetCurrentContext();
 }
 
-bool loadAndUnload(const char* file) {
+// The entry object, or null.
+void* loadAndUnload(const char* file) {
     void* const library = dlopen(file, RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) {
         fprintf(stderr, "%s\n", dlerror());
-        return false;
+        return nullptr;
     }
     auto* const create =
         reinterpret_cast<decltype(createImplInstance)*>(dlsym(library, "createImplInstance"));
@@ -60,23 +72,39 @@ bool loadAndUnload(const char* file) {
     platform_impl_t* const egl = entry->getEGLPlatformHooks(&connection.platform);
     std::thread(useAsTheGame, entry, egl).join();
     dlclose(library);
-    return true;
+    return entry;
+}
+
+struct Process {
+    void* entry;
+    long keysLeft, descriptors, threads, heapBytes;
+
+    bool operator==(const Process& other) const {
+        return std::tie(entry, keysLeft, descriptors, threads, heapBytes) ==
+               std::tie(other.entry, other.keysLeft, other.descriptors, other.threads,
+                        other.heapBytes);
+    }
+};
+
+Process afterLoading(const char* file, int times) {
+    void* entry = nullptr;
+    for (int i = 0; i < times; ++i) entry = loadAndUnload(file);
+    Process now = {entry, threadKeysLeft(), descriptors(), threads(), 0};
+    now.heapBytes = static_cast<long>(mallinfo2().uordblks);
+    printf("entry object %p, %ld keys left, %ld descriptors, %ld threads, %ld bytes of heap\n",
+           now.entry, now.keysLeft, now.descriptors, now.threads, now.heapBytes);
+    return now;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
     if (argc != 3) return 2;
+    setvbuf(stdout, nullptr, _IONBF, 0);  // no heap of its own
     connection.platform.eglGetCurrentContext = [] { return EGLContext{}; };
     driver.gl.glFlush = [] {};
-    if (!loadAndUnload(argv[1])) return 1;
-    const bool unloaded = dlopen(argv[1], RTLD_NOW | RTLD_NOLOAD) == nullptr;
-    const long descriptorsBefore = descriptors();
-    const long threadsBefore = threads();
-    for (int i = 1; i < atoi(argv[2]); ++i) {
-        if (!loadAndUnload(argv[1])) return 1;
-    }
-    printf("unloaded %d, descriptors %ld more, threads %ld more\n", unloaded,
-           descriptors() - descriptorsBefore, threads() - threadsBefore);
-    return descriptors() == descriptorsBefore && threads() == threadsBefore ? 0 : 1;
+    // The first two rounds start the monitor, which stays, and end its thread.
+    const Process before = afterLoading(argv[1], 2);
+    const Process after = afterLoading(argv[1], atoi(argv[2]));
+    return before.entry != nullptr && after == before ? 0 : 1;
 }
