@@ -81,8 +81,9 @@ class Policy(unittest.TestCase):
         names = {line.split()[0] for line in rules("property_contexts") + rules("service_contexts")}
         node = rules("genfs_contexts")[0].split()[2]
         for constant in constants - {"/proc/self/cmdline"}:
-            known = (constant in names or any(
-                constant.startswith(name) for name in names if name.endswith(".")) or any(re.fullmatch(path, constant) for path in paths)
+            known = (constant in names
+                     or any(constant.startswith(name) for name in names if name.endswith("."))
+                     or any(re.fullmatch(path, constant) for path in paths)
                      or constant == f"/sys/class/{'/'.join(node.split('/')[3:])}")
             self.assertTrue(known, f"{constant} has no label")
         self.assertLessEqual(names, constants)

@@ -137,7 +137,6 @@ class Scaling(Rig):
         self.assertEqual(drawn(frames[3]), [])
         self.assertEqual(drawn(frames[-1]), [(32, 24)])
 
-
     def test_no_error_is_left_where_the_program_in_use_was_deleted(self) -> None:
         out, _ = self.run_rig("--set", "FB0Factor=50", "--", *probe("linked"), "deleted")
         self.assertEqual(re.findall("left (.*)", out), ["0x0"] * 3)

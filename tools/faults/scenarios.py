@@ -127,7 +127,7 @@ def input_faults(long: bool) -> Iterator[Scenario]:
     last = 9000 if long else 200
     yield Scenario("the node changed every millisecond", "random", SCALED, (), (),
                    ("--fault", f"flip-node@{FIRST}-{last}"), frames=last + 20, right=last + 2)
-    yield Scenario("a node value that is no number", fault_arguments=(
+    yield Scenario("a node value that is not a number", fault_arguments=(
         "--fault", f"node-without-number@{FIRST}-{LAST}"), code=134, says="std::invalid_argument")
     genshin = ("--game", "genshin")
     for name, text in CONFIGURATIONS.items():

@@ -25,7 +25,7 @@ def row(r: Result) -> dict[str, Any]:
     return dict(zip(FIELDS, (
         r.setting.slug, r.setting.factor, r.setting.hdr, r.setting.native, *r.render_size,
         r.samples, _number(r.median, 3), _number(r.p95, 3), _number(r.p99, 3),
-        _number(r.undisturbed, 3), _number(r.noise, 4), _number(r.ratio, 4), _number(r.blit, 3),
+        _number(r.best, 3), _number(r.noise, 4), _number(r.ratio, 4), _number(r.blit, 3),
         _number(r.blit_share, 4), _number(r.ssim, 6), _number(r.psnr, 3),
         _number(r.resized_ssim, 6), r.drawn_wrongly, r.not_scaled)))
 

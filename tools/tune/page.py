@@ -92,9 +92,10 @@ def _all_factors(report: Report) -> str:
 
 
 COLUMNS = """Times are of whole frames until the driver has finished them, the swap included,
-over all rounds. To native takes each frame at its fastest over the rounds, which leaves out what
-else the machine did, and the median over frames. Blit: the part of a frame in which the plug-in
-stretches the scaled picture over the window; clearing the target for the next frame is not in it.
+over all rounds. To native compares the best of rounds: each frame at its fastest over the rounds,
+without what else the machine did, and the median over frames. Blit: the part of a frame in which
+the plug-in stretches the scaled picture over the window; clearing the target for the next frame is
+not in it.
 SSIM (structure) and PSNR (mean error) compare with the native picture of the same frame; the least
 similar one counts. Resized SSIM is what the native picture keeps when it is merely resized to the
 render size and back: a scaled picture that stays far below it was drawn wrongly."""

@@ -67,10 +67,10 @@ class Panel:
                      f"<title>{html.escape(tell(r))}</title></circle>")
 
     def whiskers(self, results: Iterable[Result], kind: str) -> None:
-        """From the undisturbed time to the 95th percentile, or out of the panel."""
+        """From the best of rounds to the 95th percentile, or out of the panel."""
         for r in results:
             x = self.x(r.setting.factor)
-            ends = [(x, self.y(r.undisturbed), x, self.y(min(r.p95, self.high)))]
+            ends = [(x, self.y(r.best), x, self.y(min(r.p95, self.high)))]
             ends += [(x - 5, self.y(v), x + 5, self.y(v)) for v in (r.median, r.p95)
                      if v < self.high]
             for x1, y1, x2, y2 in ends:
@@ -101,16 +101,16 @@ def _times(native: Result, tuned: Sequence[Result], factors: Sequence[int],
            groups: Groups) -> Panel:
     # A busy machine's worst frames must not press everything else flat.
     high = min(max(r.p95 for r in (native, *tuned)) * 1.05,
-               max(r.undisturbed for r in (native, *tuned)) * 2)
+               max(r.best for r in (native, *tuned)) * 2)
     panel = Panel(TOP, TIME_HEIGHT, 0.0, high, factors)
-    panel.text(LEFT - 40, TOP - 14, "frame time in ms: undisturbed, median, p95",
+    panel.text(LEFT - 40, TOP - 14, "frame time in ms: best of rounds, median, p95",
                "start", "name")
     panel.grid()
-    panel.level(native.undisturbed, "native", "reference")
+    panel.level(native.best, "native", "reference")
     for index, group in enumerate(groups.values()):
         panel.whiskers(group, f"s{index}")
-        panel.series(group, lambda r: r.undisturbed, f"s{index}",
-                     lambda r: f"{r.setting.title}: {r.undisturbed:.1f} ms undisturbed, "
+        panel.series(group, lambda r: r.best, f"s{index}",
+                     lambda r: f"{r.setting.title}: {r.best:.1f} ms at best, "
                      f"median {r.median:.1f} ms")
     return panel
 

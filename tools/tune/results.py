@@ -15,7 +15,7 @@ from tools.tune import settings as s
 from tools.tune.player import Run, Session, milliseconds
 from tools.tune.ways import Way
 
-# Native pictures less alike than this are no measure for others.
+# Native pictures less alike than this cannot be a measure for others.
 REPEATABLE = 0.999
 # How much less like the native picture than its plain resize a scaled one may
 # be; beyond it, drawing went wrong, since losing resolution explains less.
@@ -46,11 +46,11 @@ class Result:
     p99: float
     # Each frame at its fastest over the rounds, which are equal but for what else
     # the machine did; the median over frames.
-    undisturbed: float
+    best: float
     # How far two halves of the rounds are apart in that, as a part of it; not a
     # number after a single round.
     noise: float
-    # To native, undisturbed both.
+    # To native, both at their best.
     ratio: float
     blit: float
     blit_share: float
@@ -104,14 +104,14 @@ def _compare(run: Run, native: Run, size: Size | None) -> list[Comparison]:
     return result
 
 
-def _undisturbed(times: NDArray[np.float64]) -> float:
+def _best(times: NDArray[np.float64]) -> float:
     return float(np.median(times.min(axis=0)))
 
 
 def _noise(times: NDArray[np.float64]) -> float:
     if len(times) < 2:
         return math.nan
-    halves = [_undisturbed(times[half::2]) for half in (0, 1)]
+    halves = [_best(times[half::2]) for half in (0, 1)]
     return abs(halves[0] - halves[1]) / min(halves)
 
 
@@ -126,12 +126,12 @@ def evaluate(setting: s.Setting, session: Session, way: Way, comparable: bool) -
     target = [use for use in last.uses if use.size == render_size] if presented else []
     smallest = scaled(last.window, min(setting.factor, setting.hdr))
     blits = np.array([f.blit for f in frames])
-    undisturbed = _undisturbed(times)
+    best = _best(times)
     return Result(
         setting=setting, samples=times.size, median=float(np.median(times)),
         p95=float(np.percentile(times, 95)), p99=float(np.percentile(times, 99)),
-        undisturbed=undisturbed, noise=_noise(times),
-        ratio=undisturbed / _undisturbed(milliseconds(natives)),
+        best=best, noise=_noise(times),
+        ratio=best / _best(milliseconds(natives)),
         blit=float(np.median(blits)) if presented else 0.0,
         blit_share=float(np.median(blits / times.ravel())) if presented else 0.0,
         window=last.window, render_size=render_size, drawn=sorted(last.offscreen, reverse=True),

@@ -59,7 +59,7 @@ def fit_pixels(results: Sequence[Result]) -> Fit | None:
     share = np.array([[(r.setting.factor / 100) ** 2, (r.setting.hdr / 100) ** 2] for r in points])
     if len(points) < 3 or len({tuple(row) for row in share}) < 3:
         return None
-    times = np.array([r.undisturbed - r.blit for r in points])
+    times = np.array([r.best - r.blit for r in points])
     varies = [column for column in (0, 1) if len(set(share[:, column])) > 1]
     matrix = np.column_stack([np.ones(len(points)), share[:, varies]])
     answer, left = nnls(matrix, times)  # no part takes less than no time
@@ -175,7 +175,7 @@ def judge(results: Sequence[Result], noise: Comparison | None, way: Way,
     trusted = repeatable(noise)
     keeping = [r for r in results if _keeps(r, minimum)]
     if trusted and keeping:
-        verdict.chosen = min(keeping, key=lambda r: (_pixels(r), r.undisturbed))
+        verdict.chosen = min(keeping, key=lambda r: (_pixels(r), r.best))
     verdict.headline = _headline(verdict.chosen, results, minimum)
     if noise is not None and not trusted:
         verdict.headline = ("No factor can be recommended: the program does not show the same in "
