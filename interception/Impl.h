@@ -44,4 +44,8 @@ protected:
 
 static_assert(sizeof(Impl) == 2 * sizeof(void*));
 
+// The virtual operations: two destructors, the two of our own, then those of the tables.
+constexpr int kImplFirstEntry = 4;
+constexpr int kImplOperationCount = kImplFirstEntry + kGLEntryCount + kEGLEntryCount;
+
 }  // namespace android

@@ -33,7 +33,7 @@
     .equ RECORD_KEY, 8              // CallRecord: the key, then the lookup
     .equ CONTEXT_IMPL, 4            // CallContext::impl
     .equ IMPL_DRIVER, 4             // Impl::driverTable; the virtual table is at 0
-    .equ FIRST_ENTRY, 16            // the first GL operation in the virtual table
+    .equ FIRST_ENTRY, 16            // the first GL operation in the virtual table: kImplFirstEntry
 
     .equ SAVED_SIZE, 24             // of four argument registers, r4 and lr
     .equ REGISTER_ARGUMENTS, 4      // all others lie on the stack

@@ -23,7 +23,7 @@ namespace android {
 // What the trampolines in assembly know; their Impl is a virtual table and the
 // driver's table.
 static_assert(offsetof(CallRecord, key) == 8 && offsetof(CallRecord, lookup) == 12);
-static_assert(sizeof(Impl) == 8);
+static_assert(sizeof(Impl) == 8 && kImplFirstEntry * sizeof(void*) == 16);
 
 // How the list of entries marks those with a 64-bit argument.
 template <typename Function>
@@ -38,9 +38,7 @@ constexpr bool kHas64BitArgument<R (*)(A...)> = ((sizeof(A) == 8) || ...);
 
 static_assert(sizeof(void*) == 4 && sizeof(long) == 4 && alignof(long long) == 8);
 
-static_assert(offsetof(HookCore, glTables) == 0);
-static_assert(offsetof(HookCore, platformTable) == 2 * 5104);
-static_assert(sizeof(HookCore) == 2 * 5104 + 344);
+static_assert(offsetof(HookCore, glTables) == 0);  // the rest in hook/HookCore.h
 
 static_assert(offsetof(MonitorThread, started) == 4);
 static_assert(offsetof(MonitorThread, game) == 8);

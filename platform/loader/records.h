@@ -9,22 +9,28 @@
 
 namespace android {
 
+// How many entries the loader's tables have. What else counts entries follows from these.
+constexpr int kGLEntryCount = 1020;
+constexpr int kGLExtensionEntryCount = 256;
+constexpr int kEGLEntryCount = 80;
+constexpr int kEGLGetterCount = 6;
+constexpr int kPlatformEntryCount = kEGLEntryCount + kEGLGetterCount;
+constexpr int kDriverEGLEntryCount = 77;
+
 // Positions of the entries in the loader's tables.
 enum GLEntry : int {
 #define GL_ENTRY(result, name, parameters, arguments) kEntry_##name,
 #include "platform/gl_entries.in"
-    kGLEntryCount
+    kGLEntryEnd
 };
+static_assert(kGLEntryEnd == kGLEntryCount);
 
 enum EGLEntry : int {
 #define EGL_ENTRY(result, name, parameters, arguments) kEntry_##name,
 #include "platform/egl_entries.in"
-    kEGLEntryCount
+    kEGLEntryEnd
 };
-
-constexpr int kEGLGetterCount = 6;
-constexpr int kGLExtensionEntryCount = 256;
-constexpr int kDriverEGLEntryCount = 77;
+static_assert(kEGLEntryEnd == kEGLEntryCount);
 
 // A GL dispatch table. `ext` holds the loader's extension entries, which have
 // no names of their own.
@@ -38,7 +44,7 @@ struct gl_hooks_t {
     } ext;
 };
 
-// An EGL dispatch table: 80 EGL entries, then six GL getters.
+// An EGL dispatch table: the EGL entries, then the GL getters.
 struct platform_impl_t {
 #define EGL_ENTRY(result, name, parameters, arguments) result(*name) parameters;
 #define EGL_GETTER_ENTRY(result, name, parameters, arguments) result(*name) parameters;
@@ -70,17 +76,11 @@ struct egl_connection_t {
     bool useAngle;
 };
 
-static_assert(kGLEntryCount == 1020);
-static_assert(kEGLEntryCount == 80);
-static_assert(sizeof(gl_hooks_t) == (1020 + 256) * sizeof(void*));
-static_assert(offsetof(gl_hooks_t, ext) == 1020 * sizeof(void*));
-static_assert(sizeof(platform_impl_t) == 86 * sizeof(void*));
+static_assert(sizeof(gl_hooks_t) == (kGLEntryCount + kGLExtensionEntryCount) * sizeof(void*));
+static_assert(offsetof(gl_hooks_t, ext) == kGLEntryCount * sizeof(void*));
+static_assert(sizeof(platform_impl_t) == kPlatformEntryCount * sizeof(void*));
 static_assert(offsetof(platform_impl_t, eglMakeCurrent) == 17 * sizeof(void*));
-static_assert(offsetof(platform_impl_t, glGetString) == 80 * sizeof(void*));
+static_assert(offsetof(platform_impl_t, glGetString) == kEGLEntryCount * sizeof(void*));
 static_assert(offsetof(egl_connection_t, platform) == (sizeof(void*) == 4 ? 332 : 656));
-#if defined(__arm__)
-static_assert(sizeof(gl_hooks_t) == 5104);
-static_assert(sizeof(platform_impl_t) == 344);
-#endif
 
 }  // namespace android

@@ -18,7 +18,7 @@ constexpr const char* kNames[] = {
 #include "platform/egl_entries.in"
 };
 constexpr int kEntryCount = sizeof(kNames) / sizeof(kNames[0]);
-static_assert(kEntryCount == 1106);
+static_assert(kEntryCount == kGLEntryCount + kPlatformEntryCount);
 
 template <typename R>
 R fromBits(uint64_t bits) {
@@ -49,7 +49,7 @@ void setEntry(R (*&entry)(A...)) {
     entry = recordedEntry<Entry, R, A...>;
 }
 
-// Positions of all 86 platform entries, the getters included.
+// Positions of all platform entries, the getters included.
 enum PlatformEntry {
 #define EGL_ENTRY(result, name, parameters, arguments) kPlatform_##name,
 #define EGL_GETTER_ENTRY(result, name, parameters, arguments) kPlatform_##name,

@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""Checks that a build of the library exports its interface and nothing else, and
-that it calls itself without the dynamic linker.
+"""Checks that a build of the library exports its interface and nothing else, that
+arm/contract/exports.txt lists the same names, that virtual tables have the length that
+the trampolines count on, and that the library calls itself without the dynamic linker.
 
 usage: exports_test.py LIBRARY SOURCE_DIR [NM]
 """
@@ -23,11 +24,11 @@ CLASSES = {
         releaseResourcesAll loadShader createProgram setupGraphics queryGlFunctions FboEnableVRS
         FboDisableVRS collectParametersState reinstallParametersState renderTextureToFbo
         renderfboTodisplay''',
-    'ImplFactory': 'ImplFactory getImpl sgameImpl genshinImpactImpl pubgmhdImpl defaultImplV2',
+    'ImplFactory': 'ImplFactory getImpl defaultImplV2',
     'ContextManager': '''validateTLSKey getCurrentContext getNullContext bindAHookContext
         enableHooking disableHooking reset getGameType isMainRenderringThread getGameConfig
-        parseGameConfig sKey sOnceKey hookingEnabled inited gameList nullContext sgameContext
-        pubgmhdContext genshinImpactContext TlsKeyInitializer::create''',
+        parseGameConfig sKey sOnceKey hookingEnabled inited gameList nullContext
+        TlsKeyInitializer::create''',
     'HookContext': '''HookContext isCurrentThreadNeedToHook setImpl getImpl initImpl startMonitor
         setmainRenderringThreadId getmainRenderringThreadId setTargetTexResolution reset''',
     'HookCore': '''HookCore initGLHooks getEGLPlatformHooks setGLHooksThreadSpecific
@@ -40,20 +41,39 @@ CLASSES = {
     'QoGPUVeskoModeImpl': '''~QoGPUVeskoModeImpl getEGLPlatformHooks init setGLHooksThreadSpecific
         isInWhiteList''',
 }
-WITH_VTABLE = ('Impl', 'DefaultImplV2', 'PUBGMHDImpl', 'GenshinImpactImpl', 'SGAMEImpl',
-               'QoGPUVeskoModeImpl')
+IMPLS = ('Impl', 'DefaultImplV2', 'PUBGMHDImpl', 'GenshinImpactImpl', 'SGAMEImpl')
+# Two destructors, setTargetTexResolution and reset come before the entries.
+FIRST_ENTRY = 4
+# Two words come before the functions: the object's offset and the type information.
+TABLE_HEAD = 2
 FREE = ('gameInfo', 'impl', 'setGLHooksThreadSpecific', 'setGlThreadSpecific')
 
 
+def read(path: str) -> str:
+    with open(path, encoding='utf-8') as file:
+        return file.read()
+
+
 def entries(path: str, macro: str) -> list[str]:
-    with open(path, encoding='utf-8') as rows:
-        return re.findall(rf'^{macro}(?:_64)?\(.*?, (\w+), \(', rows.read(), re.M)
+    return re.findall(rf'^{macro}(?:_64)?\(.*?, (\w+), \(', read(path), re.M)
+
+
+def entry_counts(source: str) -> tuple[int, ...]:
+    """How many GL and how many EGL entries there are."""
+    records = read(f'{source}/platform/loader/records.h')
+    return tuple(int(re.findall(rf'{name} = (\d+);', records)[0])
+                 for name in ('kGLEntryCount', 'kEGLEntryCount'))
+
+
+def game_stems(source: str) -> list[str]:
+    rows = read(f'{source}/games/games.in')
+    return re.findall(r'^GAME_ROW\(\w+, *\d+, *\w+, *(\w+),', rows, re.M)
 
 
 def expected_symbols(source: str) -> set[str]:
     gl = entries(f'{source}/platform/gl_entries.in', 'GL_ENTRY')
     egl = entries(f'{source}/platform/egl_entries.in', 'EGL_ENTRY')
-    assert (len(gl), len(egl)) == (1020, 80), 'the entry lists are not what this test reads'
+    assert (len(gl), len(egl)) == entry_counts(source), 'the lists are not what this test reads'
     symbols = {'createImplInstance', 'destroyImplInstance'}
     symbols.update(f'{name}_hook' for name in gl)
     symbols.update(f'android::{name}_hook' for name in egl)
@@ -65,16 +85,44 @@ def expected_symbols(source: str) -> set[str]:
                 symbols.add(f'android::{cls}::~{member}')
     symbols.update(f'android::Impl::{name}' for name in gl + egl)
     symbols.update(f'android::DefaultImplV2::{name}' for name in gl)
-    symbols.update(f'vtable for android::{cls}' for cls in WITH_VTABLE)
+    symbols.update(f'vtable for android::{cls}' for cls in (*IMPLS, 'QoGPUVeskoModeImpl'))
+    for stem in game_stems(source):
+        symbols.add(f'android::ImplFactory::{stem}Impl')
+        symbols.add(f'android::ContextManager::{stem}Context')
     return symbols
+
+
+def plain(demangled: str) -> str:
+    # Neither parameters nor "const" nor ABI tags say which symbol it is.
+    return re.sub(r'\(.*|\[abi:\w+\]|@.*', '', demangled)
+
+
+def listed_symbols(source: str) -> set[str]:
+    names = re.sub(r'#.*|@ABI@', '', read(f'{source}/arm/contract/exports.txt'))
+    demangled = subprocess.run(['c++filt'], input=names, check=True, capture_output=True, text=True)
+    return {plain(name) for name in demangled.stdout.splitlines() if name}
 
 
 def exported_symbols(library: str, nm: str) -> set[str]:
     lines = subprocess.run([nm, '-D', '-C', '--defined-only', library], check=True,
                            capture_output=True, text=True).stdout.splitlines()
-    names = [line.split(' ', 2)[2] for line in lines]
-    # Neither parameters nor "const" nor ABI tags say which symbol it is.
-    return {re.sub(r'\(.*|\[abi:\w+\]|@.*', '', name) for name in names}
+    return {plain(line.split(' ', 2)[2]) for line in lines}
+
+
+def wrong_tables(library: str, source: str, nm: str) -> list[str]:
+    """Virtual tables of Impls that do not end with the last EGL entry."""
+    lines = subprocess.run([nm, '-D', '-S', '--defined-only', library], check=True,
+                           capture_output=True, text=True).stdout.splitlines()
+    words = TABLE_HEAD + FIRST_ENTRY + sum(entry_counts(source))
+    wrong = [f'the virtual table of {cls}, which is not there' for cls in IMPLS
+             if not any(line.endswith(f' _ZTVN7android{len(cls)}{cls}E') for line in lines)]
+    for address, size, *_, name in (line.split() for line in lines):
+        cls = re.fullmatch(r'_ZTVN7android\d+(\w+)E', name)
+        pointer = len(address) // 2
+        if cls and cls.group(1) in IMPLS and int(size, 16) != words * pointer:
+            wrong.append(f'the virtual table of {cls.group(1)}: {int(size, 16) // pointer} words, '
+                         f'not {words}')
+    return wrong
 
 
 def detours(library: str, nm: str) -> list[str]:
@@ -95,15 +143,18 @@ def main() -> int:
     expected = expected_symbols(sys.argv[2])
     nm = (sys.argv[3:] or ['nm'])[0]
     exported = exported_symbols(sys.argv[1], nm)
-    for name in sorted(expected - exported):
-        print(f'missing: {name}')
-    for name in sorted(exported - expected):
-        print(f'not part of the interface: {name}')
-    own = detours(sys.argv[1], nm)
-    for name in own:
-        print(f'called through the dynamic linker: {name}')
-    print(f'{len(exported)} exported, {len(expected)} expected')
-    return 0 if exported == expected and not own else 1
+    listed = listed_symbols(sys.argv[2])
+    faults = [f'not exported: {name}' for name in sorted(expected - exported)]
+    faults += [f'not part of the interface: {name} (leave PLUGIN_API away, or add it to CLASSES '
+               'in this test)' for name in sorted(exported - expected)]
+    faults += [f'arm/contract/exports.txt lacks {name}: add its mangled name'
+               for name in sorted(expected - listed)]
+    faults += [f'arm/contract/exports.txt has {name}, which is not part of the interface'
+               for name in sorted(listed - expected)]
+    faults += wrong_tables(sys.argv[1], sys.argv[2], nm)
+    faults += [f'called through the dynamic linker: {name}' for name in detours(sys.argv[1], nm)]
+    print(*faults, f'{len(exported)} exported, {len(expected)} expected', sep='\n')
+    return 1 if faults else 0
 
 
 if __name__ == '__main__':

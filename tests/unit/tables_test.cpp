@@ -62,7 +62,7 @@ uint64_t bitsOf(T value) {
 
 // Calls `function` with a pattern of arguments; it must make the one driver call
 // `entry` with the same, and return that entry's result. Templates of the
-// signature only: there are 1100 entries, but far fewer signatures.
+// signature only: there are far fewer signatures than entries.
 template <typename R, typename... A, size_t... I>
 void checkForwarded(const char* name, int entry, const std::function<R(A...)>& function,
                     std::index_sequence<I...>) {
@@ -162,8 +162,9 @@ TEST_F(Tables, GLTablesHoldTheTrampolinesAndNothingElse) {
 #include "platform/gl_entries.in"
     };
     for (HookCore* core : cores) {
-        for (int i = 0; i < 1276; ++i) {
-            EXPECT_EQ(words(core->glTables[1])[i], i < 1020 ? trampolines[i] : nullptr) << i;
+        for (int i = 0; i < kGLEntryCount + kGLExtensionEntryCount; ++i) {
+            void* const expected = i < kGLEntryCount ? trampolines[i] : nullptr;
+            EXPECT_EQ(words(core->glTables[1])[i], expected) << i;
             EXPECT_EQ(words(core->glTables[0])[i], nullptr) << i;
         }
     }
@@ -179,8 +180,8 @@ TEST_F(Tables, PlatformTableHoldsTheHooksAndSixOfTheLoaders) {
     platform_impl_t given = driver.connection.platform;
     platform_impl_t* const table = HookManager::getEGLPlatformHooks(&given);
     EXPECT_EQ(table, &HookManager::hookCore.platformTable);
-    for (int i = 0; i < 86; ++i) {
-        EXPECT_EQ(words(*table)[i], i < 80 ? hooks[i] : words(given)[i]) << i;
+    for (int i = 0; i < kPlatformEntryCount; ++i) {
+        EXPECT_EQ(words(*table)[i], i < kEGLEntryCount ? hooks[i] : words(given)[i]) << i;
     }
     EXPECT_EQ(std::memcmp(&given, &driver.connection.platform, sizeof(given)), 0);
 
@@ -206,7 +207,7 @@ TEST_F(Tables, EveryTrampolineReachesTheOperationOfAnyOtherImpl) {
     expectForwarded(#name, kEntry_##name, table.name);
 #include "platform/gl_entries.in"
     }
-    EXPECT_EQ(overriding.served, 1020);
+    EXPECT_EQ(overriding.served, kGLEntryCount);
     ContextManager::nullContext.setImpl(ImplFactory::getImpl(ImplFactory::NO_GAME));
 }
 
@@ -259,7 +260,7 @@ TEST_F(Tables, TheBaseImplAnswersGLCallsWithZero) {
 }
 
 TEST_F(Tables, ImplOperationsStandInTheTablesOrder) {
-    // Two destructors come first.
+    constexpr int kDestructors = 2;
     const ptrdiff_t slots[] = {
         slotOf(&Impl::setTargetTexResolution),
         slotOf(&Impl::reset),
@@ -268,7 +269,23 @@ TEST_F(Tables, ImplOperationsStandInTheTablesOrder) {
 #define EGL_ENTRY(result, name, parameters, arguments) slotOf(&Impl::name),
 #include "platform/egl_entries.in"
     };
-    for (int i = 0; i < 2 + 1020 + 80; ++i) EXPECT_EQ(slots[i], i + 2);
+    ASSERT_EQ(kDestructors + std::size(slots), size_t{kImplOperationCount});
+    for (size_t i = 0; i < std::size(slots); ++i) EXPECT_EQ(slots[i], kDestructors + i);
+
+    // No pointer to member names a destructor: the first destroys, the second deletes too.
+    static int destroyed;
+    static int deleted;
+    struct Probe : Impl {
+        ~Probe() override { ++destroyed; }
+        static void operator delete(void*) { ++deleted; }
+    };
+    alignas(Probe) char memory[sizeof(Probe)];
+    for (int slot = 0; slot < kDestructors; ++slot) {
+        Impl* const probe = new (memory) Probe;
+        void** const table = *reinterpret_cast<void***>(probe);
+        reinterpret_cast<void (*)(void*)>(table[slot])(probe);
+        EXPECT_EQ(std::make_pair(destroyed, deleted), std::make_pair(slot + 1, slot)) << slot;
+    }
 }
 
 TEST_F(Tables, TheThreadsSlotGetsTheTableOfTheAPIIndex) {
