@@ -1,8 +1,8 @@
-#include "games/ImplFactory.h"
+#include "games/identities.h"
 
 #include <type_traits>
 
-#include "GameImpl/games.h"
+#include "GameImpl/all_renderers.h"
 #include "interception/DefaultImplV2.h"
 #include "interception/call_record.h"
 #include "platform/compiler/construction.h"

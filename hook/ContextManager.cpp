@@ -4,7 +4,7 @@
 
 #include <atomic>
 
-#include "games/games.h"
+#include "games/known_games.h"
 #include "hook/AnyProgramBinding.h"
 #include "hook/GameIdentity.h"
 #include "hook/construction_order.h"

@@ -21,7 +21,7 @@
 #include "platform/compiler/sanitizers.h"
 #include "platform/device/log.h"
 #include "platform/device/names.h"
-#include "platform/device/properties.h"
+#include "platform/device/system_properties.h"
 
 namespace android {
 

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "games/games.h"
+#include "games/known_games.h"
 #include "hook/ContextManager.h"
 #include "hook/GameIdentity.h"
 #include "platform/device/log.h"

@@ -1,7 +1,7 @@
 // The process by its name, as the kernel tells it now.
 #pragma once
 
-#include "games/ImplFactory.h"
+#include "games/identities.h"
 #include "platform/compiler/visibility.h"
 
 namespace android {

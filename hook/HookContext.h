@@ -3,7 +3,7 @@
 // ContextManager owns and chooses them.
 #pragma once
 
-#include "games/ImplFactory.h"
+#include "games/identities.h"
 #include "interception/call_context.h"
 #include "monitor/MonitorThread.h"
 #include "platform/compiler/visibility.h"

@@ -1,7 +1,7 @@
 // The stages of this folder's objects, and the order of all.
 #pragma once
 
-#include "games/ImplFactory.h"
+#include "games/identities.h"
 #include "monitor/GameInfo.h"
 
 namespace android {

@@ -7,7 +7,7 @@
 #include <csignal>
 #include <cstring>
 
-#include "games/games.h"
+#include "games/known_games.h"
 #include "monitor/PollStop.h"
 #include "monitor/safe_descriptor.h"
 #include "platform/device/log.h"

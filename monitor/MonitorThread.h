@@ -9,7 +9,7 @@
 
 #include <cstddef>
 
-#include "games/ImplFactory.h"
+#include "games/identities.h"
 #include "monitor/GameInfo.h"
 #include "platform/compiler/visibility.h"
 

@@ -7,7 +7,7 @@
 
 #include "monitor/GameInfo.h"
 #include "platform/device/log.h"
-#include "platform/device/properties.h"
+#include "platform/device/system_properties.h"
 
 namespace android::any {
 

@@ -9,7 +9,7 @@
 
 #include <binder/Parcel.h>
 
-#include "GameImpl/games.h"
+#include "GameImpl/all_renderers.h"
 #include "hook/HookContext.h"
 #include "hook/HookCore.h"
 #include "interception/call_record.h"

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "platform/device/properties.h"
+#include "platform/device/system_properties.h"
 
 extern "C" int property_get(const char* key, char* value, const char* defaultValue) {
     const std::string text = android::base::GetProperty(key, defaultValue ? defaultValue : "");

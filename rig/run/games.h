@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "games/games.h"
+#include "games/known_games.h"
 
 namespace rig {
 

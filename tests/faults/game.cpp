@@ -3,7 +3,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
-#include "games/games.h"
+#include "games/known_games.h"
 #include "hook/ContextManager.h"
 #include "hook/GPUVeskoMode.h"
 #include "monitor/GameInfo.h"

@@ -9,7 +9,7 @@
 #include <filesystem>
 #include <thread>
 
-#include "games/games.h"
+#include "games/known_games.h"
 #include "hook/ContextManager.h"
 #include "hook/HookManager.h"
 #include "interception/egl_hooks.h"

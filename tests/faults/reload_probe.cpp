@@ -14,7 +14,7 @@
 #include <tuple>
 #include <vector>
 
-#include "games/games.h"
+#include "games/known_games.h"
 #include "hook/GPUVeskoMode.h"
 #include "platform/loader/gl_slot.h"
 #include "platform/loader/records.h"

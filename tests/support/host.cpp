@@ -14,7 +14,7 @@
 #include <thread>
 #include <utility>
 
-#include "platform/device/properties.h"
+#include "platform/device/system_properties.h"
 
 namespace host {
 

@@ -4,7 +4,7 @@
 #include "GameImpl/GenshinImpact/GenshinImpactImpl.h"
 #include "GameImpl/PUBGMHD/PUBGMHDImpl.h"
 #include "GameImpl/sgame/SGAMEImpl.h"
-#include "games/ImplFactory.h"
+#include "games/identities.h"
 #include "hook/HookManager.h"
 #include "tests/support/host.h"
 #include "tests/support/recording_driver.h"

@@ -15,7 +15,7 @@
 #include <map>
 #include <string>
 
-#include "games/games.h"
+#include "games/known_games.h"
 #include "rig/real_driver/real_driver.h"
 #include "tools/bench/plugin.h"
 #include "tools/bench/scenes.h"

@@ -7,7 +7,7 @@
 #include <exception>
 #include <thread>
 
-#include "games/games.h"
+#include "games/known_games.h"
 #include "hook/GPUVeskoMode.h"
 
 namespace rig {

@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-#include "games/ImplFactory.h"
+#include "games/identities.h"
 #include "platform/loader/records.h"
 #include "rig/device/settings.h"
 

@@ -4,7 +4,7 @@
 
 #include <fstream>
 
-#include "games/games.h"
+#include "games/known_games.h"
 #include "hook/HookContext.h"
 #include "platform/loader/gl_constants.h"
 #include "rig/loader/plugin/renderers.h"

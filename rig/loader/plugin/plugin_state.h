@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "games/ImplFactory.h"
+#include "games/identities.h"
 #include "rig/loader/driver/driver.h"
 #include "rig/loader/plugin/parameters.h"
 #include "rig/loader/plugin/plugin.h"

@@ -1,7 +1,7 @@
 // The rows of games/games.in as values.
 #pragma once
 
-#include "games/ImplFactory.h"
+#include "games/identities.h"
 
 namespace android {
 

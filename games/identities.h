@@ -1,6 +1,7 @@
-// The identities of the games, and the Impl objects of the process, one for each game
-// and one for all other processes. Declared below the monitor and the renderers, whose
-// interfaces name the identities; defined above them, in GameImpl/ImplFactory.cpp.
+// ImplFactory: the identities of the games, and the Impl objects of the process, one for
+// each game and one for all other processes. Declared below the monitor and the
+// renderers, whose interfaces name the identities; defined above them, in
+// GameImpl/ImplFactory.cpp.
 #pragma once
 
 #include "platform/compiler/visibility.h"
