@@ -147,13 +147,15 @@ void ModelledDriver::modelTargets() {
         if (faults.incomplete) return GL_FRAMEBUFFER_UNSUPPORTED;
         if (boundFramebuffer == 0) return GL_FRAMEBUFFER_COMPLETE;
         const Object* framebuffer = find(Framebuffer, boundFramebuffer);
-        if (framebuffer == nullptr || framebuffer->attachments.empty()) return 0x8cd7;
+        if (framebuffer == nullptr || framebuffer->attachments.empty())
+            return GL_FRAMEBUFFER_INCOMPLETE_MISSING_ATTACHMENT;
         for (const auto& [attachment, name] : framebuffer->attachments) {
             const Object* image = find(Texture, name);
             if (attachment != GL_COLOR_ATTACHMENT0 && image == nullptr) {
                 image = find(Renderbuffer, name);
             }
-            if (image == nullptr || image->width < 1 || image->height < 1) return 0x8cd6;
+            if (image == nullptr || image->width < 1 || image->height < 1)
+                return GL_FRAMEBUFFER_INCOMPLETE_ATTACHMENT;
         }
         return GL_FRAMEBUFFER_COMPLETE;
     });
@@ -179,7 +181,7 @@ void ModelledDriver::modelDraws() {
 
 void ModelledDriver::modelErrors() {
     on(&GL::glGetError, [this]() -> GLenum {
-        if (faults.endlessErrors) return 0x0507;
+        if (faults.endlessErrors) return GL_CONTEXT_LOST;
         errorPending = !errorPending && (faults.pendingErrors || faults.lost);
         return errorPending ? GL_INVALID_OPERATION : GL_NO_ERROR;
     });

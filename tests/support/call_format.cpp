@@ -10,10 +10,11 @@ namespace {
 // No value below 0x0b00 is here, and none that a test uses as a size.
 #define NAMED(constant) \
     { constant, #constant }
-constexpr struct {
+struct Constant {
     uint64_t value;
     const char* name;
-} kConstants[] = {
+};
+constexpr Constant kConstants[] = {
     // clang-format off
     NAMED(GL_ACTIVE_TEXTURE), NAMED(GL_ARRAY_BUFFER), NAMED(GL_BLEND), NAMED(GL_BLEND_DST_ALPHA),
     NAMED(GL_BLEND_DST_RGB), NAMED(GL_BLEND_SRC_ALPHA), NAMED(GL_BLEND_SRC_RGB),
@@ -32,10 +33,44 @@ constexpr struct {
     NAMED(GL_TEXTURE_BASE_LEVEL), NAMED(GL_TEXTURE_BINDING_2D), NAMED(GL_TEXTURE_MAG_FILTER),
     NAMED(GL_TEXTURE_MAX_ANISOTROPY_EXT), NAMED(GL_TEXTURE_MAX_LEVEL), NAMED(GL_TEXTURE_MIN_FILTER),
     NAMED(GL_TEXTURE_SRGB_DECODE_EXT), NAMED(GL_TEXTURE_WRAP_R), NAMED(GL_TEXTURE_WRAP_S),
-    NAMED(GL_TEXTURE_WRAP_T), NAMED(GL_UNSIGNED_BYTE), NAMED(GL_VERTEX_SHADER),
+    NAMED(GL_TEXTURE_WRAP_T), NAMED(GL_UNSIGNED_BYTE), NAMED(GL_UNSIGNED_SHORT),
+    NAMED(GL_VERTEX_SHADER), NAMED(EGL_HEIGHT), NAMED(EGL_WIDTH),
     // clang-format on
 };
 constexpr uint64_t kLargestSize = 0x1400;
+
+// Smaller values have a name where a call gives them one.
+constexpr Constant kModes[] = {NAMED(GL_TRIANGLES), NAMED(GL_TRIANGLE_FAN)};
+constexpr Constant kFactors[] = {NAMED(GL_ZERO), NAMED(GL_ONE), NAMED(GL_SRC_ALPHA)};
+constexpr Constant kBuffers[] = {NAMED(GL_COLOR_BUFFER_BIT), NAMED(GL_DEPTH_BUFFER_BIT),
+                                 NAMED(GL_STENCIL_BUFFER_BIT)};
+
+template <size_t Count>
+const char* nameOf(uint64_t value, const Constant (&constants)[Count]) {
+    for (const Constant& constant : constants) {
+        if (constant.value == value) return constant.name;
+    }
+    return nullptr;
+}
+
+std::string namesOfBits(uint64_t bits) {
+    std::string text;
+    for (const Constant& buffer : kBuffers) {
+        if ((bits & buffer.value) == 0) continue;
+        text += (text.empty() ? "" : "|") + std::string(buffer.name);
+        bits &= ~buffer.value;
+    }
+    return bits == 0 ? text : "";
+}
+
+// The name of argument `index` of that call; empty without one.
+std::string nameInCall(const std::string& call, size_t index, uint64_t value) {
+    if (call == "glClear") return namesOfBits(value);
+    const char* name = nullptr;
+    if (call.rfind("glDraw", 0) == 0 && index == 0) name = nameOf(value, kModes);
+    if (call == "glBlendFuncSeparate") name = nameOf(value, kFactors);
+    return name == nullptr ? "" : name;
+}
 
 std::string hexadecimal(uint64_t value) {
     char text[24];
@@ -45,9 +80,8 @@ std::string hexadecimal(uint64_t value) {
 
 std::string formatInteger(const Argument& argument) {
     const bool maybeSize = argument.kind == Argument::Signed && argument.bits <= kLargestSize;
-    for (const auto& constant : kConstants) {
-        if (constant.value == argument.bits && !maybeSize) return constant.name;
-    }
+    const char* const name = nameOf(argument.bits, kConstants);
+    if (name != nullptr && !maybeSize) return name;
     if (argument.kind == Argument::Signed) {
         return std::to_string(static_cast<int64_t>(argument.bits));
     }
@@ -88,11 +122,12 @@ std::string format(const Argument& argument, const Argument& previous) {
 
 }  // namespace
 
-std::string formatCall(const char* name, const Argument* arguments, size_t count) {
-    std::string text = std::string(name) + "(";
+std::string formatCall(const char* call, const Argument* arguments, size_t count) {
+    std::string text = std::string(call) + "(";
     for (size_t i = 0; i < count; ++i) {
         if (i != 0) text += ", ";
-        text += format(arguments[i], i == 0 ? Argument() : arguments[i - 1]);
+        const std::string name = nameInCall(call, i, arguments[i].bits);
+        text += !name.empty() ? name : format(arguments[i], i == 0 ? Argument() : arguments[i - 1]);
     }
     return text + ")";
 }

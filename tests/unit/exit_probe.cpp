@@ -159,7 +159,7 @@ int runWithoutKeys() {
     const bool handedOn = driver().takeCalls() ==
                           "eglMakeCurrent(null, null, null, null)\n"
                           "glBindFramebuffer(GL_FRAMEBUFFER, 0)\nglViewport(0, 0, 1000, 500)\n"
-                          "glDrawArrays(4, 0, 3)\neglSwapBuffers(null, null)\n";
+                          "glDrawArrays(GL_TRIANGLES, 0, 3)\neglSwapBuffers(null, null)\n";
     return own && handedOn ? kExitCode : 1;
 }
 

@@ -153,7 +153,7 @@ TEST_F(FboBlit, AFailedSetupIsNotTriedAgainUntilReleased) {
     fbo.renderfboTodisplay(nullptr, nullptr, 400, 200);
     const std::string calls = driver.takeCalls();
     EXPECT_NE(calls.find("glUseProgram(0)\n"), std::string::npos);
-    EXPECT_NE(calls.find("glDrawArrays(6, 0, 4)\n"), std::string::npos);
+    EXPECT_NE(calls.find("glDrawArrays(GL_TRIANGLE_FAN, 0, 4)\n"), std::string::npos);
     EXPECT_EQ(host::takeLog(), line("E", "loadShader", "glCreateShader 1") +
                                    line("E", "loadShader", "glCreateShader 2") +
                                    line("E", "setupGraphics", "failed to createProgram.") +
@@ -228,7 +228,7 @@ glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_STENCIL_ATTACHMENT, GL_RENDER
 const std::string kBegin = R"(glBindFramebuffer(GL_FRAMEBUFFER, 1)
 glInvalidateFramebuffer(GL_FRAMEBUFFER, 1, [GL_DEPTH_STENCIL_ATTACHMENT])
 glClearColor(0, 0, 0, 0)
-glClear(0x4500)
+glClear(GL_COLOR_BUFFER_BIT|GL_DEPTH_BUFFER_BIT|GL_STENCIL_BUFFER_BIT)
 glCheckFramebufferStatus(GL_FRAMEBUFFER)
 )";
 
@@ -254,7 +254,7 @@ TEST_F(FboBlit, TheTargetIsCreatedOnceAndBegunEachFrame) {
 }
 
 TEST_F(FboBlit, AnIncompleteTargetIsReported) {
-    driver.framebufferStatus = 0x8cd6;
+    driver.framebufferStatus = GL_FRAMEBUFFER_INCOMPLETE_ATTACHMENT;
     EXPECT_TRUE(fbo.renderTextureToFbo(true)) << "not looked at";
     driver.takeCalls();
     host::takeLog();
@@ -288,7 +288,7 @@ glBindTexture(GL_TEXTURE_2D, 2)
 glViewport(0, 0, 400, 200)
 glScissor(0, 0, 400, 200)
 glClearColor(0, 0, 0, 0)
-glClear(0x4500)
+glClear(GL_COLOR_BUFFER_BIT|GL_DEPTH_BUFFER_BIT|GL_STENCIL_BUFFER_BIT)
 glBindBuffer(GL_ARRAY_BUFFER, 7)
 glVertexAttribPointer(21, 2, GL_FLOAT, 0, 16, null)
 glEnableVertexAttribArray(21)
@@ -297,11 +297,11 @@ glEnableVertexAttribArray(22)
 glDisable(GL_STENCIL_TEST)
 glDisable(GL_DEPTH_TEST)
 glDisable(GL_BLEND)
-glBlendFuncSeparate(770, 1, 770, 1)
+glBlendFuncSeparate(GL_SRC_ALPHA, GL_ONE, GL_SRC_ALPHA, GL_ONE)
 glColorMask(1, 1, 1, 0)
 glDisable(GL_BLEND)
 glDisable(GL_SAMPLE_SHADING)
-glDrawArrays(6, 0, 4)
+glDrawArrays(GL_TRIANGLE_FAN, 0, 4)
 )";
 const std::string kRestore = R"(glBlendFuncSeparate(11, 13, 12, 14)
 glColorMask(1, 0, 1, 0)
@@ -328,7 +328,7 @@ TEST_F(FboBlit, PresentationPutsTheApplicationsStateBack) {
         {GL_BLEND, {1}},
     };
     // The application's own error is dropped without a line.
-    driver.errors = {0x501};
+    driver.errors = {GL_INVALID_VALUE};
     host::takeLog();
     EXPECT_EQ(fbo.renderfboTodisplay(nullptr, nullptr, 400, 200), 0u);
     EXPECT_EQ(host::takeLog(), "");

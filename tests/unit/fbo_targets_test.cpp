@@ -152,7 +152,12 @@ TEST_F(FboTargets, MultisampledTarget) {
 
 TEST_F(FboTargets, ErrorsAreDrainedIntoTheLogAndChangeNothing) {
     // Two that the application left, then one by each of the first calls.
-    driver.errors = {0x500, 0x502, 0, 0x505, 0, 0x506};
+    driver.errors = {GL_INVALID_ENUM,
+                     GL_INVALID_OPERATION,
+                     0,
+                     GL_OUT_OF_MEMORY,
+                     0,
+                     GL_INVALID_FRAMEBUFFER_OPERATION};
     fbo.createFBO(framebuffer, texture, depthStencil, 640, 360, 2);
     EXPECT_EQ(driver.takeCalls(), kSingleSampleTarget);
     const std::string log = host::takeLog();

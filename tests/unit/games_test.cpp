@@ -91,14 +91,14 @@ TEST(Pubgmhd, PassesItsTwoOperationsThrough) {
     PUBGMHDImpl game(&driver.hooks);
     Impl& impl = game;
     driver.on(&test::EGL::eglSwapBuffersWithDamageKHR, [](void*, void*, int*, int) { return 7u; });
-    impl.glDrawElements(4, 36, 0x1403, reinterpret_cast<const void*>(0x40));
+    impl.glDrawElements(GL_TRIANGLES, 36, GL_UNSIGNED_SHORT, reinterpret_cast<const void*>(0x40));
     EXPECT_EQ(impl.eglSwapBuffersWithDamageKHR(reinterpret_cast<void*>(0x10),
                                                reinterpret_cast<void*>(0x20),
                                                reinterpret_cast<int*>(0x30), 2),
               7u);
     impl.reset();
     EXPECT_EQ(driver.takeAllCalls(),
-              "glDrawElements(4, 36, 0x1403, 0x40)\n"
+              "glDrawElements(GL_TRIANGLES, 36, GL_UNSIGNED_SHORT, 0x40)\n"
               "eglSwapBuffersWithDamageKHR(0x10, 0x20, 0x30, 2)\n");
     EXPECT_EQ(game.getGLDriverImpl(), &driver.hooks);
     EXPECT_EQ(host::takeLog(), "");

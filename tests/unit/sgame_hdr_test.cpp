@@ -54,8 +54,8 @@ glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_F
 glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_FRAMEBUFFER_ATTACHMENT_BLUE_SIZE, ptr)
 glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, GL_STENCIL_ATTACHMENT, GL_FRAMEBUFFER_ATTACHMENT_ALPHA_SIZE, ptr)
 glGetIntegerv(GL_SAMPLE_BUFFERS, ptr)
-eglQuerySurface(0x11, 0x21, 12375, ptr)
-eglQuerySurface(0x11, 0x21, 12374, ptr)
+eglQuerySurface(0x11, 0x21, EGL_WIDTH, ptr)
+eglQuerySurface(0x11, 0x21, EGL_HEIGHT, ptr)
 glGenFramebuffers(1, [1])
 )";
 const std::string kRedirect = "glBindFramebuffer(GL_FRAMEBUFFER, 1)\nglViewport(0, 0, 700, 350)\n";

@@ -11,6 +11,16 @@ using namespace android;
 
 using Sgame = test::SgameFixture;
 
+namespace {
+
+// The window's size is asked for.
+std::string sizeQueries(const std::string& displayAndSurface) {
+    const std::string begin = "eglQuerySurface(" + displayAndSurface;
+    return begin + ", EGL_WIDTH, ptr)\n" + begin + ", EGL_HEIGHT, ptr)\n";
+}
+
+}  // namespace
+
 TEST_F(Sgame, SwitchesAndFactorsComeFromTheParameters) {
     EXPECT_FALSE(game.enabled || game.hdrEnabled || game.shaderRewriteEnabled);
     EXPECT_EQ(std::make_pair(game.hdrScale, game.fboScale), std::make_pair(0.7f, 0.75f));
@@ -58,9 +68,7 @@ TEST_F(Sgame, ASwapWithScalingOffOnlySwaps) {
 TEST_F(Sgame, AFrameGoesThroughTheTarget) {
     setParameters(1, 50, 100);
     game.eglSwapBuffers(display, surface);
-    const std::string setup =
-        "eglSwapBuffers(0x10, 0x20)\n"
-        "eglQuerySurface(0x11, 0x21, 12375, ptr)\neglQuerySurface(0x11, 0x21, 12374, ptr)\n";
+    const std::string setup = "eglSwapBuffers(0x10, 0x20)\n" + sizeQueries("0x11, 0x21");
     EXPECT_EQ(driver.takeCalls().find(setup + "glGenFramebuffers(1, [1])\n"), 0u);
     EXPECT_EQ(std::make_pair(game.fboWidth, game.fboHeight), std::make_pair(500, 250));
     EXPECT_TRUE(game.frameRedirected);
@@ -73,21 +81,20 @@ TEST_F(Sgame, AFrameGoesThroughTheTarget) {
     const std::string begin =
         "glBindFramebuffer(GL_FRAMEBUFFER, 1)\n"
         "glInvalidateFramebuffer(GL_FRAMEBUFFER, 1, [GL_DEPTH_STENCIL_ATTACHMENT])\n"
-        "glClearColor(0, 0, 0, 0)\nglClear(0x4500)\n"
+        "glClearColor(0, 0, 0, 0)\n"
+        "glClear(GL_COLOR_BUFFER_BIT|GL_DEPTH_BUFFER_BIT|GL_STENCIL_BUFFER_BIT)\n"
         "glCheckFramebufferStatus(GL_FRAMEBUFFER)\nglViewport(0, 0, 500, 250)\n";
     game.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
     EXPECT_EQ(driver.takeCalls(), begin);
     EXPECT_TRUE(game.frameRedirected);
 
-    const std::string swapped =
-        "eglSwapBuffers(0x10, 0x20)\n"
-        "eglQuerySurface(0x10, 0x20, 12375, ptr)\neglQuerySurface(0x10, 0x20, 12374, ptr)\n";
+    const std::string swapped = "eglSwapBuffers(0x10, 0x20)\n" + sizeQueries("0x10, 0x20");
     game.eglSwapBuffers(display, surface);
     const std::string frame = driver.takeCalls();
     const size_t blit = frame.find("glViewport(0, 0, 1000, 500)\nglScissor(0, 0, 1000, 500)\n");
     const size_t swap = frame.find(swapped + begin);
-    EXPECT_LT(blit, frame.find("glDrawArrays(6, 0, 4)\n"));
-    EXPECT_LT(frame.find("glDrawArrays(6, 0, 4)\n"), swap);
+    EXPECT_LT(blit, frame.find("glDrawArrays(GL_TRIANGLE_FAN, 0, 4)\n"));
+    EXPECT_LT(frame.find("glDrawArrays(GL_TRIANGLE_FAN, 0, 4)\n"), swap);
     EXPECT_EQ(frame.size(), swap + swapped.size() + begin.size());
 
     // Not redirected at the swap: nothing to present.
@@ -107,10 +114,9 @@ TEST_F(Sgame, AnotherFactorTakesAnotherTargetOnly) {
     game.eglSwapBuffers(display, surface);
     const std::string calls = driver.takeCalls();
     const std::string rebuilt =
-        "eglQuerySurface(0x10, 0x20, 12375, ptr)\neglQuerySurface(0x10, 0x20, 12374, ptr)\n"
-        "glDeleteFramebuffers(1, [1])\nglDeleteTextures(1, [2])\nglDeleteRenderbuffers(1, [3])\n"
-        "eglQuerySurface(0x11, 0x21, 12375, ptr)\neglQuerySurface(0x11, 0x21, 12374, ptr)\n"
-        "glGenFramebuffers(1, [8])\n";
+        sizeQueries("0x10, 0x20") +
+        "glDeleteFramebuffers(1, [1])\nglDeleteTextures(1, [2])\nglDeleteRenderbuffers(1, [3])\n" +
+        sizeQueries("0x11, 0x21") + "glGenFramebuffers(1, [8])\n";
     EXPECT_NE(calls.find(rebuilt), std::string::npos) << calls;
     EXPECT_EQ(std::make_pair(game.fboWidth, game.fboHeight), std::make_pair(600, 300));
     game.eglSwapBuffers(display, surface);
@@ -147,7 +153,8 @@ TEST_F(Sgame, SwitchedOffTheWindowComesBackAtFullSize) {
     game.eglSwapBuffers(display, surface);
     const std::string calls = driver.takeCalls();
     const size_t swap = calls.find("eglSwapBuffers(");
-    EXPECT_LT(calls.find("glDrawArrays(6, 0, 4)\n"), swap) << "the last frame is presented";
+    EXPECT_LT(calls.find("glDrawArrays(GL_TRIANGLE_FAN, 0, 4)\n"), swap)
+        << "the last frame is presented";
     EXPECT_EQ(calls.substr(swap),
               "eglSwapBuffers(0x10, 0x20)\n"
               "glDeleteFramebuffers(1, [1])\nglDeleteTextures(1, [2])\n"
@@ -164,7 +171,7 @@ TEST_F(Sgame, SwitchedOffTheWindowComesBackAtFullSize) {
 }
 
 TEST_F(Sgame, AnIncompleteTargetGivesTheWindowBack) {
-    driver.framebufferStatus = 0x8cd6;
+    driver.framebufferStatus = GL_FRAMEBUFFER_INCOMPLETE_ATTACHMENT;
     makeHdrTarget();
     game.enabled = true;
     driver.takeCalls();
