@@ -56,7 +56,7 @@ Surroundings::Surroundings(int wantedWidth, int wantedHeight, bool onScreen)
 }
 
 Surroundings::~Surroundings() {
-    makeCurrent(EGL_NO_SURFACE, EGL_NO_CONTEXT);
+    eglMakeCurrent(display, EGL_NO_SURFACE, EGL_NO_SURFACE, EGL_NO_CONTEXT);
     eglTerminate(display);
     if (xDisplay != nullptr) XCloseDisplay(static_cast<Display*>(xDisplay));
 }

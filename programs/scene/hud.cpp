@@ -18,8 +18,14 @@ float dotSize(const Canvas& canvas) {
     return std::fmax(1.0f, std::round(static_cast<float>(canvas.height()) / 360.0f));
 }
 
+// A whole column, so that lines stay sharp.
+float middleOf(const Canvas& canvas) {
+    const int column = canvas.width() / 2;
+    return static_cast<float>(column);
+}
+
 void drawScore(Canvas& canvas, float dot, float phase) {
-    const float middle = static_cast<float>(canvas.width() / 2);
+    const float middle = middleOf(canvas);
     const float half = 110 * dot;
     canvas.box(middle - half, 0, 2 * half, 24 * dot, kInk);
     canvas.frame(middle - half, -1, 2 * half, 24 * dot, kLine);
@@ -55,11 +61,14 @@ void drawHealthBars(Canvas& canvas, const Arena& arena, float dot) {
     }
 }
 
+constexpr int kMinimap = 78, kMinimapCell = 6;
+
 void drawMinimap(Canvas& canvas, const Arena& arena, float dot) {
-    const float size = 78 * dot, left = 6 * dot, top = 6 * dot;
+    const float size = kMinimap * dot, left = 6 * dot, top = 6 * dot;
     const float cx = left + size / 2, cy = top + size / 2;
     canvas.box(left, top, size, size, {0.05f, 0.08f, 0.07f, 0.72f});
-    for (float line = 0; line < size; line += 6 * dot) {
+    for (int i = 0; i < kMinimap / kMinimapCell; ++i) {
+        const float line = static_cast<float>(i * kMinimapCell) * dot;
         canvas.box(left + line, top, 1, size, {0.5f, 0.6f, 0.5f, 0.25f});
         canvas.box(left, top + line, size, 1, {0.5f, 0.6f, 0.5f, 0.25f});
     }
@@ -120,13 +129,14 @@ void drawEvents(Canvas& canvas, float dot, float phase) {
 
 // One-pixel tick marks, the first thing to blur when the window is scaled.
 void drawRuler(Canvas& canvas, float dot) {
-    const float middle = static_cast<float>(canvas.width() / 2);
+    const float middle = middleOf(canvas);
     const float y = static_cast<float>(canvas.height()) - 26 * dot, w = 200 * dot;
     canvas.box(middle - w / 2, y, w, 20 * dot, kInk);
     canvas.frame(middle - w / 2, y, w, 20 * dot, kLine);
-    for (float x = 4; x < w - 4; x += 4) {
-        const float tall = static_cast<int>(x) % 20 == 0 ? 7 * dot : 4 * dot;
-        canvas.box(middle - w / 2 + x, y + 1, 1, tall, {0.98f, 0.96f, 0.88f, 0.8f});
+    for (int x = 4; static_cast<float>(x) < w - 4; x += 4) {
+        const float tall = x % 20 == 0 ? 7 * dot : 4 * dot;
+        canvas.box(middle - w / 2 + static_cast<float>(x), y + 1, 1, tall,
+                   {0.98f, 0.96f, 0.88f, 0.8f});
     }
     canvas.textCentered(middle, y + 10 * dot, dot, "LV 12   XP 3140/4000   QUEST 2/5", kPaper);
 }

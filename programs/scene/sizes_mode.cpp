@@ -59,7 +59,8 @@ private:
         canvas.begin(windowWidth, windowHeight);
         const Color ink{0.03f, 0.04f, 0.08f, 0.7f}, paper{0.98f, 0.96f, 0.88f, 1};
         for (int i = 0; i < kCount; ++i) {
-            const float left = static_cast<float>(windowWidth * i / kCount);
+            const int column = windowWidth * i / kCount;
+            const auto left = static_cast<float>(column);
             const std::string label =
                 std::to_string(kSizes[i].width) + " / " + std::to_string(kSizes[i].height);
             const float w = Canvas::textWidth(2, label) + 16;

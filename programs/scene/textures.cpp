@@ -147,7 +147,7 @@ Sample sample(Surface surface, float u, float v) {
 }
 
 GLubyte byte(float value) {
-    return static_cast<GLubyte>(std::clamp(value, 0.0f, 1.0f) * 255.0f + 0.5f);
+    return static_cast<GLubyte>(std::floor(std::clamp(value, 0.0f, 1.0f) * 255.0f + 0.5f));
 }
 
 GLuint upload(const std::vector<GLubyte>& pixels) {

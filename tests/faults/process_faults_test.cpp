@@ -44,6 +44,7 @@ TEST(ProcessFaults, ThreadsBindAndCallWhileHookingIsSwitched) {
         swaps = draws = 0;
         std::atomic<int> running{kThreads};
         std::vector<std::thread> threads;
+        threads.reserve(kThreads);
         for (int i = 0; i < kThreads; ++i) {
             threads.emplace_back([&] {
                 for (int round = 0; round < kRounds; ++round) {

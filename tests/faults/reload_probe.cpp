@@ -54,6 +54,7 @@ void useAsTheGame(QoGPUVeskoModeImpl* entry, platform_impl_t* egl) {
     egl->eglGetCurrentContext();
     entry->setGLHooksThreadSpecific(&driver, 1);
     const auto* table = static_cast<gl_hooks_t*>(platform_tls_slots()[TLS_SLOT_OPENGL_API]);
+    if (table == nullptr) abort();
     table->gl.glFlush();
     egl->eglGetCurrentContext();
 }

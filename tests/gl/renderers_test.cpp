@@ -63,7 +63,8 @@ protected:
     void fill(int x, int y, int width, int height, const Pixel& color) {
         sgame.glScissor(x, y, width, height);
         sgame.glEnable(GL_SCISSOR_TEST);
-        sgame.glClearColor(color[0] / 255.0f, color[1] / 255.0f, color[2] / 255.0f, 1);
+        const auto part = [&](int i) { return static_cast<float>(color[i]) / 255; };
+        sgame.glClearColor(part(0), part(1), part(2), 1);
         sgame.glClear(GL_COLOR_BUFFER_BIT);
         sgame.glDisable(GL_SCISSOR_TEST);
     }

@@ -107,7 +107,7 @@ void reserveProcessName(char** argv) {
 void setProcessName(const std::string& name) {
     if (processName == nullptr || name.size() >= kReserved) abort();
     memset(processName, 0, kReserved);
-    memcpy(processName, name.data(), name.size());
+    name.copy(processName, name.size());
 }
 
 #endif

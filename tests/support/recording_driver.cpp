@@ -23,7 +23,7 @@ static_assert(kEntryCount == kGLEntryCount + kPlatformEntryCount);
 template <typename R>
 R fromBits(uint64_t bits) {
     R value;
-    std::memcpy(&value, &bits, sizeof(value));
+    std::memcpy(&value, &bits, sizeof(value));  // NOLINT(bugprone-sizeof-expression): a pointer
     return value;
 }
 

@@ -36,7 +36,7 @@ struct Argument {
         if constexpr (std::is_integral_v<T>) {
             bits = static_cast<uint64_t>(value);  // sign-extended
         } else {
-            std::memcpy(&bits, &value, sizeof(value));
+            std::memcpy(&bits, &value, sizeof(value));  // NOLINT(bugprone-sizeof-expression)
         }
         if constexpr (std::is_same_v<T, float>) real = static_cast<double>(value);
         if constexpr (std::is_same_v<T, double>) real = value;

@@ -173,7 +173,7 @@ TEST_F(SgameHdr, TheTargetGoesWithTheContextInWhichItWasMade) {
         SCOPED_TRACE(test.what);
         const auto makeCurrent = [&](uintptr_t context, bool succeeds) {
             driver.on(&test::EGL::eglMakeCurrent,
-                      [=](void*, void*, void*, void*) { return succeeds ? 1U : 0U; });
+                      [=](void*, void*, void*, void*) { return succeeds ? 1u : 0u; });
             game.eglMakeCurrent(display, surface, surface, reinterpret_cast<void*>(context));
         };
         makeCurrent(0, true);

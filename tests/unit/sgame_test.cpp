@@ -133,13 +133,13 @@ TEST_F(Sgame, AfterAFailedSwapTheTargetKeepsItsFactor) {
     setParameters(1, 50, 100);
     game.eglSwapBuffers(display, surface);
     setParameters(1, 60, 100);
-    driver.on(&test::EGL::eglSwapBuffers, [](void*, void*) { return 0U; });
+    driver.on(&test::EGL::eglSwapBuffers, [](void*, void*) { return 0u; });
     driver.takeCalls();
     game.eglSwapBuffers(display, surface);
     EXPECT_EQ(driver.takeCalls().find("eglQuerySurface("), std::string::npos);
     game.glViewport(0, 0, 1000, 500);
     EXPECT_EQ(driver.takeCalls(), "glViewport(0, 0, 500, 250)\n");
-    driver.on(&test::EGL::eglSwapBuffers, [](void*, void*) { return 1U; });
+    driver.on(&test::EGL::eglSwapBuffers, [](void*, void*) { return 1u; });
     game.eglSwapBuffers(display, surface);
     EXPECT_EQ(std::make_pair(game.fboWidth, game.fboHeight), std::make_pair(600, 300));
 }

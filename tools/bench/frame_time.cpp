@@ -110,12 +110,13 @@ private:
 }  // namespace
 
 int main(int argc, char** argv) {
-    constexpr const android::Game* game = android::findGame(android::ImplFactory::SGAME);
-    if (argc != 5 || std::string(argv[0]) != game->package) {
-        fprintf(stderr, "usage: %s LIBRARY WIDTH HEIGHT ROUNDS (under this name)\n", game->package);
+    constexpr const android::Game* kGame = android::findGame(android::ImplFactory::SGAME);
+    if (argc != 5 || std::string(argv[0]) != kGame->package) {
+        fprintf(stderr, "usage: %s LIBRARY WIDTH HEIGHT ROUNDS (under this name)\n",
+                kGame->package);
         return 2;
     }
-    pthread_setname_np(pthread_self(), game->thread);
+    pthread_setname_np(pthread_self(), kGame->thread);
     Frames frames(argv[1], atoi(argv[2]), atoi(argv[3]));
     for (const auto* kind : {&bench::kHeavyLarge, &bench::kHeavySmall, &bench::kLight}) {
         frames.measure(*kind, atoi(argv[4]));

@@ -28,7 +28,7 @@ void drawObject(const Table& gl, unsigned number) {
     gl.glDepthMask(number % 2);
     gl.glUniform4f(0, shade, shade, shade, 1);
     gl.glViewport(0, 0, 16, 16);
-    gl.glScissor(0, 0, 8 + number % 2, 8);
+    gl.glScissor(0, 0, 8 + static_cast<int>(number % 2), 8);
     gl.glDisable(GL_BLEND);
     gl.glDrawArrays(GL_TRIANGLES, 0, 3);
 }
@@ -63,7 +63,7 @@ void measure(benchmark::State& state, const Table& direct, const Table& library)
     std::vector<double> times[2];
     const Table* const tables[] = {&direct, &library};
     size_t first = 0;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         times[first].push_back(drawObjects(*tables[first]));
         times[1 - first].push_back(drawObjects(*tables[1 - first]));
         first = 1 - first;

@@ -42,6 +42,7 @@ const android::gl_hooks_t::gl_t& Plugin::bindThread(const android::gl_hooks_t& d
     egl->eglGetCurrentContext();
     entry->setGLHooksThreadSpecific(&driver, android::egl_connection_t::GLESv2_INDEX);
     void* const table = android::threadPointerArray()[android::TLS_SLOT_OPENGL_API];
+    if (table == nullptr) abort();
     return static_cast<const android::gl_hooks_t*>(table)->gl;
 }
 
