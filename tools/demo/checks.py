@@ -2,13 +2,13 @@
 the framebuffers that the driver saw. Times and settings prove nothing here."""
 
 from collections.abc import Sequence
-from typing import Protocol
 
 from tools.common import measure
 from tools.common.measure import Picture
 from tools.common.sizes import Size, scaled, text_size, text_sizes
 from tools.common.stats import Frame
 from tools.demo.cases import INTERNAL_SIZES, Case, Run
+from tools.demo.report import Result
 
 # Frames at the start of a case that prove nothing: the driver may still be
 # making what the case needs.
@@ -85,15 +85,7 @@ def check_picture(case: Case, picture: Picture, reference: Picture) -> list[str]
     return failures
 
 
-class Compared(Protocol):
-    """A case whose picture has been held against the native one."""
-
-    case: Case
-    psnr: float
-    detail: float
-
-
-def check_order(results: Sequence[Compared]) -> list[tuple[Case, str]]:
+def check_order(results: Sequence[Result]) -> list[tuple[Case, str]]:
     """Cases of falling resolution must lose more and more: (case, message) pairs."""
     failures = []
     for higher, lower in zip(results, results[1:]):

@@ -3,7 +3,6 @@
 from collections.abc import Sequence
 from dataclasses import dataclass, field
 from pathlib import Path
-from typing import Protocol
 
 import numpy as np
 from numpy.typing import NDArray
@@ -14,6 +13,7 @@ from tools.common.launcher import Launcher, captures
 from tools.common.stats import Frame
 from tools.tune import settings as s
 from tools.tune.options import Options
+from tools.tune.progress import Progress
 from tools.tune.settings import Setting
 from tools.tune.ways import WAYS
 
@@ -44,22 +44,6 @@ class Session:
     complete: bool = False
 
 
-class Watching(Protocol):
-    """Who is told how the schedule goes on."""
-
-    def plan(self, runs: int) -> None:
-        ...
-
-    def started(self, setting: Setting, number: int) -> None:
-        ...
-
-    def tick(self, has_frames: bool) -> None:
-        ...
-
-    def done(self) -> None:
-        ...
-
-
 def picture_frames(warmup: int, frames: int, count: int) -> list[int]:
     """Frame numbers, counted from 1, spread over the measured ones."""
     count = min(count, frames)
@@ -88,7 +72,7 @@ class Player:
         session.frames, session.warmup = frames, self._options.warmup
         session.picture_frames = picture_frames(session.warmup, frames, self._options.pictures)
 
-    def play(self, settings: Sequence[Setting], progress: Watching) -> Session:
+    def play(self, settings: Sequence[Setting], progress: Progress) -> Session:
         """Plays the whole schedule; the session keeps what was done when this is
         interrupted."""
         while not self.session.complete:
@@ -99,7 +83,7 @@ class Player:
                 self._shorten(short.frames)
         return self.session
 
-    def _play_all(self, settings: Sequence[Setting], progress: Watching) -> None:
+    def _play_all(self, settings: Sequence[Setting], progress: Progress) -> None:
         self.session.runs.clear()
         # The pictures of two native runs tell how far pictures can be trusted.
         rounds = list(s.schedule(settings, self._options.rounds))
@@ -133,7 +117,7 @@ class Player:
             return [*result, "--no-plugin"]
         return result + WAYS[o.game].options(setting, self._folder)
 
-    def _play(self, setting: Setting, number: int, progress: Watching) -> Run:
+    def _play(self, setting: Setting, number: int, progress: Progress) -> Run:
         session = self.session
         name = f"{setting.slug}-{number + 1}"
         file = self._folder / f"{name}.stats.json"
