@@ -7,7 +7,21 @@
 #include "interception/call_record.h"
 #include "platform/compiler/construction.h"
 #include "platform/compiler/immortal.h"
-#include "platform/compiler/sanitizers.h"
+
+// Two exported variables lie in the record: other names for a part of it, which C++
+// cannot give with a size of their own. DefaultImplV2 ImplFactory::defaultImplV2 and
+// pthread_key_t ContextManager::sKey.
+#define WORD_SIZE_TEXT(size) #size
+#define WORD_SIZE(size) WORD_SIZE_TEXT(size)
+#define NAME_IN_RECORD(symbol, offset, size)   \
+    __asm__(".globl " symbol "\n.type " symbol \
+            ", %object\n"                      \
+            ".set " symbol ", vesko_call_record + " offset "\n.size " symbol ", " size "\n")
+NAME_IN_RECORD("_ZN7android11ImplFactory13defaultImplV2E", "0",
+               "2 * " WORD_SIZE(__SIZEOF_POINTER__));
+NAME_IN_RECORD("_ZN7android14ContextManager4sKeyE", "2 * " WORD_SIZE(__SIZEOF_POINTER__), "4");
+static_assert(sizeof(android::DefaultImplV2) == sizeof(android::CallRecord::passThrough));
+static_assert(sizeof(pthread_key_t) == 4);
 
 // A lookup before a key was made must not read some other library's thread-local
 // value.
@@ -18,13 +32,6 @@ namespace android {
 #define GAME_ROW(identity, value, Class, stem, symbol, ...) \
     IMMORTAL_STORAGE(Class, stem##Storage, "_ZN7android11ImplFactory" #symbol "E");
 #include "games/games.in"
-
-static_assert(sizeof(DefaultImplV2) == sizeof(CallRecord::passThrough));
-// The address sanitizer would guard the record's other members from this name.
-constexpr size_t kDefaultStorage =
-    ADDRESSES_ARE_WATCHED ? sizeof(CallRecord) : sizeof(DefaultImplV2);
-extern "C" [[gnu::visibility("default"), gnu::alias("vesko_call_record")]] char
-    defaultStorage[kDefaultStorage] __asm__("_ZN7android11ImplFactory13defaultImplV2E");
 
 namespace {
 

@@ -7,6 +7,12 @@ function(plugin_module name)
     target_include_directories(${name} SYSTEM PRIVATE ${ANDROID_INCLUDE_DIR})
 endfunction()
 
+# immortal_storage(SOURCES...): those that use platform/compiler/immortal.h, or give
+# names to parts of an object in assembly.
+function(immortal_storage)
+    set_property(SOURCE ${ARGN} PROPERTY COMPILE_OPTIONS -fno-lto)
+endfunction()
+
 # Not linked: it holds static assertions only.
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
     plugin_module(arm_layout ${CMAKE_SOURCE_DIR}/arm/contract/layout.cpp)

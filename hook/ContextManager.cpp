@@ -46,7 +46,6 @@ CONSTRUCTED_AT(kExitWatchStage) ExitWatch exitWatch;
 
 }  // namespace
 
-pthread_key_t ContextManager::sKey = kNoThreadKey;
 pthread_once_t ContextManager::sOnceKey = PTHREAD_ONCE_INIT;
 bool ContextManager::hookingEnabled = true;
 bool ContextManager::inited = false;
@@ -65,8 +64,9 @@ void ContextManager::TlsKeyInitializer::create() {
         HOOK_LOG(ERROR, "no thread key is left: every call goes to the driver");
         return;
     }
-    sKey = key;
     vesko_call_record.key = key;
+    // The same storage, unless a program that refers to sKey holds a copy of it.
+    sKey = key;
 }
 
 void ContextManager::validateTLSKey() { pthread_once(&sOnceKey, TlsKeyInitializer::create); }

@@ -54,7 +54,7 @@ public:
     // Reads the file only. `game` is the service's answer, for the log.
     static void parseGameConfig(int game, int& width, int& height);
 
-    static pthread_key_t sKey;
+    static pthread_key_t sKey;  // lies in the call record
     static pthread_once_t sOnceKey;
     static bool hookingEnabled;
     static bool inited;  // the game configuration has been read

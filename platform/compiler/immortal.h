@@ -6,6 +6,9 @@
 // `extern T name` or as a static member is defined here as raw storage under
 // the object's own symbol and constructed in place; the compiler then never
 // registers its destructor.
+//
+// So one symbol has two types, which an optimizer of whole programs must not see: such a
+// file is named in its folder's immortal_storage().
 #pragma once
 
 #include <new>

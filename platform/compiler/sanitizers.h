@@ -10,10 +10,8 @@
 
 #if defined(__SANITIZE_ADDRESS__) || SANITIZED_BY(address_sanitizer)
 #define DELIBERATE_OVERREAD __attribute__((no_sanitize("address")))
-#define ADDRESSES_ARE_WATCHED true
 #else
 #define DELIBERATE_OVERREAD
-#define ADDRESSES_ARE_WATCHED false
 #endif
 
 // For the writer: a race is reported only where both sides are watched.

@@ -137,6 +137,18 @@ def detours(library: str, nm: str) -> list[str]:
     return sorted(called & {line.split()[-1] for line in lines})
 
 
+def wrong_sizes(library: str, nm: str) -> list[str]:
+    """Variables that take a part of an object: a program's copy takes as much."""
+    with open(library, 'rb') as elf:
+        word = 4 * elf.read(5)[4]
+    expected = {'_ZN7android11ImplFactory13defaultImplV2E': 2 * word,
+                '_ZN7android14ContextManager4sKeyE': 4}
+    lines = subprocess.run([nm, '-DS', '--defined-only', library], check=True,
+                           capture_output=True, text=True).stdout.splitlines()
+    sizes = {line.split()[-1]: int(line.split()[1], 16) for line in lines}
+    return [name for name, size in expected.items() if sizes.get(name) != size]
+
+
 def main() -> int:
     if len(sys.argv) not in (3, 4):
         sys.exit(__doc__.strip())
@@ -152,6 +164,7 @@ def main() -> int:
     faults += [f'arm/contract/exports.txt has {name}, which is not part of the interface'
                for name in sorted(listed - expected)]
     faults += wrong_tables(sys.argv[1], sys.argv[2], nm)
+    faults += [f'wrong size: {name}' for name in wrong_sizes(sys.argv[1], nm)]
     faults += [f'called through the dynamic linker: {name}' for name in detours(sys.argv[1], nm)]
     print(*faults, f'{len(exported)} exported, {len(expected)} expected', sep='\n')
     return 1 if faults else 0
