@@ -9,7 +9,6 @@ import signal
 import subprocess
 import sys
 import time
-import unittest
 from pathlib import Path
 
 from tests.rig import rig_test
@@ -80,7 +79,8 @@ class Ending(Rig):
             stream.write('#!/bin/sh\nfor a in "$@"; do [ "$a" != --proc ] || exit 1; done\n'
                          f'exec {shutil.which("bwrap")} "$@"\n')
         os.chmod(wrapper, 0o755)
-        ways = (("its end", "sleep 0.2; exit 5", [], 5),
+        ways: tuple[tuple[str, str, list[str], int], ...] = (
+                ("its end", "sleep 0.2; exit 5", [], 5),
                 ("SIGTERM", "trap 'exit 9' TERM; " + FOREVER, ["TERM"], 9),
                 ("two Ctrl-C", DEAF + FOREVER, ["INT", "INT"], 137),
                 ("three SIGTERM", DEAF + FOREVER, ["TERM", "TERM", "TERM"], 137),
