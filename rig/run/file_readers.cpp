@@ -85,7 +85,7 @@ kinds::InputFile readInputFile(const RawOption& option) {
     if (!option.given()) return "";
     const std::string& name = option.text();
     if (name.empty()) refuse(option, name, "is no file name");
-    const std::string file = absolutePath(name);
+    std::string file = absolutePath(name);
     struct stat info = {};
     if (stat(file.c_str(), &info) != 0 || access(file.c_str(), R_OK) != 0) {
         refuse(option, name,

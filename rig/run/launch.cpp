@@ -12,6 +12,7 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "rig/run/argv.h"
 #include "rig/run/control.h"
 #include "rig/run/display.h"
 #include "rig/run/exit_codes.h"
@@ -37,12 +38,7 @@ constexpr auto kGracePeriod = 5000ms;
 // inside decides what becomes of them.
 [[noreturn]] void become(const std::vector<std::string>& arguments, const SignalQueue& signals) {
     signals.restore(SIG_IGN);
-    std::vector<char*> argv;
-    for (const std::string& argument : arguments) {
-        argv.push_back(const_cast<char*>(argument.c_str()));
-    }
-    argv.push_back(nullptr);
-    execvp(argv[0], argv.data());
+    execvp(arguments[0].c_str(), toArgv(arguments).data());
     fprintf(stderr, "vesko-run: cannot run bwrap: %s; install the package bubblewrap\n",
             strerror(errno));
     _exit(kExitNotFound);

@@ -1,4 +1,7 @@
 // vesko-run: see --help.
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <cstring>
 #include <utility>
@@ -7,7 +10,15 @@
 #include "rig/run/options.h"
 #include "rig/run/supervise.h"
 
+// Descriptors that are made later must not pass for a stream that was closed.
+static void openStandardStreams() {
+    for (int stream = STDIN_FILENO; stream <= STDERR_FILENO; ++stream) {
+        if (fcntl(stream, F_GETFD) < 0) open("/dev/null", O_RDWR);
+    }
+}
+
 int main(int argc, char** argv) {
+    openStandardStreams();
     if (argc == 4 && strcmp(argv[1], rig::kSuperviseArgument) == 0) {
         return rig::supervise(atoi(argv[2]), atoi(argv[3]));
     }

@@ -21,7 +21,7 @@ static void from_json(const json& in, LaunchSettings& launch) {
 }
 
 NLOHMANN_DEFINE_TYPE_NON_INTRUSIVE(Plan, settings, launch, environment, displayAuthority, program,
-                                   processName, arguments)
+                                   arguments)
 
 std::string toJson(const Plan& plan) { return textFromJson(plan); }
 

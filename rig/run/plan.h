@@ -25,8 +25,7 @@ struct Plan {
     std::vector<EnvironmentChange> environment;
     std::string displayAuthority;        // what XAUTHORITY's file is to hold; empty: nothing new
     std::string program;                 // absolute
-    std::string processName;             // the program's argv[0]
-    std::vector<std::string> arguments;  // without argv[0]
+    std::vector<std::string> arguments;  // argv, which begins with the process's name
 };
 
 // The plan crosses from the launcher to the supervisor as JSON.

@@ -25,8 +25,9 @@ std::string findProgram(const std::string& name, int& exitCode) {
     } else {
         const char* path = getenv("PATH");
         std::istringstream directories(path != nullptr ? path : "/usr/local/bin:/usr/bin:/bin");
-        for (std::string directory; std::getline(directories, directory, ':');)
+        for (std::string directory; std::getline(directories, directory, ':');) {
             candidates.push_back(absolutePath(directory.empty() ? "." : directory) + "/" + name);
+        }
     }
     exitCode = kExitNotFound;
     for (const std::string& candidate : candidates) {
@@ -64,9 +65,9 @@ int chooseProgram(const std::vector<std::string>& command, Plan& plan) {
                                           : "is not an executable file");
         return exitCode;
     }
-    plan.arguments.assign(command.begin() + 1, command.end());
+    plan.arguments = command;
     const std::string gamesName = processNameOf(plan.settings.game);
-    plan.processName = gamesName.empty() ? command[0] : gamesName;
+    if (!gamesName.empty()) plan.arguments[0] = gamesName;
     if (!gamesName.empty() && isScript(plan.program)) {
         fprintf(stderr,
                 "vesko-run: '%s' is a script, so its process bears its interpreter's name and the "

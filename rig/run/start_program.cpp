@@ -9,6 +9,7 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "rig/run/argv.h"
 #include "rig/run/exit_codes.h"
 #include "rig/run/paths.h"
 #include "rig/run/program.h"
@@ -47,12 +48,7 @@ void setEnvironment(const Plan& plan) {
     dup2(nothing, STDIN_FILENO);
     if (nothing > STDERR_FILENO) close(nothing);
     setEnvironment(plan);
-    std::vector<char*> argv = {const_cast<char*>(plan.processName.c_str())};
-    for (const std::string& argument : plan.arguments) {
-        argv.push_back(const_cast<char*>(argument.c_str()));
-    }
-    argv.push_back(nullptr);
-    execv(plan.program.c_str(), argv.data());
+    execv(plan.program.c_str(), toArgv(plan.arguments).data());
     fprintf(stderr, "vesko-run: cannot run %s: %s\n", plan.program.c_str(), strerror(errno));
     _exit(kExitCannotRun);
 }
@@ -61,8 +57,9 @@ void setEnvironment(const Plan& plan) {
 
 StartedProgram::StartedProgram(const Plan& plan, const SignalQueue& signals) {
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0)
+    if (pipe2(ends, O_CLOEXEC) != 0) {
         throw std::runtime_error(std::string("pipe: ") + strerror(errno));
+    }
     gate = ends[1];
     child = fork();
     if (child == 0) {
