@@ -99,6 +99,18 @@ void addOptions(CLI::App& app, RawOptions& raw) {
 #include "rig/device/options.in"
 }
 
+// Each output would replace another.
+void refuseSharedFiles(
+    const std::vector<std::pair<const RawOption&, std::vector<std::string>>>& outputs) {
+    std::set<std::string> taken;
+    for (const auto& [option, files] : outputs) {
+        for (const std::string& file : files) {
+            if (file.empty() || taken.insert(file).second) continue;
+            throw BadOption(option.name, "'" + file + "' is named twice; give each its own file");
+        }
+    }
+}
+
 // What concerns several options at once.
 void completePlan(const RawOptions& raw, Plan& plan) {
     const LaunchSettings& launch = plan.launch;
@@ -117,6 +129,9 @@ void completePlan(const RawOptions& raw, Plan& plan) {
         plan.settings.captures.push_back(
             {launch.captureFiles[i], given ? launch.captureFrames[i] : 1});
     }
+    refuseSharedFiles({{raw.captureFiles, launch.captureFiles},
+                       {raw.statsFile, {plan.settings.statsFile}},
+                       {raw.countFile, {launch.countFile}}});
     std::set<std::string> names;
     for (const Parameter& parameter : launch.parameters) names.insert(parameter.name);
     const bool fits = names.size() <= ParameterNode::kParametersMax;

@@ -335,6 +335,7 @@ class Launcher(Rig):
                           ["--property", "odd"], ["--frames", "0"], ["--frame", "2"],
                           ["--capture", "/no/such/directory/a.png"], ["--odd"], ["--bare=5"],
                           ["--set", "a\nb=1"], ["--clock", "step:0x10"], ["--config", ""],
+                          ["--count", self.path("a"), "--stats", self.directory + "/./a"],
                           ["--stats", ""], [f"--set=p{i}=1" for i in range(70)],
                           ["--count", "/dev/null"], ["--stats", "/"], ["--capture", "/a.png"],
                           ["--count", self.directory], ["--stats", "/proc/a.json"],
