@@ -94,8 +94,13 @@ void ScaledGl::blit(const int (&source)[4], const int (&drawn)[4], unsigned mask
     const Scale& s = scale();
     const bool sameSize = std::abs(source[2] - source[0]) == std::abs(drawn[2] - drawn[0]) &&
                           std::abs(source[3] - source[1]) == std::abs(drawn[3] - drawn[1]);
+    const int scaled[] = {s.x(drawn[0]), s.y(drawn[1]), s.x(drawn[2]), s.y(drawn[3])};
+    if (fromWindow && separateRead) {
+        const WindowToRead window(*this, {}, mask);
+        pass(scaled);
+        return;
+    }
     if (!fromWindow && (s.isIdentity() || !sameSize || !readsSamples())) {
-        const int scaled[] = {s.x(drawn[0]), s.y(drawn[1]), s.x(drawn[2]), s.y(drawn[3])};
         pass(scaled);
         return;
     }
@@ -106,7 +111,7 @@ void ScaledGl::blit(const int (&source)[4], const int (&drawn)[4], unsigned mask
     const Box& scissor = coordinates.scissor();
     gl().glScissor(scissor.x, scissor.y, scissor.width, scissor.height);
     pass(drawn);
-    copyFromWindow(part, mask);
+    copyFromWindow(drawTarget(), part, mask);
     applyScissor();
 }
 

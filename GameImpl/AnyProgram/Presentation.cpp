@@ -145,14 +145,13 @@ void ScaledGl::copyToScratch() {
 // Into what stands in for the window that is drawn to, which is bound afterwards,
 // as is what the program reads from. The scissor box does not matter: nothing
 // beyond it has changed, or it is off.
-void ScaledGl::copyFromWindow(const Box& part, unsigned mask) {
+void ScaledGl::copyFromWindow(const Target& target, const Box& part, unsigned mask) {
     static constexpr GLenum kColor = GL_COLOR_ATTACHMENT0;
     static constexpr GLenum kNone = GL_NONE;
-    const Scale& s = scale();
     gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
     gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, own(kDrawn));
     if (drawnToNone) gl().glDrawBuffers(1, &kColor);
-    copyImages(part, s.box(part), mask & drawTarget().copied);
+    copyImages(part, target.scale.box(part), mask & target.copied);
     if (drawnToNone) gl().glDrawBuffers(1, &kNone);
     bindRead();
 }

@@ -48,6 +48,7 @@ unsigned ScaledEgl::eglMakeCurrent(void* display, void* draw, void* read, void* 
         const Lock lock(surfaces().mutex);
         next = surfaces().context(display, context);
     }
+    if (old != nullptr && old != next) old->beforeLeaving();
     if (next != nullptr) handOver(display, draw, *next);
     bindThread(next != nullptr ? next->threadBinding() : idleBinding);
     const EGLBoolean made = egl.eglMakeCurrent(display, draw, read, context);
@@ -110,6 +111,7 @@ void ScaledEgl::handOver(void* display, void* draw, ScaledGl& next) {
 
 unsigned ScaledEgl::eglReleaseThread() {
     ScaledGl* const old = currentContext();
+    if (old != nullptr) old->beforeLeaving();
     const EGLBoolean done = getEGLPlatformImpl()->eglReleaseThread();
     if (done && old != nullptr) {
         bindThread(idleBinding);

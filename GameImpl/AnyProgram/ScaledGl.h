@@ -34,9 +34,11 @@ public:
     bool isCurrent() const { return current; }
 
     // Right after the context was made current with these surfaces, which may be
-    // null, and right after it ceased to be; leave may destroy the object.
+    // null; right before it ceases to be, and right after: leave may destroy the
+    // object.
     void enter(EGLDisplay display, EGLContext context, std::shared_ptr<Surface> draw,
                std::shared_ptr<Surface> read);
+    void beforeLeaving();
     void leave();
 
     bool drawsTo(EGLSurface surface) const;
@@ -122,7 +124,7 @@ private:
     void drawWindowFrom(const Target& target, const Box& part, unsigned mask);
     void copyToWindow(const Box& part, unsigned mask);
     void copyToScratch();
-    void copyFromWindow(const Box& part, unsigned mask);
+    void copyFromWindow(const Target& target, const Box& part, unsigned mask);
     void blit(const int (&source)[4], const int (&drawn)[4], unsigned mask, unsigned filter,
               decltype(gl_hooks_t::gl_t::glBlitFramebuffer) call);
     bool readsSamples();
@@ -159,6 +161,7 @@ private:
     Stand drawStand;
     Stand readStand;
     bool separateRead = false;
+    bool tried = false;  // bindings were changed to make a target
     int attached[kOwnCount] = {-1, -1, -1};
 
     GLuint drawBound = 0;  // as the program named them

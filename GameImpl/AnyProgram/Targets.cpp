@@ -271,7 +271,8 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
         gl().glBlitFramebuffer(0, 0, 1, 1, 0, 0, 1, 1, part, GL_NEAREST);
         if (!errors.failed()) target.copied |= part;
     }
-    copyFromWindow({0, 0, target.scale.window.width, target.scale.window.height}, target.copied);
+    copyFromWindow(target, {0, 0, target.scale.window.width, target.scale.window.height},
+                   target.copied);
     return errors.failed() ? "it cannot be copied" : nullptr;
 }
 
@@ -279,6 +280,7 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
 // the driver's own, and the reason in the log.
 int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer) {
     if (surface->refused) return -1;
+    tried = true;
     const std::lock_guard<std::mutex> lock(Surfaces::instance().mutex);
     auto& targets = group->targets;
     const auto same = std::find_if(targets.begin(), targets.end(),
@@ -302,7 +304,7 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
         } else {
             attach(index, framebuffer);
             if (!holds && !separateRead)
-                copyFromWindow({0, 0, window.width, window.height}, target.copied);
+                copyFromWindow(target, {0, 0, window.width, window.height}, target.copied);
         }
         surface->holder = group;
         surface->drawnBy = handle;
@@ -346,7 +348,9 @@ void ScaledGl::enter(EGLDisplay, EGLContext context, std::shared_ptr<Surface> dr
     }
     if (!served) return;
     const bool hadScale = drawStand.exists() && !scale().isIdentity();
-    const bool had = drawStand.exists() || readStand.exists();
+    const auto wasOrIsOurs = [this] { return drawStand.exists() || readStand.exists() || tried; };
+    tried = false;
+    const bool had = wasOrIsOurs();
     separateRead = draw != read;
     drawStand.surface = draw;
     learnBoxes();
@@ -356,14 +360,17 @@ void ScaledGl::enter(EGLDisplay, EGLContext context, std::shared_ptr<Surface> dr
     } else {
         readStand = drawStand;
     }
-    if (!had && !drawStand.exists() && !readStand.exists()) return;
+    if (!had && !wasOrIsOurs()) return;
     bindDraw();
     bindRead();
     if (hadScale || (drawStand.exists() && !scale().isIdentity())) applyCoordinates();
 }
 
-void ScaledGl::leave() {
+void ScaledGl::beforeLeaving() {
     if (drawStand.exists() && drawStand.surface->manyGroups) present(false);
+}
+
+void ScaledGl::leave() {
     current = false;
     if (abandoned) abandon();
 }

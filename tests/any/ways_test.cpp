@@ -1,0 +1,141 @@
+// Each way of using a window, played by the driver alone and with the emulated
+// window in use: at factor 100 nothing may differ, below it pictures only, and
+// those as little as fewer pixels make.
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "hook/HookManager.h"
+#include "tests/any/player.h"
+#include "tests/support/host.h"
+
+namespace any_test {
+namespace {
+
+// The loader: it hands over the driver's table when a context is made current, and
+// keeps what the window shows when it is swapped.
+struct Loader {
+    test::RealDriver driver{kWidth, kHeight};
+    a::egl_connection_t connection = {};
+    a::platform_impl_t* hooks = nullptr;
+    Record* shown = nullptr;
+};
+Loader* loader;
+
+a::EGLBoolean makeCurrent(a::EGLDisplay display, a::EGLSurface draw, a::EGLSurface read,
+                          a::EGLContext context) {
+    const a::EGLBoolean made = loader->driver.platform.eglMakeCurrent(display, draw, read, context);
+    if (made && context != nullptr && loader->hooks != nullptr)
+        a::HookManager::setGLHooksThreadSpecific(&loader->driver.hooks, 1);
+    return made;
+}
+
+a::EGLBoolean swapBuffers(a::EGLDisplay display, a::EGLSurface surface) {
+    const auto& gl = loader->driver.hooks.gl;
+    GLint bound = 0;
+    GLint packed = 0;
+    gl.glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &bound);
+    gl.glGetIntegerv(GL_PIXEL_PACK_BUFFER_BINDING, &packed);
+    gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+    gl.glBindBuffer(GL_PIXEL_PACK_BUFFER, 0);
+    Picture picture{"shown", kWidth, kHeight, {}};
+    picture.bytes.resize(size_t{kWidth} * kHeight * 4);
+    gl.glReadPixels(0, 0, kWidth, kHeight, GL_RGBA, GL_UNSIGNED_BYTE, picture.bytes.data());
+    loader->shown->pictures.push_back(std::move(picture));
+    gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(bound));
+    gl.glBindBuffer(GL_PIXEL_PACK_BUFFER, static_cast<GLuint>(packed));
+    return loader->driver.platform.eglSwapBuffers(display, surface);
+}
+
+double meanDifference(const Picture& x, const Picture& y) {
+    if (x.bytes.size() != y.bytes.size()) return 255;
+    double sum = 0;
+    for (size_t i = 0; i < x.bytes.size(); ++i) sum += std::abs(x.bytes[i] - y.bytes[i]);
+    return x.bytes.empty() ? 0 : sum / static_cast<double>(x.bytes.size());
+}
+
+class Ways : public ::testing::TestWithParam<Way> {
+protected:
+    static void SetUpTestSuite() {
+        loader = new Loader;
+        loader->connection.platform = loader->driver.platform;
+        loader->connection.platform.eglMakeCurrent = makeCurrent;
+        loader->connection.platform.eglSwapBuffers = swapBuffers;
+        host::setProcessName("/usr/games/asked");
+        host::properties()["vendor.vesko.scale.asked"] = "100";
+        host::properties()["vendor.vesko.scale.pbuffers"] = "1";
+        a::HookManager::setEGLImpl(&loader->connection);
+    }
+
+    Record play(int percent) {
+        Record record;
+        loader->shown = &record;
+        const bool native = percent == 0;
+        loader->hooks = native ? nullptr
+                               : a::HookManager::getEGLPlatformHooks(&loader->connection.platform);
+        host::properties()["vendor.vesko.scale.asked"] = std::to_string(percent);
+        const a::platform_impl_t& egl = native ? loader->connection.platform : *loader->hooks;
+        const auto& gl = native ? loader->driver.hooks.gl
+                                : a::HookManager::hookCore
+                                      .glTables[a::egl_connection_t::GLESv2_INDEX].gl;
+        host::takeLog();
+        Player player(gl, egl, loader->driver.display, GetParam().config, record);
+        if (player.eglConfig == nullptr) {
+            record.answers.emplace_back("no config");
+            return record;
+        }
+        // The factor that is asked for counts from the first swap on.
+        Record beforehand;
+        loader->shown = &beforehand;
+        egl.eglSwapBuffers(player.display, player.surface);
+        loader->shown = &record;
+        gl.glClearColor(0.1f, 0.1f, 0.1f, 0.5f);
+        gl.glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+        GetParam().play(player);
+        player.error("last");
+        log = host::takeLog();
+        return record;
+    }
+
+    std::string log;
+};
+
+TEST_P(Ways, LookTheSame) {
+    ASSERT_TRUE(loader->driver.ok()) << "no OpenGL ES 3 driver with pbuffers";
+    const Record native = play(0);
+    if (native.answers.front() == "no config") GTEST_SKIP() << "the driver has no such config";
+    const char* only = getenv("WAYS_NATIVE");
+    for (const int percent : only ? std::vector<int>{0, 0} : std::vector<int>{100, 75, 50}) {
+        SCOPED_TRACE("factor " + std::to_string(percent));
+        const Record scaled = play(percent);
+        EXPECT_EQ(log.find("not scaled") != std::string::npos, GetParam().bound == 0) << log;
+        EXPECT_EQ(scaled.answers, native.answers);
+        ASSERT_EQ(scaled.pictures.size(), native.pictures.size());
+        double worst = 0;
+        for (size_t i = 0; i < native.pictures.size(); ++i) {
+            const double difference = meanDifference(scaled.pictures[i], native.pictures[i]);
+            const double bound = percent == 100 ? 0 : GetParam().bound * (percent < 75 ? 2 : 1);
+            EXPECT_LE(difference, bound) << native.pictures[i].name << " " << i;
+            worst = std::max(worst, difference);
+        }
+        RecordProperty("worst" + std::to_string(percent), std::to_string(worst));
+        if (getenv("WAYS_PRINT") != nullptr)
+            printf("%s at %d: worst mean difference %.2f of %zu pictures, %zu answers\n",
+                   GetParam().name, percent, worst, native.pictures.size(), native.answers.size());
+    }
+}
+
+std::string nameOf(const ::testing::TestParamInfo<Way>& info) { return info.param.name; }
+
+INSTANTIATE_TEST_SUITE_P(Pixels, Ways, ::testing::ValuesIn(kPixelWays), nameOf);
+INSTANTIATE_TEST_SUITE_P(State, Ways, ::testing::ValuesIn(kStateWays), nameOf);
+INSTANTIATE_TEST_SUITE_P(Contexts, Ways, ::testing::ValuesIn(kContextWays), nameOf);
+
+}  // namespace
+}  // namespace any_test
+
+int main(int argc, char** argv) {
+    host::reserveProcessName(argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
