@@ -58,6 +58,7 @@ room(tests/unit ${library} tests/support)
 room(tests/faults ${library} tests/support)
 room(tests/fuzz ${library} tests/faults/modelled_driver.h tests/support)
 room(tests/gl ${library} rig/real_driver tests/support)
+room(tests/any ${library} rig/real_driver tests/support)
 room(tests/device ${library} tests/support)
 room(tests/rig rig/loader/statistics)
 

@@ -55,6 +55,7 @@ public:
     }
 
 #include "GameImpl/AnyProgram/overrides.in"
+#include "GameImpl/AnyProgram/shader_overrides.in"
 
 private:
     friend class WindowBound;
@@ -129,6 +130,17 @@ private:
               decltype(gl_hooks_t::gl_t::glBlitFramebuffer) call);
     bool readsSamples();
 
+    // Shaders.
+    const char* scalePrecision(GLenum kind);
+    bool changesShaders() const;
+    void undoShader(GLuint shader);
+    void learnProgram(GLuint program, bool changed);
+    void learnBinary(GLuint program);
+    template <class Strings, class Create>
+    GLuint createProgram(GLenum kind, int count, Strings strings, Create create);
+    void keepInPipelines(GLuint program);
+    void setShaderScale(GLuint program, PixelProgram& pixels);
+
     // Targets.
     void learnContext();
     void stand(Stand& side, const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer);
@@ -170,6 +182,7 @@ private:
     GLuint conditionalQuery = 0;
     GLenum conditionalMode = 0;
     GLenum keptError = 0;
+    GLuint usedProgram = 0;
 
     Coordinates coordinates;
     static constexpr int kTriedSizes = 4;

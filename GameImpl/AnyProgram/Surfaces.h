@@ -9,6 +9,7 @@
 #include <mutex>
 #include <vector>
 
+#include "GameImpl/AnyProgram/ShaderTable.h"
 #include "GameImpl/AnyProgram/geometry.h"
 #include "platform/loader/records.h"
 
@@ -59,6 +60,7 @@ struct ShareGroup {
     GLuint firstName = 0;   // of ours; 0: none are taken yet
     GLuint nameOffset = 0;  // the program's names are the driver's less this
     std::array<Target, kMostTargets> targets;
+    ShaderTable shaders;
 };
 
 class Surfaces {

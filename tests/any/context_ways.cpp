@@ -147,8 +147,8 @@ void sharesImages(Player& p) {
     p.fill(0, 0, 16, 16, 1, 0.5f, 0);
     constexpr unsigned kRenderbufferTarget = 0x30B9;
     void* const renderbuffer = reinterpret_cast<void*>(uintptr_t{1});
-    void* image = p.egl.eglCreateImageKHR(p.display, p.context, kRenderbufferTarget, renderbuffer,
-                                          nullptr);
+    void* image =
+        p.egl.eglCreateImageKHR(p.display, p.context, kRenderbufferTarget, renderbuffer, nullptr);
     p.note("image", image != nullptr);
     unsigned texture = 0;
     p.gl.glGenTextures(1, &texture);

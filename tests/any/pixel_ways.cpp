@@ -51,7 +51,8 @@ void readsBoxes(Player& p) {
     p.gl.glBindBuffer(GL_PIXEL_PACK_BUFFER, buffer);
     p.gl.glBufferData(GL_PIXEL_PACK_BUFFER, kWidth * kHeight * 4, nullptr, GL_STREAM_READ);
     p.gl.glReadPixels(0, 0, kWidth, kHeight, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
-    void* map = p.gl.glMapBufferRange(GL_PIXEL_PACK_BUFFER, 0, kWidth * kHeight * 4, GL_MAP_READ_BIT);
+    void* map =
+        p.gl.glMapBufferRange(GL_PIXEL_PACK_BUFFER, 0, kWidth * kHeight * 4, GL_MAP_READ_BIT);
     Picture mapped{"mapped", kWidth, kHeight, {}};
     mapped.bytes.assign(static_cast<unsigned char*>(map),
                         static_cast<unsigned char*>(map) + kWidth * kHeight * 4);
@@ -135,7 +136,8 @@ void blitsToTheWindow(Player& p) {
         blit("part", 20, 10, 60, 50, 20, 10, 60, 50, GL_COLOR_BUFFER_BIT, GL_NEAREST);
         blit("scaled", 0, 0, kWidth, kHeight, 50, 30, 90, 60, GL_COLOR_BUFFER_BIT, GL_LINEAR);
         blit("mirrored", 0, 0, 40, 30, 44, 33, 4, 3, GL_COLOR_BUFFER_BIT, GL_NEAREST);
-        blit("depth", 0, 0, kWidth, kHeight, 0, 0, kWidth, kHeight, GL_DEPTH_BUFFER_BIT, GL_NEAREST);
+        blit("depth", 0, 0, kWidth, kHeight, 0, 0, kWidth, kHeight, GL_DEPTH_BUFFER_BIT,
+             GL_NEAREST);
         p.gl.glEnable(GL_SCISSOR_TEST);
         p.gl.glScissor(30, 20, 11, 13);
         blit("all, scissored", 0, 0, kWidth, kHeight, 0, 0, kWidth, kHeight, GL_COLOR_BUFFER_BIT,
@@ -185,7 +187,8 @@ void shadersInWindowPixels(Player& p) {
     static const char kFragment[] =
         "precision mediump float; uniform float lift;\n"
         "void main() { vec2 at = floor(gl_FragCoord.xy / 8.0);\n"
-        "  gl_FragColor = vec4(mod(at.x + at.y, 2.0), gl_FragCoord.x / 96.0, gl_FragCoord.y / 64.0, "
+        "  gl_FragColor = vec4(mod(at.x + at.y, 2.0), gl_FragCoord.x / 96.0, gl_FragCoord.y / "
+        "64.0, "
         "1.0) + lift; }\n";
     const unsigned made = p.program(kVertex, kFragment);
     p.gl.glUseProgram(made);

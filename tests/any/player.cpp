@@ -38,8 +38,8 @@ Player::~Player() {
 
 a::EGLSurface Player::newSurface(int width, int height) {
     constexpr int kColorspace = 0x309D, kSRGB = 0x3089, kLinear = 0x308A;
-    const int attributes[] = {EGL_WIDTH, width, EGL_HEIGHT, height, kColorspace,
-                              config.sRGB ? kSRGB : kLinear, EGL_NONE};
+    const int attributes[] = {
+        EGL_WIDTH, width, EGL_HEIGHT, height, kColorspace, config.sRGB ? kSRGB : kLinear, EGL_NONE};
     surfaces.push_back(egl.eglCreatePbufferSurface(display, eglConfig, attributes));
     return surfaces.back();
 }

@@ -89,7 +89,7 @@ struct Way {
     Config config;
     void (*play)(Player&);
     // How far a picture may be from the native one at factor 75, as the mean difference
-    // of a channel; at 50 twice as far. At 0 the window must be the driver's own.
+    // of a channel. At 0 the window must be the driver's own.
     double bound = 6;
 };
 

@@ -4,13 +4,31 @@
 namespace any_test {
 namespace {
 
-const std::vector<unsigned> kWindowState = {
-    GL_DRAW_FRAMEBUFFER_BINDING, GL_READ_FRAMEBUFFER_BINDING, GL_RENDERBUFFER_BINDING,
-    GL_VIEWPORT, GL_SCISSOR_BOX, GL_LINE_WIDTH, GL_RED_BITS, GL_GREEN_BITS, GL_BLUE_BITS,
-    GL_ALPHA_BITS, GL_DEPTH_BITS, GL_STENCIL_BITS, GL_SAMPLES, GL_SAMPLE_BUFFERS, GL_READ_BUFFER,
-    GL_DRAW_BUFFER0, GL_DRAW_BUFFER0 + 1, GL_IMPLEMENTATION_COLOR_READ_FORMAT,
-    GL_IMPLEMENTATION_COLOR_READ_TYPE, GL_MAX_VIEWPORT_DIMS, GL_CURRENT_PROGRAM,
-    GL_VERTEX_ARRAY_BINDING, GL_ACTIVE_TEXTURE, GL_TEXTURE_BINDING_2D, GL_COLOR_CLEAR_VALUE};
+const std::vector<unsigned> kWindowState = {GL_DRAW_FRAMEBUFFER_BINDING,
+                                            GL_READ_FRAMEBUFFER_BINDING,
+                                            GL_RENDERBUFFER_BINDING,
+                                            GL_VIEWPORT,
+                                            GL_SCISSOR_BOX,
+                                            GL_LINE_WIDTH,
+                                            GL_RED_BITS,
+                                            GL_GREEN_BITS,
+                                            GL_BLUE_BITS,
+                                            GL_ALPHA_BITS,
+                                            GL_DEPTH_BITS,
+                                            GL_STENCIL_BITS,
+                                            GL_SAMPLES,
+                                            GL_SAMPLE_BUFFERS,
+                                            GL_READ_BUFFER,
+                                            GL_DRAW_BUFFER0,
+                                            GL_DRAW_BUFFER0 + 1,
+                                            GL_IMPLEMENTATION_COLOR_READ_FORMAT,
+                                            GL_IMPLEMENTATION_COLOR_READ_TYPE,
+                                            GL_MAX_VIEWPORT_DIMS,
+                                            GL_CURRENT_PROGRAM,
+                                            GL_VERTEX_ARRAY_BINDING,
+                                            GL_ACTIVE_TEXTURE,
+                                            GL_TEXTURE_BINDING_2D,
+                                            GL_COLOR_CLEAR_VALUE};
 
 void asksAboutTheWindow(Player& p) {
     p.asks("window", kWindowState);
@@ -73,8 +91,8 @@ void bindsAndNames(Player& p) {
     p.framebuffer(8, 8);
     int value = -77;
     for (unsigned attachment : {GL_COLOR_ATTACHMENT0, GL_DEPTH_ATTACHMENT, GL_COLOR_ATTACHMENT1}) {
-        p.gl.glGetFramebufferAttachmentParameteriv(
-            GL_FRAMEBUFFER, attachment, GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME, &value);
+        p.gl.glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, attachment,
+                                                   GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME, &value);
         p.note("attached", value);
         p.error("attached");
     }
@@ -91,9 +109,8 @@ void choosesBuffers(Player& p) {
     const unsigned back = GL_BACK, none = GL_NONE, attachment = GL_COLOR_ATTACHMENT0;
     const unsigned two[] = {GL_BACK, GL_NONE};
     p.fill(0, 0, kWidth, kHeight, 1, 0, 0);
-    for (const auto& [n, buffers] :
-         std::vector<std::pair<int, const unsigned*>>{{1, &none}, {1, &attachment}, {2, two}, {0, two},
-                                                      {-1, two}, {1, &none}}) {
+    for (const auto& [n, buffers] : std::vector<std::pair<int, const unsigned*>>{
+             {1, &none}, {1, &attachment}, {2, two}, {0, two}, {-1, two}, {1, &none}}) {
         p.gl.glDrawBuffers(n, buffers);
         p.error("draw buffers");
         p.note("draw buffer", p.ask(GL_DRAW_BUFFER0));
@@ -211,7 +228,8 @@ void boxes(Player& p) {
         int whole[4] = {};
         p.gl.glGetFloati_vOES(GL_VIEWPORT, i, box);
         p.gl.glGetIntegeri_v(GL_SCISSOR_BOX, i, whole);
-        for (int k = 0; k < 4; ++k) p.note("indexed", std::to_string(box[k]) + " " + std::to_string(whole[k]));
+        for (int k = 0; k < 4; ++k)
+            p.note("indexed", std::to_string(box[k]) + " " + std::to_string(whole[k]));
         p.error("indexed");
     }
     p.asks("first of many", {GL_VIEWPORT, GL_SCISSOR_BOX});
@@ -228,7 +246,8 @@ void stateAtASwap(Player& p) {
     p.gl.glGenTransformFeedbacks(1, &feedback);
     p.gl.glGenBuffers(1, &buffer);
     const unsigned used = p.program(
-        "#version 300 es\nin vec4 place; out vec4 made; void main() { made = place; gl_Position = place; }",
+        "#version 300 es\nin vec4 place; out vec4 made; void main() { made = place; gl_Position = "
+        "place; }",
         "#version 300 es\nprecision mediump float; out vec4 c; void main() { c = vec4(1.0); }");
     const char* varying = "made";
     p.gl.glTransformFeedbackVaryings(used, 1, &varying, GL_INTERLEAVED_ATTRIBS);
@@ -269,7 +288,7 @@ void stateAtASwap(Player& p) {
 void objectsOfShaders(Player& p) {
     static const char kVertex[] =
         "attribute vec4 place; uniform vec4 moved;\n"
-        "void main() { gl_Position = place + moved; gl_PointSize = 4.0; }\n";
+        "void main() { gl_Position = place + moved; }\n";
     static const char kFragment[] =
         "precision mediump float; uniform vec4 tint; uniform vec2 size;\n"
         "void main() { gl_FragColor = tint + vec4(gl_FragCoord.xy / size, 0.0, 1.0); }\n";
@@ -282,7 +301,8 @@ void objectsOfShaders(Player& p) {
         char name[64] = {};
         int length = -77, size = -77;
         unsigned type = 77;
-        p.gl.glGetActiveUniform(made, static_cast<unsigned>(i), sizeof(name), &length, &size, &type, name);
+        p.gl.glGetActiveUniform(made, static_cast<unsigned>(i), sizeof(name), &length, &size, &type,
+                                name);
         p.note(name, length * 100000 + size * 77 + static_cast<int>(type));
         p.note("location", p.gl.glGetUniformLocation(made, name));
         p.error("uniform");
@@ -304,7 +324,8 @@ void objectsOfShaders(Player& p) {
     unsigned indices[5] = {};
     p.gl.glGetUniformIndices(made, 5, names, indices);
     for (unsigned index : indices) p.note("index", index);
-    for (const char* name : names) p.note("resource index", p.gl.glGetProgramResourceIndex(made, GL_UNIFORM, name));
+    for (const char* name : names)
+        p.note("resource index", p.gl.glGetProgramResourceIndex(made, GL_UNIFORM, name));
     unsigned shaders[4] = {};
     int attached = 0;
     p.gl.glGetAttachedShaders(made, 4, &attached, shaders);
