@@ -1,5 +1,6 @@
 #include "games/identities.h"
 
+#include <string_view>
 #include <type_traits>
 
 #include "GameImpl/all_renderers.h"
@@ -29,7 +30,21 @@ android::CallRecord vesko_call_record = {{}, android::kNoThreadKey, pthread_gets
 
 namespace android {
 
-#define GAME_ROW(identity, value, Class, stem, symbol, ...) \
+namespace {
+
+// Whether a symbol is the name as the C++ ABI writes it, its length first.
+constexpr bool isMangled(std::string_view symbol, std::string_view name) {
+    size_t length = 0;
+    for (; !symbol.empty() && symbol[0] >= '0' && symbol[0] <= '9'; symbol.remove_prefix(1)) {
+        length = 10 * length + static_cast<size_t>(symbol[0] - '0');
+    }
+    return symbol == name && length == name.size();
+}
+
+}  // namespace
+
+#define GAME_ROW(identity, value, Class, stem, symbol, ...)                  \
+    static_assert(isMangled(#symbol, #stem "Impl"), "symbol: see games.in"); \
     IMMORTAL_STORAGE(Class, stem##Storage, "_ZN7android11ImplFactory" #symbol "E");
 #include "games/games.in"
 

@@ -12,9 +12,14 @@ set(platform platform platform/compiler platform/device platform/loader)
 room(games platform/compiler)
 room(interception platform platform/compiler platform/loader)
 room(monitor games platform/compiler platform/device)
-room(GameImpl games interception monitor/GameInfo.h ${platform})
-room(hook GameImpl games interception monitor ${platform})
-set(library GameImpl games hook interception monitor ${platform})
+room(GameImpl/common platform/device)
+room(GameImpl/FBOBase GameImpl/common ${platform})
+room(GameImpl/AnyProgram GameImpl/common interception monitor/GameInfo.h ${platform})
+# The games' renderers and their factory.
+room(GameImpl GameImpl/FBOBase GameImpl/common games interception monitor/GameInfo.h ${platform})
+room(hook GameImpl/AnyProgram games interception monitor ${platform})
+set(library GameImpl GameImpl/AnyProgram GameImpl/FBOBase GameImpl/common
+    games hook interception monitor ${platform})
 room(arm/contract ${library})
 room(arm/host platform/loader)
 

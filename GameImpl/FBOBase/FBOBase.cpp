@@ -1,7 +1,7 @@
 #include "GameImpl/FBOBase/FBOBase.h"
 
 #include "GameImpl/FBOBase/fbo_internal.h"
-#include "GameImpl/scaled_size.h"
+#include "GameImpl/common/scaled_size.h"
 
 namespace android {
 

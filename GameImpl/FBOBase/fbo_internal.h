@@ -2,7 +2,7 @@
 #pragma once
 
 #include "GameImpl/FBOBase/FBOBase.h"
-#include "GameImpl/renderer_log.h"
+#include "GameImpl/common/renderer_log.h"
 #include "platform/loader/gl_constants.h"
 
 namespace android {

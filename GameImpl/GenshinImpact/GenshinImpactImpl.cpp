@@ -1,7 +1,7 @@
 #include "GameImpl/GenshinImpact/GenshinImpactImpl.h"
 
-#include "GameImpl/rebuild_in_place.h"
-#include "GameImpl/renderer_log.h"
+#include "GameImpl/common/rebuild_in_place.h"
+#include "GameImpl/common/renderer_log.h"
 #include "platform/compiler/sanitizers.h"
 
 namespace android {

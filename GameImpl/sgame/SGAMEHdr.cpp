@@ -1,5 +1,5 @@
 // SGAMEImpl: the smaller framebuffer in the place of the game's HDR one.
-#include "GameImpl/scaled_size.h"
+#include "GameImpl/common/scaled_size.h"
 #include "GameImpl/sgame/sgame_internal.h"
 #include "platform/compiler/sanitizers.h"
 

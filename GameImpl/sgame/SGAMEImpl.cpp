@@ -6,8 +6,8 @@
 #include <string>
 #include <utility>
 
-#include "GameImpl/rebuild_in_place.h"
-#include "GameImpl/scaled_size.h"
+#include "GameImpl/common/rebuild_in_place.h"
+#include "GameImpl/common/scaled_size.h"
 #include "GameImpl/sgame/sgame_internal.h"
 #include "monitor/GameInfo.h"
 

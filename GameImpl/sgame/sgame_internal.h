@@ -1,7 +1,7 @@
 // Shared by SGAMEImpl's source files only.
 #pragma once
 
-#include "GameImpl/renderer_log.h"
+#include "GameImpl/common/renderer_log.h"
 #include "GameImpl/sgame/SGAMEImpl.h"
 #include "platform/loader/gl_constants.h"
 
