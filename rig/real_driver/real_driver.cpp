@@ -32,8 +32,10 @@ void fillTables(android::gl_hooks_t& hooks, android::platform_impl_t& platform) 
 // What the driver has loaded stays, or a leak report at exit could not tell whose
 // the leaks are.
 int keepLoaded(dl_phdr_info* info, size_t, void*) {
-    if (strstr(info->dlpi_name, "/dri/") != nullptr || strstr(info->dlpi_name, "vulkan") != nullptr)
-        dlopen(info->dlpi_name, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+    const char* const name = info->dlpi_name;
+    if (strstr(name, "/dri/") != nullptr || strstr(name, "vulkan") != nullptr) {
+        dlopen(name, RTLD_NOW | RTLD_NOLOAD | RTLD_NODELETE);
+    }
     return 0;
 }
 

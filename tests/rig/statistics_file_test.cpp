@@ -23,7 +23,7 @@ protected:
     nlohmann::json read() const { return nlohmann::json::parse(std::ifstream(path)); }
 
     static std::string makeFolder() {
-        const std::string name = testing::TempDir() + "statistics" + std::to_string(getpid());
+        std::string name = testing::TempDir() + "statistics" + std::to_string(getpid());
         std::filesystem::create_directory(name);
         return name;
     }
