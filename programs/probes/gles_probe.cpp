@@ -2,7 +2,7 @@
 // to be 64x48 and prints what it learnt, one "name value" a line.
 //
 // usage: gles_probe [loaded|procs] [es1|desktop] [facts] [clock] [rebind] [deleted]
-//                   [handler] [frames N] [pause MS] [limit MS]
+//                   [handler] [loading] [frames N] [pause MS] [limit MS]
 //   loaded, procs   take the entries by dlsym, or by eglGetProcAddress alone
 //   es1, desktop    draw with an OpenGL ES 1, or a desktop GL context
 //   facts           print what the driver quirks change, after the first frame
@@ -12,6 +12,7 @@
 //   deleted         delete the program in the first frame, while it is in use, and
 //                   print the GL error that each swap leaves
 //   handler         print a line when exit runs the program's handlers
+//   loading         fill textures meanwhile, on a thread with a shared context
 //   pause, limit    sleep after each frame: once, or a millisecond at a time until
 //                   so much time has passed since the last one
 #define EGL_NO_X11
@@ -29,6 +30,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <thread>
 
 namespace {
 
@@ -68,7 +70,26 @@ void require(bool condition, const char* what) {
     exit(1);
 }
 
-void makeContext(bool es1, bool desktop) {
+// Never ends.
+void fillTextures(EGLContext context, EGLSurface own) {
+    CALL(eglMakeCurrent)(display, own, own, context);
+    for (;;) {
+        GLuint texture = 0;
+        GLuint framebuffer = 0;
+        CALL(glGenTextures)(1, &texture);
+        CALL(glGenFramebuffers)(1, &framebuffer);
+        CALL(glBindTexture)(GL_TEXTURE_2D, texture);
+        CALL(glTexStorage2D)(GL_TEXTURE_2D, 1, GL_RGBA8, 4, 4);
+        CALL(glBindFramebuffer)(GL_FRAMEBUFFER, framebuffer);
+        CALL(glFramebufferTexture2D)
+        (GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture, 0);
+        CALL(glClear)(GL_COLOR_BUFFER_BIT);
+        CALL(glDeleteFramebuffers)(1, &framebuffer);
+        CALL(glDeleteTextures)(1, &texture);
+    }
+}
+
+void makeContext(bool es1, bool desktop, bool loading) {
     display = CALL(eglGetDisplay)(EGL_DEFAULT_DISPLAY);
     require(CALL(eglInitialize)(display, nullptr, nullptr), "eglInitialize");
     const EGLint wanted[] = {EGL_SURFACE_TYPE,
@@ -94,6 +115,11 @@ void makeContext(bool es1, bool desktop) {
     const EGLint version[] = {EGL_CONTEXT_CLIENT_VERSION, es1 ? 1 : 3, EGL_NONE};
     EGLContext context =
         CALL(eglCreateContext)(display, config, EGL_NO_CONTEXT, desktop ? nullptr : version);
+    if (loading) {
+        std::thread(fillTextures, CALL(eglCreateContext)(display, config, context, version),
+                    CALL(eglCreatePbufferSurface)(display, config, size))
+            .detach();
+    }
     require(CALL(eglMakeCurrent)(display, surface, surface, context), "eglMakeCurrent");
 }
 
@@ -244,6 +270,7 @@ int main(int argc, char** argv) {
     int pause = 0;
     int limit = 0;
     bool deleted = false;
+    bool loading = false;
     for (int i = 1; i < argc; ++i) {
         onlyProcs = onlyProcs || strcmp(argv[i], "procs") == 0;
         es1 = es1 || strcmp(argv[i], "es1") == 0;
@@ -251,13 +278,14 @@ int main(int argc, char** argv) {
         facts = facts || strcmp(argv[i], "facts") == 0;
         clock = clock || strcmp(argv[i], "clock") == 0;
         rebind = rebind || strcmp(argv[i], "rebind") == 0;
+        loading = loading || strcmp(argv[i], "loading") == 0;
         deleted = deleted || strcmp(argv[i], "deleted") == 0;
         if (strcmp(argv[i], "handler") == 0) atexit([] { puts("exit handler"); });
         if (strcmp(argv[i], "limit") == 0) limit = atoi(argv[i + 1]);
         if (strcmp(argv[i], "frames") == 0) frames = atoi(argv[i + 1]);
         if (strcmp(argv[i], "pause") == 0) pause = atoi(argv[i + 1]);
     }
-    makeContext(es1, desktop);
+    makeContext(es1, desktop, loading);
     char threadName[16] = {};
     prctl(PR_GET_NAME, threadName);
     printf("process %s\nthread %s\n", argv[0], threadName);

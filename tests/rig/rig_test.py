@@ -152,6 +152,12 @@ class Scaling(Rig):
                 self.assertEqual(len(json.load(stream)["frames"]), frames)
             os.remove(picture)
 
+    def test_statistics_stand_several_drawing_threads(self) -> None:
+        for _ in range(3):
+            frames = self.stats("--game", "none", "--thread-name", "", "--frames", "2000", "--",
+                                *probe("linked"), "loading", "frames", "9999")
+            self.assertEqual(len(frames), 2000)
+
     def test_statistics_are_those_of_one_process(self) -> None:
         file, program = self.path("s.json"), " ".join(probe("linked"))
         _, err = self.run_rig("--stats", file, "--", "sh", "-c",

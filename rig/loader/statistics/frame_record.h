@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <map>
+#include <mutex>
 #include <vector>
 
 namespace rig {
@@ -30,6 +31,15 @@ struct FrameRecord {
     // Of each list: a program may draw for ever without a swap.
     static constexpr size_t kListMax = 10000;
 
+    // Of the last frame nothing stays.
+    void begin(int number) {
+        frame = number;
+        framebuffers.clear();
+        textureStorage.clear();
+    }
+
+    // Several threads may draw; held by whoever uses the rest.
+    std::mutex mutex;
     int frame = 0;
     // By name; a framebuffer whose attachments change size within the frame
     // appears once per size.

@@ -78,8 +78,10 @@ void Statistics::frameBegins(int number, const json& values) {
         file.begin(textOf(header));
         begun = true;
     }
-    if (number != record.frame) record = {};
-    record.frame = number;
+    if (number != record.frame) {
+        std::lock_guard<std::mutex> lock(record.mutex);
+        record.begin(number);
+    }
     frame = values;
     frame["frame"] = number;
     spent = {};
@@ -107,8 +109,11 @@ void Statistics::frameEnds() {
     const Clock::time_point now = Clock::now();
     spent += now - since;
     frame["ms"] = milliseconds(spent);
-    frame["framebuffers"] = describe(record);
-    frame["textureStorage"] = describe(record.textureStorage);
+    {
+        std::lock_guard<std::mutex> lock(record.mutex);
+        frame["framebuffers"] = describe(record);
+        frame["textureStorage"] = describe(record.textureStorage);
+    }
     std::lock_guard<std::timed_mutex> lock(fileMutex);
     file.add(textOf(frame));
     if (now - saved < kSaveInterval) return;

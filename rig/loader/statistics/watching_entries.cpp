@@ -1,6 +1,7 @@
 #include "rig/loader/statistics/watching_entries.h"
 
 #include <algorithm>
+#include <mutex>
 
 #include "platform/loader/gl_constants.h"
 #include "rig/loader/statistics/framebuffer_sizes.h"
@@ -60,14 +61,17 @@ FramebufferUse& useInForce() {
     return *currentUse;
 }
 
-bool watching() { return record->frame > 0 && currentApi() == ContextApi::Es2; }
+bool watching() { return currentApi() == ContextApi::Es2; }
+
+using Lock = std::lock_guard<std::mutex>;
 
 void onDraw() {
     if (!watching()) return;
-    FramebufferUse& use = useInForce();
-    ++use.draws;
     Box box = {};
     driver->gl.gl.glGetIntegerv(GL_VIEWPORT, box.data());
+    Lock lock(record->mutex);
+    FramebufferUse& use = useInForce();
+    ++use.draws;
     if (use.viewports.size() < FrameRecord::kListMax &&
         std::find(use.viewports.begin(), use.viewports.end(), box) == use.viewports.end()) {
         use.viewports.push_back(box);
@@ -75,11 +79,14 @@ void onDraw() {
 }
 
 void onClear() {
-    if (watching()) ++useInForce().clears;
+    if (!watching()) return;
+    Lock lock(record->mutex);
+    ++useInForce().clears;
 }
 
 void watchedClear(GLbitfield mask) {
     if (watching()) {
+        Lock lock(record->mutex);
         FramebufferUse& use = useInForce();
         ++use.clears;
         if ((mask & GL_COLOR_BUFFER_BIT) != 0 && !driver->gl.gl.glIsEnabled(GL_SCISSOR_TEST)) {
@@ -93,8 +100,11 @@ void onAttach() { currentUse = nullptr; }
 
 void watchedTexStorage2D(GLenum target, GLsizei levels, GLenum internalFormat, GLsizei width,
                          GLsizei height) {
-    if (watching() && record->textureStorage.size() < FrameRecord::kListMax) {
-        record->textureStorage.push_back({width, height, internalFormat, levels});
+    if (watching()) {
+        Lock lock(record->mutex);
+        if (record->textureStorage.size() < FrameRecord::kListMax) {
+            record->textureStorage.push_back({width, height, internalFormat, levels});
+        }
     }
     driver->gl.gl.glTexStorage2D(target, levels, internalFormat, width, height);
 }
