@@ -6,6 +6,7 @@
 #include <cstdlib>
 
 #include "rig/loader/frames/capture.h"
+#include "rig/loader/plugin/observation.h"
 
 // There only while the stepped clock is preloaded.
 extern "C" void rig_advance_clock(long long nanoseconds) __attribute__((weak));

@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <thread>
 
+#include "rig/loader/plugin/observation.h"
+
 namespace rig {
 
 namespace {

@@ -1,13 +1,10 @@
-// What the plug-in makes of the calling thread's frames, read from the plug-in
-// itself, and the reasons for which it may not scale them.
+// What the plug-in makes of the calling thread's frames.
 #pragma once
 
 #include <string>
 
 #include "games/identities.h"
 #include "rig/loader/driver/driver.h"
-#include "rig/loader/plugin/parameters.h"
-#include "rig/loader/plugin/plugin.h"
 #include "rig/loader/thread/context_api.h"
 
 namespace rig {
@@ -32,17 +29,5 @@ struct PluginState {
     int boundFramebuffer = 0;
     SwapKind swap = SwapKind::Plain;
 };
-
-// At an application's swap, on its thread, before the plug-in sees it.
-PluginState observePlugin(const Driver& driver, const Plugin& plugin, const Parameters& parameters,
-                          SwapKind swap);
-
-// Empty where the plug-in scales; else one line.
-std::string whyNotScaled(const PluginState& state);
-
-// The line of --status, without the rate.
-std::string describe(const PluginState& state);
-
-const char* gameName(android::ImplFactory::GAME game);
 
 }  // namespace rig

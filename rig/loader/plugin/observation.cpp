@@ -1,4 +1,4 @@
-#include "rig/loader/plugin/plugin_state.h"
+#include "rig/loader/plugin/observation.h"
 
 #include <sys/prctl.h>
 
@@ -34,6 +34,11 @@ void observeRenderer(const Plugin& plugin, PluginState& state) {
     state.context = bound->game;
     const RendererView* const view = findRenderer(bound->game);
     if (view != nullptr) view->observe(*bound->impl, state);
+}
+
+const char* gameName(ImplFactory::GAME game) {
+    const android::Game* const known = android::findGame(game);
+    return known != nullptr ? known->name : "none";
 }
 
 std::string quoted(const std::string& text) { return "'" + text + "'"; }
@@ -95,11 +100,6 @@ std::string describe(const PluginState& state) {
     return "game " + std::string(gameName(state.game)) + " (" + state.process + "), context " +
            gameName(state.context) + ", window " + sizeText(state.window) +
            rest(state, whyNotScaled(state));
-}
-
-const char* gameName(ImplFactory::GAME game) {
-    const android::Game* const known = android::findGame(game);
-    return known != nullptr ? known->name : "none";
 }
 
 }  // namespace rig
