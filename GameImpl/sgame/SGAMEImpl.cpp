@@ -47,6 +47,8 @@ void SGAMEImpl::releaseResourcesAll() {
 }
 
 void SGAMEImpl::releaseFrameTarget() {
+    // A blit program that failed is tried again with the next target.
+    if (graphicsReady && fboProgram == 0) return releaseResourcesAll();
     frameRedirected = false;
     FboBase::releaseTarget();
 }
