@@ -28,8 +28,9 @@ constexpr int kDefaultTargetHeight = 648;
 struct GameListBuilder {
     GameListBuilder() {
         new (&ContextManager::gameList) GameList;
-        for (const Game& game : kGames)
+        for (const Game& game : kGames) {
             ContextManager::gameList.emplace(game.package, game.identity);
+        }
     }
 };
 CONSTRUCTED_AT(kContextsStage) GameListBuilder gameListBuilder;
@@ -107,8 +108,9 @@ HookContext& chooseContext(const ProcessIdentity& process) {
         return asked != nullptr ? *asked : context;
     }
     if (game->thread != nullptr) {
-        if (!ContextManager::isMainRenderringThread(process.game))
+        if (!ContextManager::isMainRenderringThread(process.game)) {
             return ContextManager::nullContext;
+        }
         context.setmainRenderringThreadId(gettid());
     }
     if (game->tuning == Tuning::File) configure(context);
