@@ -1,17 +1,42 @@
-# Script: fails where one of FILES includes code of this tree that the room ROOM may not.
+# Script: fails where one of FILES includes code of this tree that the room ROOM may not,
+# or imports it in Python.
 # ROOT is the tree, ROOMS all rooms, ALLOWED rooms and single files. Touches STAMP.
 cmake_minimum_required(VERSION 3.22)
 
+# room_of(VARIABLE PATH): the room of a file; empty where it has none.
+function(room_of variable path)
+    while(NOT path STREQUAL "" AND NOT path IN_LIST ROOMS)
+        get_filename_component(path "${path}" DIRECTORY)
+    endwhile()
+    set(${variable} "${path}" PARENT_SCOPE)
+endfunction()
+
+# check(FILE WHAT): FILE uses WHAT, a file of this tree.
+function(check file what)
+    room_of(room ${what})
+    if(room STREQUAL "" OR
+       (NOT room IN_LIST ALLOWED AND NOT what IN_LIST ALLOWED AND NOT room STREQUAL ROOM))
+        message("${file}: ${ROOM} may not include ${what}")
+        set(failed TRUE PARENT_SCOPE)
+    endif()
+endfunction()
+
 set(failed FALSE)
 foreach(file IN LISTS FILES)
+    if(file MATCHES "\\.py$")
+        file(STRINGS ${ROOT}/${file} lines REGEX "^[ \t]*(from|import)[ \t]+(tools|tests)[. ]")
+        foreach(line IN LISTS lines)
+            string(REGEX REPLACE "^[ \t]*[a-z]+[ \t]+([a-zA-Z0-9_.]+).*$" "\\1" module "${line}")
+            string(REPLACE "." "/" module ${module})
+            check(${file} ${module})
+        endforeach()
+        continue()
+    endif()
     file(STRINGS ${ROOT}/${file} lines REGEX "^[ \t]*#[ \t]*include[ \t]*[<\"]")
     foreach(line IN LISTS lines)
         string(REGEX REPLACE "^[^<\"]*([<\"])([^>\"]+).*$" "\\1;\\2" parts "${line}")
         list(POP_FRONT parts kind include)
-        set(room ${include})
-        while(NOT room STREQUAL "" AND NOT room IN_LIST ROOMS)
-            get_filename_component(room "${room}" DIRECTORY)
-        endwhile()
+        room_of(room ${include})
         if(room STREQUAL "" OR NOT EXISTS ${ROOT}/${include})
             if(kind STREQUAL "\"")
                 message("${file}: \"${include}\" is not named from the tree's root")
@@ -19,10 +44,7 @@ foreach(file IN LISTS FILES)
             endif()
             continue()  # the system's
         endif()
-        if(NOT room IN_LIST ALLOWED AND NOT include IN_LIST ALLOWED AND NOT room STREQUAL ROOM)
-            message("${file}: ${ROOM} may not include ${include}")
-            set(failed TRUE)
-        endif()
+        check(${file} ${include})
     endforeach()
 endforeach()
 if(failed)

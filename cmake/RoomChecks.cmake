@@ -5,7 +5,7 @@
 # their own, may include what is in FOLDER and in WHAT: rooms, and single headers.
 function(room folder)
     file(GLOB_RECURSE files RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS
-        ${folder}/*.h ${folder}/*.cpp ${folder}/*.in ${folder}/*.S)
+        ${folder}/*.h ${folder}/*.cpp ${folder}/*.in ${folder}/*.S ${folder}/*.py)
     if(NOT files)
         message(FATAL_ERROR "cmake/Rooms.cmake: there is no code in ${folder}")
     endif()

@@ -1,4 +1,5 @@
-# What may include what, for all code of the tree; includes are named from its root.
+# What may include what, for all code of the tree, Python's imports among it; includes
+# are named from its root.
 # From the ground up: a room names only what is stated above it, so no arrow runs up.
 # The build keeps it: cmake/RoomChecks.cmake.
 include(cmake/RoomChecks.cmake)
@@ -54,7 +55,14 @@ room(programs/scene)
 room(programs/probes programs/scene)
 room(programs/random_calls)
 
-room(tools/bench ${library} rig/real_driver)
+# What measures.
+room(tools/common)
+room(tools tools/common)
+room(tools/bench tools/common ${library} rig/real_driver)
+room(tools/conform tools/common)
+room(tools/demo tools/common)
+room(tools/faults tools/common)
+room(tools/tune tools/common)
 
 # Nothing but tests includes tests.
 room(tests/support ${library})
@@ -65,6 +73,10 @@ room(tests/fuzz ${library} tests/faults/modelled_driver.h tests/support)
 room(tests/gl ${library} rig/real_driver tests/support)
 room(tests/any ${library} rig/real_driver tests/support)
 room(tests/device ${library} tests/support)
-room(tests/rig rig/loader/statistics)
+room(tests/rig rig/loader/statistics tests/support)
+room(tests/android tests/rig tests/support)
+room(tests/conform tools/conform)
+room(tests/structure)
+room(tests/tune tests/support tools/common tools/tune)
 
 cmake_language(DEFER CALL check_rooms)

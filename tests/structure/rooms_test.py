@@ -10,7 +10,7 @@ import unittest
 from pathlib import Path
 
 SOURCE = Path(sys.argv.pop()).resolve()
-ROOMS = 'room(low)\nroom(low/deep low/fact.h)\nroom(high low)\n'
+ROOMS = 'room(low)\nroom(low/deep low/fact.h)\nroom(high low)\nroom(tools)\n'
 PROJECT = '''cmake_minimum_required(VERSION 3.22)
 project(rooms CXX)
 include_directories(${{CMAKE_SOURCE_DIR}})
@@ -20,9 +20,11 @@ cmake_language(DEFER CALL check_rooms)
 add_library(low OBJECT low/low.cpp)
 add_library(high OBJECT high/high.cpp)
 '''
-FILES = {'low/fact.h': '', 'low/other.h': '', 'low/low.cpp': '#include "low/fact.h"\n',
-         'low/deep/deep.h': '#include "low/fact.h"\n', 'high/high.h': '#include <vector>\n',
-         'high/high.cpp': '#include "high/high.h"\n#  include "low/other.h"\n'}
+FILES = {
+    'low/fact.h': '', 'low/other.h': '', 'low/low.cpp': '#include "low/fact.h"\n',
+    'low/deep/deep.h': '#include "low/fact.h"\n', 'high/high.h': '#include <vector>\n',
+    'high/high.cpp': '#include "high/high.h"\n#  include "low/other.h"\n',
+    'tools/measure.py': 'import re\nfrom tools import sizes\n'}
 
 
 class Rooms(unittest.TestCase):
@@ -59,7 +61,9 @@ class Rooms(unittest.TestCase):
                 ('low/other.h', '# include "high/high.h"', 'high',
                  'low may not include high/high.h'),
                 ('low/deep/deep.h', '#include "low/other.h"', 'all',
-                 'low/deep may not include low/other.h')):
+                 'low/deep may not include low/other.h'),
+                ('tools/measure.py', 'from tests.support.rig import RIG', 'all',
+                 'tools may not include tests/support/rig')):
             with self.subTest(name=name, line=line):
                 self.write(name, FILES[name] + line + '\n')
                 printed = self.run_cmake('--build', 'build', '--target', target)
