@@ -112,7 +112,7 @@ TEST(DriverFaults, AResizedWindowIsFilledFromTheNextFrameOn) {
     for (const bool hdr : {false, true}) {
         game.setParameters(true, 50, hdr ? 70 : 100);
         play(game, 3);
-        for (const auto& [width, height] : {std::pair(1200, 600), {800, 400}, {1000, 500}}) {
+        for (const auto& [width, height] : {std::pair(1200, 600), {1200, 500}, {1000, 500}}) {
             game.resize(width, height);
             game.drawFrame();
             EXPECT_EQ(game.drawFrame(), "") << width << " " << hdr;

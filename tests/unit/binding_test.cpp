@@ -145,6 +145,14 @@ TEST_F(Binding, TheMainThreadIsRememberedByItsId) {
         eglGetCurrentContext_hook();
         EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::sgameContext);
     });
+    // Another that takes over is the one; this one goes by its name again.
+    onThread("UnityGfx", [] {
+        eglGetCurrentContext_hook();
+        onThread("UnityGfx", [] { eglGetCurrentContext_hook(); });
+        pthread_setname_np(pthread_self(), "renamed");
+        eglGetCurrentContext_hook();
+        EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::nullContext);
+    });
     onThread("worker", [] {
         eglGetCurrentContext_hook();
         EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::nullContext);
@@ -203,6 +211,13 @@ TEST_F(Binding, HookingCanBeSwitchedOffForLaterBindings) {
     HookManager::disableHooking();
     EXPECT_EQ(contextOf(kGenshin, "any"), &ContextManager::nullContext);
     EXPECT_TRUE(ContextManager::inited) << "the configuration is read all the same";
+    host::setProcessName(kSgame);
+    onThread("UnityGfx", [] {
+        eglGetCurrentContext_hook();
+        EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::nullContext);
+        EXPECT_EQ(ContextManager::sgameContext.getmainRenderringThreadId(), gettid());
+        EXPECT_TRUE(ContextManager::sgameContext.monitor.started);
+    });
 }
 
 TEST_F(Binding, AnUnknownProcessNameIsNoGame) {

@@ -167,6 +167,27 @@ TEST_F(FboBlit, AFailedSetupIsNotTriedAgainUntilReleased) {
     EXPECT_TRUE(host::logHolds("I EGL_HOOK FBOBase.renderfboTodisplay: setupGraphics successed!"));
 }
 
+// Old names may be the application's by then.
+TEST_F(FboBlit, NamesOfAnEarlierSetupAreNotDeletedAgain) {
+    fbo.renderTextureToFbo(false);
+    fbo.renderfboTodisplay(nullptr, nullptr, 400, 200);
+    fbo.releaseResourcesAll();
+    driver.on(&GL::glCreateShader, [](GLenum) { return 0U; });
+    driver.on(&GL::glGenFramebuffers, [](GLsizei, GLuint*) {});
+    driver.on(&GL::glGenTextures, [](GLsizei, GLuint*) {});
+    driver.on(&GL::glGenRenderbuffers, [](GLsizei, GLuint*) {});
+    EXPECT_FALSE(fbo.renderTextureToFbo(false));
+    fbo.renderfboTodisplay(nullptr, nullptr, 400, 200);
+    driver.takeCalls();
+    fbo.releaseResourcesAll();
+    EXPECT_EQ(driver.takeCalls(),
+              "glDeleteFramebuffers(1, [0])\nglDeleteTextures(1, [0])\n"
+              "glDeleteRenderbuffers(1, [0])\n"
+              "glGetShaderiv(0, GL_DELETE_STATUS, ptr)\nglGetShaderiv(0, GL_COMPILE_STATUS, ptr)\n"
+              "glDeleteShader(0)\nglDeleteShader(0)\nglDeleteProgram(0)\n"
+              "glDeleteBuffers(1, [0])\n");
+}
+
 TEST_F(FboBlit, ShadingRateNeedsTheExtensionAndTheProperty) {
     const struct {
         const char* property;

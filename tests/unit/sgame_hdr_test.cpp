@@ -228,6 +228,33 @@ TEST_F(SgameHdr, AFactorThatGivesNoTargetIsTriedOnce) {
     EXPECT_TRUE(game.hdrBound);
 }
 
+// The driver refuses one of the target's names, or does not answer.
+TEST_F(SgameHdr, ARefusedTargetLeavesTheGamesOwnAndNothingBehind) {
+    for (unsigned refused = 1; refused <= 3; ++refused) {
+        driver.nextName = 1;
+        unsigned generated = 0;
+        std::vector<unsigned> given;
+        const auto generate = [&](GLsizei, GLuint* names) {
+            if (++generated == refused) return;
+            *names = driver.nextName++;
+            given.push_back(*names);
+        };
+        driver.on(&test::GL::glGenFramebuffers, generate);
+        driver.on(&test::GL::glGenTextures, generate);
+        game.glBindFramebuffer(GL_FRAMEBUFFER, kFramebuffer);
+        const std::string calls = driver.takeCalls();
+        for (const unsigned name : given) {
+            const std::string deleted = "(1, [" + std::to_string(name) + "])";
+            EXPECT_NE(calls.find("s" + deleted + "\n", calls.find("glDeleteTextures")), calls.npos)
+                << refused << ": " << name;
+        }
+        const std::string end = "glBindFramebuffer(GL_FRAMEBUFFER, 50)\n";
+        EXPECT_EQ(calls.substr(calls.size() - end.size()), end);
+        EXPECT_FALSE(game.hdrBound);
+        EXPECT_TRUE(game.hdrReleased);
+    }
+}
+
 TEST_F(SgameHdr, DeletingTheSourceDropsBothTargets) {
     const std::string bothTargets =
         "glDeleteTextures(1, [3])\nglDeleteRenderbuffers(1, [3])\n"

@@ -173,7 +173,7 @@ TEST_F(Sgame, SwitchedOffTheWindowComesBackAtFullSize) {
 TEST_F(Sgame, AnIncompleteTargetGivesTheWindowBack) {
     driver.framebufferStatus = GL_FRAMEBUFFER_INCOMPLETE_ATTACHMENT;
     makeHdrTarget();
-    game.enabled = true;
+    game.enabled = game.hdrEnabled = true;
     driver.takeCalls();
     host::takeLog();
     game.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
@@ -276,51 +276,58 @@ TEST_F(Sgame, ResetKeepsTheDriversTableAndTheSizes) {
     EXPECT_EQ(std::make_pair(game.fboWidth, game.fboHeight), std::make_pair(1716, 772));
 }
 
-namespace {
-
-struct ShaderSource {
-    int count = 0;
-    std::string text;
-    bool hasLength = false;
-    int length = 0;
-};
-
-}  // namespace
-
 TEST_F(Sgame, ShaderPrecisionIsLoweredWhenSwitchedOn) {
-    ShaderSource got;
-    const char* passed = nullptr;
-    driver.on(&test::GL::glShaderSource,
-              [&](GLuint, GLsizei count, const GLchar* const* strings, const GLint* lengths) {
-                  got = {count, strings[0], lengths != nullptr, lengths ? lengths[0] : 0};
-                  passed = strings[0];
-              });
-    const char* const source = "precision highp float;\nprecision highp int;\nhighp vec4 a;";
-    const char* const rewritten = "precision mediump float;\nprecision mediump int;\nhighp vec4 a;";
-    const int length = static_cast<int>(strlen(source));
-    game.glShaderSource(9, 1, &source, &length);
-    EXPECT_EQ(passed, source) << "switched off";
-
-    game.shaderRewriteEnabled = true;
-    const char* const other = "precision mediump float;";
-    game.glShaderSource(9, 1, &other, nullptr);
-    EXPECT_EQ(passed, other);
-    EXPECT_EQ(host::takeLog(), "");
-
-    game.glShaderSource(9, 1, &source, nullptr);
-    EXPECT_EQ(got.text, rewritten);
-    EXPECT_FALSE(got.hasLength);
-    EXPECT_EQ(got.count, 1);
-    std::string text = host::takeLog();
-    EXPECT_NE(text.find("source shader : precision highp float;\\n"), text.npos);
-    EXPECT_NE(text.find(" \\n length=null count =1\n"), text.npos) << text;
-
-    game.glShaderSource(9, 1, &source, &length);
-    EXPECT_EQ(got.text, rewritten);
-    EXPECT_EQ(got.length, length + 2) << "one adjustment, however many replacements";
-    text = host::takeLog();
-    EXPECT_NE(text.find(" \\n length=" + std::to_string(length) + " count =1\n"), text.npos);
-    EXPECT_NE(text.find("customized shader : precision mediump float;"), text.npos) << text;
+    using Strings = std::vector<const char*>;
+    using Lengths = std::vector<int>;
+    constexpr char kSource[] = "precision highp float;\nprecision highp int;\nhighp vec4 a;";
+    constexpr char kRewritten[] = "precision mediump float;\nprecision mediump int;\nhighp vec4 a;";
+    constexpr int kLength = sizeof(kSource) - 1;
+    constexpr char kOther[] = "precision highp int;";
+    const struct {
+        bool switchedOn;
+        Strings strings;
+        Lengths lengths;  // none: terminated
+        Strings expected;
+        Lengths expectedLengths;
+        const char* logged;  // the lines' end and beginning; null: nothing
+    } cases[] = {
+        {false, {kSource}, {kLength}, {kSource}, {kLength}, nullptr},
+        {true, {"precision mediump float;"}, {}, {"precision mediump float;"}, {}, nullptr},
+        {true, {kSource}, {}, {kRewritten}, {}, "length=null count =1\n"},
+        // One adjustment, however many replacements.
+        {true, {kSource}, {kLength}, {kRewritten}, {kLength + 2}, "length=57 count =1\n"},
+        // What lies behind the length is not the shader's.
+        {true, {kSource}, {10}, {kSource}, {10}, nullptr},
+        {true, {kSource}, {22}, {"precision mediump float;"}, {24}, "length=22 count =1\n"},
+        // Of several strings the first alone is rewritten.
+        {true, {kSource, kOther}, {}, {kRewritten, kOther}, {}, "length=null count =2\n"},
+        {true, {kSource, kOther}, {-1, 9}, {kRewritten, kOther}, {-1, 9}, "length=-1 count =2\n"},
+    };
+    for (const auto& test : cases) {
+        SCOPED_TRACE(&test - cases);
+        driver.on(&test::GL::glShaderSource,
+                  [&](GLuint, GLsizei count, const GLchar* const* strings, const GLint* lengths) {
+                      ASSERT_EQ(static_cast<size_t>(count), test.expected.size());
+                      ASSERT_EQ(lengths == nullptr, test.lengths.empty());
+                      for (int i = 0; i < count; ++i) {
+                          EXPECT_STREQ(strings[i], test.expected[static_cast<size_t>(i)]);
+                          if (lengths != nullptr) {
+                              EXPECT_EQ(lengths[i], test.expectedLengths[static_cast<size_t>(i)]);
+                          }
+                      }
+                      EXPECT_TRUE(test.logged != nullptr || strings[0] == test.strings[0]);
+                  });
+        game.shaderRewriteEnabled = test.switchedOn;
+        host::takeLog();
+        game.glShaderSource(9, static_cast<int>(test.strings.size()), test.strings.data(),
+                            test.lengths.empty() ? nullptr : test.lengths.data());
+        const std::string log = host::takeLog();
+        EXPECT_EQ(log.empty(), test.logged == nullptr) << log;
+        if (test.logged == nullptr) continue;
+        EXPECT_NE(log.find("source shader : precision highp float;"), log.npos);
+        EXPECT_NE(log.find(test.logged), log.npos) << log;
+        EXPECT_NE(log.find("customized shader : precision mediump float;"), log.npos) << log;
+    }
 }
 
 TEST_F(Sgame, TheRewriteFollowsAPropertyReadForEachNewTarget) {

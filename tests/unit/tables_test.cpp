@@ -18,15 +18,28 @@
 namespace android {
 namespace {
 
+bool stackIsAligned() {
+#if defined(__arm__)
+    uintptr_t stack;
+    __asm__ volatile("mov %0, sp" : "=r"(stack));
+    return stack % 8 == 0;
+#else
+    return true;  // a compiler's work
+#endif
+}
+
 struct OverridingImpl : Impl {
     using Impl::Impl;
-#define GL_ENTRY(result, name, parameters, arguments) \
-    result name parameters override {                 \
-        ++served;                                     \
-        return driverTable->gl.name arguments;        \
+#define GL_ENTRY(result, name, parameters, arguments)                          \
+    result name parameters override {                                          \
+        ++served;                                                              \
+        if (throws) throw stackIsAligned() ? int(kEntry_##name) : kMisaligned; \
+        return driverTable->gl.name arguments;                                 \
     }
 #include "platform/gl_entries.in"
+    static constexpr int kMisaligned = -1;
     int served = 0;
+    bool throws = false;
 };
 
 }  // namespace
@@ -116,6 +129,34 @@ void expectNothing(const char* name, Impl& impl, R (Impl::*operation)(A...)) {
                            [&](A... arguments) { return (impl.*operation)(arguments...); }));
 }
 
+template <typename R, typename... A>
+int thrownBy(R (*function)(A...)) {
+    try {
+        function(A()...);
+    } catch (int thrown) {
+        return thrown;
+    }
+    return -2;
+}
+
+#if defined(__arm__)
+// Whether r4 and r6 are what they were after a call with zeros.
+bool keepsRegisters(void* function) {
+    constexpr uintptr_t kPattern = 0x5a5aa5a5;
+    uintptr_t pattern = kPattern;
+    __asm__ volatile(
+        "mov r5, sp\n sub r6, sp, #96\n bic r6, r6, #7\n mov sp, r6\n"
+        "mov r4, %0\n mov r6, %0\n"
+        "movs r0, #0\n movs r1, #0\n movs r2, #0\n movs r3, #0\n"
+        "blx %1\n"
+        "mov %0, r4\n mov %1, r6\n mov sp, r5\n"
+        : "+r"(pattern), "+r"(function)
+        :
+        : "r0", "r1", "r2", "r3", "r4", "r5", "r6", "r12", "lr", "cc", "memory");
+    return pattern == kPattern && reinterpret_cast<uintptr_t>(function) == kPattern;
+}
+#endif
+
 // The number of the virtual table's word that a pointer to member refers to.
 template <typename Member>
 ptrdiff_t slotOf(Member member) {
@@ -189,11 +230,15 @@ TEST_F(Tables, PlatformTableHoldsTheHooksAndSixOfTheLoaders) {
     EXPECT_EQ(HookManager::getEGLPlatformHooks(&given)->glGetString, nullptr) << "not copied anew";
 }
 
+// And binds nothing: the process has another name by then.
 TEST_F(Tables, EveryTrampolineReachesTheDriversEntryOfItsName) {
     gl_hooks_t::gl_t& table = HookManager::hookCore.glTables[1].gl;
-#define GL_ENTRY(result, name, parameters, arguments) \
-    expectForwarded(#name, kEntry_##name, table.name);
+    host::setProcessName("com.tencent.tmgp.pubgmhd");
+#define GL_ENTRY(result, name, parameters, arguments)  \
+    expectForwarded(#name, kEntry_##name, table.name); \
+    EXPECT_EQ(ContextManager::getCurrentContext(), &ContextManager::nullContext) << #name;
 #include "platform/gl_entries.in"
+    host::setProcessName("unit_tests");
 }
 
 // The pass-through is served in a way of its own; this goes the others' way.
@@ -211,6 +256,26 @@ TEST_F(Tables, EveryTrampolineReachesTheOperationOfAnyOtherImpl) {
     ContextManager::nullContext.setImpl(ImplFactory::getImpl(ImplFactory::NO_GAME));
 }
 
+// What trampolines owe their callers and their callees, whoever wrote them.
+TEST_F(Tables, EveryTrampolineKeepsToTheCallingConvention) {
+    gl_hooks_t::gl_t& table = HookManager::hookCore.glTables[1].gl;
+    OverridingImpl overriding(&driver.hooks);
+    ContextManager::nullContext.setImpl(&overriding);
+    overriding.throws = true;
+#define GL_ENTRY(result, name, parameters, arguments) \
+    EXPECT_EQ(thrownBy(table.name), kEntry_##name) << #name;
+#include "platform/gl_entries.in"
+#if defined(__arm__)
+    driver.recording = overriding.throws = false;
+    Impl* const passThrough = ImplFactory::getImpl(ImplFactory::NO_GAME);
+    for (Impl* impl : {static_cast<Impl*>(&overriding), passThrough, static_cast<Impl*>(nullptr)}) {
+        ContextManager::nullContext.setImpl(impl);
+        for (int i = 0; i < kGLEntryCount; ++i) EXPECT_TRUE(keepsRegisters(words(table)[i])) << i;
+    }
+#endif
+    ContextManager::nullContext.setImpl(ImplFactory::getImpl(ImplFactory::NO_GAME));
+}
+
 TEST_F(Tables, EveryHookReachesTheDriversEntryOfItsName) {
     const auto served = [](int entry) {
         return kGLEntryCount +
@@ -219,7 +284,9 @@ TEST_F(Tables, EveryHookReachesTheDriversEntryOfItsName) {
     platform_impl_t& hooks = *HookManager::getEGLPlatformHooks(&driver.connection.platform);
     Impl base;
 #define EGL_ENTRY(result, name, parameters, arguments)         \
+    pthread_setspecific(ContextManager::sKey, nullptr);        \
     expectForwarded(#name, served(kEntry_##name), hooks.name); \
+    EXPECT_NE(ContextManager::getCurrentContext(), nullptr);   \
     expectForwarded(#name, served(kEntry_##name), base, &Impl::name);
 #include "platform/egl_entries.in"
 }
