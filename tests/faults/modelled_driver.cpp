@@ -147,15 +147,17 @@ void ModelledDriver::modelTargets() {
         if (faults.incomplete) return GL_FRAMEBUFFER_UNSUPPORTED;
         if (boundFramebuffer == 0) return GL_FRAMEBUFFER_COMPLETE;
         const Object* framebuffer = find(Framebuffer, boundFramebuffer);
-        if (framebuffer == nullptr || framebuffer->attachments.empty())
+        if (framebuffer == nullptr || framebuffer->attachments.empty()) {
             return GL_FRAMEBUFFER_INCOMPLETE_MISSING_ATTACHMENT;
+        }
         for (const auto& [attachment, name] : framebuffer->attachments) {
             const Object* image = find(Texture, name);
             if (attachment != GL_COLOR_ATTACHMENT0 && image == nullptr) {
                 image = find(Renderbuffer, name);
             }
-            if (image == nullptr || image->width < 1 || image->height < 1)
+            if (image == nullptr || image->width < 1 || image->height < 1) {
                 return GL_FRAMEBUFFER_INCOMPLETE_ATTACHMENT;
+            }
         }
         return GL_FRAMEBUFFER_COMPLETE;
     });

@@ -31,8 +31,9 @@ void getIntegerv(GLenum name, GLint* data) {
 const GLubyte* getStringi(GLenum name, GLuint index) {
     GLint count = 0;
     if (quirk.on() && name == GL_EXTENSIONS) next.glGetIntegerv(GL_NUM_EXTENSIONS, &count);
-    if (count > 0 && index == static_cast<GLuint>(count))
+    if (count > 0 && index == static_cast<GLuint>(count)) {
         return reinterpret_cast<const GLubyte*>(kExtension);
+    }
     return next.glGetStringi(name, index);
 }
 
