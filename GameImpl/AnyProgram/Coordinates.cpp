@@ -23,8 +23,10 @@ void copyBox(T (&to)[4], const T* from) {
 void ScaledGl::applyCoordinates() {
     applyViewport();
     applyScissor();
-    const float factor = coordinatesAreScaled() ? scale().vertical() : 1;
-    gl().glLineWidth(std::max(coordinates.lineWidth * factor, kLeastLineWidth));
+    if (coordinates.lineWidth != 1) {  // lines are no thinner than that
+        const float factor = coordinatesAreScaled() ? scale().vertical() : 1;
+        gl().glLineWidth(std::max(coordinates.lineWidth * factor, kLeastLineWidth));
+    }
     applyShaderScale();
 }
 
@@ -95,7 +97,7 @@ void ScaledGl::glScissor(GLint x, GLint y, GLsizei width, GLsizei height) {
 void ScaledGl::glLineWidth(GLfloat width) {
     const bool valid = width > 0;
     if (valid) coordinates.lineWidth = width;
-    gl().glLineWidth(valid && coordinatesAreScaled()
+    gl().glLineWidth(valid && width != 1 && coordinatesAreScaled()
                          ? std::max(width * scale().vertical(), kLeastLineWidth)
                          : width);
 }

@@ -156,10 +156,29 @@ void ScaledGl::copyFromWindow(const Target& target, const Box& part, unsigned ma
     bindRead();
 }
 
+void ScaledGl::glFlush() {
+    if (showsAtOnce()) present(false);
+    gl().glFlush();
+}
+
+void ScaledGl::glFinish() {
+    if (showsAtOnce()) present(false);
+    gl().glFinish();
+}
+
+// Asked for when the surface is made, or changed with a swap.
+void ScaledGl::learnBuffering() {
+    EGLint buffer = EGL_BACK_BUFFER;
+    Surface& surface = *drawStand.surface;
+    getEGLPlatformImpl()->eglQueryContext(surface.display, handle, EGL_RENDER_BUFFER, &buffer);
+    surface.singleBuffered = surface.kind == SurfaceKind::window && buffer == EGL_SINGLE_BUFFER;
+}
+
 bool ScaledGl::windowSizeChanged() { return sizeOf(*drawStand.surface) != scale().window; }
 
 void ScaledGl::beginFrame(bool resized) {
     activation->refresh();
+    if (drawStand.surface->bufferingChanges) learnBuffering();
     const Size target = scaledBy(scale().window, activation->percent());
     if (resized || target != scale().target) rebuild();
 }

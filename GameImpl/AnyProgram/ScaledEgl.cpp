@@ -57,6 +57,7 @@ unsigned ScaledEgl::eglMakeCurrent(void* display, void* draw, void* read, void* 
         return made;
     }
     if (old != nullptr && old != next) old->leave();
+    if (next != nullptr) next->setCurrent();
     if (next != nullptr && isES(display, context)) {
         {
             const Lock lock(surfaces().mutex);
@@ -102,6 +103,7 @@ void ScaledEgl::handOver(void* display, void* draw, ScaledGl& next) {
         // The thread has its old context back only if that is where it is going.
         bindThread(before->threadBinding());
         if (!egl.eglMakeCurrent(display, draw, draw, drawnBy)) return;
+        before->setCurrent();
         before->enter(display, drawnBy, surface, surface);
         if (before->drawsTo(draw)) before->present(false);
         before->leave();
@@ -191,6 +193,21 @@ unsigned ScaledEgl::eglBindTexImage(void* display, void* surface, int buffer) {
     return getEGLPlatformImpl()->eglBindTexImage(display, surface, buffer);
 }
 
+unsigned ScaledEgl::eglWaitClient() {
+    showAtOnce();
+    return getEGLPlatformImpl()->eglWaitClient();
+}
+
+unsigned ScaledEgl::eglWaitGL() {
+    showAtOnce();
+    return getEGLPlatformImpl()->eglWaitGL();
+}
+
+void ScaledEgl::showAtOnce() {
+    ScaledGl* const gl = currentContext();
+    if (gl != nullptr && gl->showsAtOnce()) gl->present(false);
+}
+
 // That the past frame's contents count from now on.
 void ScaledEgl::keepContents(void* display, void* surface) {
     const Lock lock(surfaces().mutex);
@@ -202,6 +219,10 @@ unsigned ScaledEgl::eglSurfaceAttrib(void* display, void* surface, int attribute
         getEGLPlatformImpl()->eglSurfaceAttrib(display, surface, attribute, value);
     if (set && attribute == EGL_SWAP_BEHAVIOR && value == EGL_BUFFER_PRESERVED) {
         keepContents(display, surface);
+    }
+    if (set && attribute == EGL_RENDER_BUFFER) {
+        const Lock lock(surfaces().mutex);
+        surfaces().find(display, surface, *getEGLPlatformImpl())->bufferingChanges = true;
     }
     return set;
 }

@@ -29,6 +29,8 @@ public:
                                          int count) override;
     unsigned eglCopyBuffers(void* display, void* surface, egl_native_pixmap_t* target) override;
     unsigned eglBindTexImage(void* display, void* surface, int buffer) override;
+    unsigned eglWaitClient() override;
+    unsigned eglWaitGL() override;
     unsigned eglSurfaceAttrib(void* display, void* surface, int attribute, int value) override;
     unsigned eglQuerySurface(void* display, void* surface, int attribute, int* value) override;
 
@@ -60,6 +62,7 @@ private:
     bool isES(void* display, void* context);
     void handOver(void* display, void* draw, ScaledGl& next);
     void showPixels(void* surface);
+    void showAtOnce();
     void keepContents(void* display, void* surface);
     void* added(void* display, void* surface, SurfaceKind kind);
     void* driverBuffer(void* display, void* context, unsigned target, void* buffer);

@@ -13,6 +13,7 @@
 // lock and allocate nothing, with the exception of those that compile and link.
 #pragma once
 
+#include <atomic>
 #include <memory>
 
 #include "GameImpl/AnyProgram/Coordinates.h"
@@ -32,6 +33,7 @@ public:
     const std::shared_ptr<ShareGroup>& shareGroup() const { return group; }
     Binding* threadBinding() const { return binding; }
     bool isCurrent() const { return current; }
+    void setCurrent() { current = true; }
 
     // Right after the context was made current with these surfaces, which may be
     // null; right before it ceases to be, and right after: leave may destroy the
@@ -42,6 +44,8 @@ public:
     void leave();
 
     bool drawsTo(EGLSurface surface) const;
+    // Whether the program sees what it draws without a swap.
+    bool showsAtOnce() const { return drawStand.exists() && drawStand.surface->singleBuffered; }
     // Puts what was drawn into the window. Where it is the `last` of a frame, what
     // else the target holds is not needed any more.
     void present(bool last);
@@ -153,12 +157,13 @@ private:
     bool isLikeTheWindow(OwnFramebuffer framebuffer);
     Size sizeOf(const Surface& surface);
     void windowMayHaveChanged(const Box& viewport);
+    void learnBuffering();
     void rebuild();
 
     std::shared_ptr<ShareGroup> group;
     Binding* binding = nullptr;
     EGLContext handle = nullptr;
-    bool current = false;
+    std::atomic<bool> current{false};
     bool abandoned = false;
 
     bool learnt = false;

@@ -24,8 +24,10 @@ struct Surface {
     EGLDisplay display = nullptr;
     EGLSurface handle = nullptr;
     SurfaceKind kind = SurfaceKind::other;
-    bool contentsCount = false;  // of the past frame: preserved, or asked for their age
-    bool refused = false;        // stays the driver's own; the reason is logged
+    bool contentsCount = false;   // of the past frame: preserved, or asked for their age
+    bool singleBuffered = false;  // shown at a flush
+    bool bufferingChanges = false;
+    bool refused = false;  // stays the driver's own; the reason is logged
 
     // Whose target has the contents, and by which context they were drawn. Where
     // several groups draw to it, they leave their contents in the window itself.

@@ -340,7 +340,6 @@ void ScaledGl::learnBoxes() {
 
 void ScaledGl::enter(EGLDisplay, EGLContext context, std::shared_ptr<Surface> draw,
                      std::shared_ptr<Surface> read) {
-    current = true;
     handle = context;
     if (!learnt) {
         const std::lock_guard<std::mutex> lock(Surfaces::instance().mutex);
@@ -361,6 +360,7 @@ void ScaledGl::enter(EGLDisplay, EGLContext context, std::shared_ptr<Surface> dr
         readStand = drawStand;
     }
     if (!had && !wasOrIsOurs()) return;
+    if (drawStand.exists()) learnBuffering();
     bindDraw();
     bindRead();
     if (hadScale || (drawStand.exists() && !scale().isIdentity())) applyCoordinates();

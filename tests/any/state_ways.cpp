@@ -199,6 +199,7 @@ void boxes(Player& p) {
     p.framebuffer(32, 32);
     p.asks("kept", {GL_VIEWPORT, GL_SCISSOR_BOX});
     p.gl.glViewport(0, 0, 32, 32);
+    p.gl.glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     p.scene(1);
     p.picture("elsewhere", 0, 0, 32, 32);
     p.gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);

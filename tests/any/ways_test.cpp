@@ -5,33 +5,16 @@
 
 #include <cmath>
 
-#include "hook/HookManager.h"
+#include "tests/any/loader.h"
 #include "tests/any/player.h"
 #include "tests/support/host.h"
 
 namespace any_test {
 namespace {
 
-// The loader: it hands over the driver's table when a context is made current, and
-// keeps what the window shows when it is swapped.
-struct Loader {
-    test::RealDriver driver{kWidth, kHeight};
-    a::egl_connection_t connection = {};
-    a::platform_impl_t* hooks = nullptr;
-    Record* shown = nullptr;
-};
-Loader* loader;
-
-a::EGLBoolean makeCurrent(a::EGLDisplay display, a::EGLSurface draw, a::EGLSurface read,
-                          a::EGLContext context) {
-    const a::EGLBoolean made = loader->driver.platform.eglMakeCurrent(display, draw, read, context);
-    if (made && context != nullptr && loader->hooks != nullptr)
-        a::HookManager::setGLHooksThreadSpecific(&loader->driver.hooks, 1);
-    return made;
-}
-
-a::EGLBoolean swapBuffers(a::EGLDisplay display, a::EGLSurface surface) {
-    const auto& gl = loader->driver.hooks.gl;
+// What the driver's own window holds.
+Picture shown() {
+    const auto& gl = Loader::instance().driver.hooks.gl;
     GLint bound = 0;
     GLint packed = 0;
     gl.glGetIntegerv(GL_READ_FRAMEBUFFER_BINDING, &bound);
@@ -41,10 +24,9 @@ a::EGLBoolean swapBuffers(a::EGLDisplay display, a::EGLSurface surface) {
     Picture picture{"shown", kWidth, kHeight, {}};
     picture.bytes.resize(size_t{kWidth} * kHeight * 4);
     gl.glReadPixels(0, 0, kWidth, kHeight, GL_RGBA, GL_UNSIGNED_BYTE, picture.bytes.data());
-    loader->shown->pictures.push_back(std::move(picture));
     gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, static_cast<GLuint>(bound));
     gl.glBindBuffer(GL_PIXEL_PACK_BUFFER, static_cast<GLuint>(packed));
-    return loader->driver.platform.eglSwapBuffers(display, surface);
+    return picture;
 }
 
 double meanDifference(const Picture& x, const Picture& y) {
@@ -56,39 +38,21 @@ double meanDifference(const Picture& x, const Picture& y) {
 
 class Ways : public ::testing::TestWithParam<Way> {
 protected:
-    static void SetUpTestSuite() {
-        loader = new Loader;
-        loader->connection.platform = loader->driver.platform;
-        loader->connection.platform.eglMakeCurrent = makeCurrent;
-        loader->connection.platform.eglSwapBuffers = swapBuffers;
-        host::setProcessName("/usr/games/asked");
-        host::properties()["vendor.vesko.scale.asked"] = "100";
-        host::properties()["vendor.vesko.scale.pbuffers"] = "1";
-        a::HookManager::setEGLImpl(&loader->connection);
-    }
-
-    Record play(int percent) {
+    Record play(bool hooked, int percent) {
+        Loader& loader = Loader::instance();
         Record record;
-        loader->shown = &record;
-        const bool native = percent == 0;
-        loader->hooks =
-            native ? nullptr : a::HookManager::getEGLPlatformHooks(&loader->connection.platform);
-        host::properties()["vendor.vesko.scale.asked"] = std::to_string(percent);
-        const a::platform_impl_t& egl = native ? loader->connection.platform : *loader->hooks;
-        const auto& gl =
-            native ? loader->driver.hooks.gl
-                   : a::HookManager::hookCore.glTables[a::egl_connection_t::GLESv2_INDEX].gl;
+        loader.ask(percent);
+        const auto& gl = loader.gl(hooked);
         host::takeLog();
-        Player player(gl, egl, loader->driver.display, GetParam().config, record);
+        loader.beforeSwap = [] {};
+        Player player(gl, loader.platform(hooked), loader.driver.display, GetParam().config,
+                      record);
         if (player.eglConfig == nullptr) {
             record.answers.emplace_back("no config");
             return record;
         }
-        // The factor that is asked for counts from the first swap on.
-        Record beforehand;
-        loader->shown = &beforehand;
-        egl.eglSwapBuffers(player.display, player.surface);
-        loader->shown = &record;
+        player.egl.eglSwapBuffers(player.display, player.surface);
+        loader.beforeSwap = [&record] { record.pictures.push_back(shown()); };
         gl.glClearColor(0.1f, 0.1f, 0.1f, 0.5f);
         gl.glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
         GetParam().play(player);
@@ -101,19 +65,19 @@ protected:
 };
 
 TEST_P(Ways, LookTheSame) {
-    ASSERT_TRUE(loader->driver.ok()) << "no OpenGL ES 3 driver with pbuffers";
-    const Record native = play(0);
+    ASSERT_TRUE(Loader::instance().driver.ok()) << "no OpenGL ES 3 driver with pbuffers";
+    const Record native = play(false, 100);
     if (native.answers.front() == "no config") GTEST_SKIP() << "the driver has no such config";
     for (const int percent : {100, 75}) {
         SCOPED_TRACE("factor " + std::to_string(percent));
-        const Record scaled = play(percent);
+        const Record scaled = play(true, percent);
         EXPECT_EQ(log.find("not scaled") != std::string::npos, GetParam().bound == 0) << log;
         EXPECT_EQ(scaled.answers, native.answers);
         ASSERT_EQ(scaled.pictures.size(), native.pictures.size());
         for (size_t i = 0; i < native.pictures.size(); ++i) {
-            const double difference = meanDifference(scaled.pictures[i], native.pictures[i]);
             const double bound = percent == 100 ? 0 : GetParam().bound;
-            EXPECT_LE(difference, bound) << native.pictures[i].name << " " << i;
+            EXPECT_LE(meanDifference(scaled.pictures[i], native.pictures[i]), bound)
+                << native.pictures[i].name << " " << i;
         }
     }
 }

@@ -1,0 +1,111 @@
+// What can be told without pictures: rounding, shader text, and the calls of a frame.
+#include <gtest/gtest.h>
+
+#include <climits>
+
+#include "GameImpl/AnyProgram/geometry.h"
+#include "GameImpl/AnyProgram/glsl_pixels.h"
+#include "platform/loader/gl_constants.h"
+#include "tests/any/loader.h"
+#include "tests/any/player.h"
+
+namespace any_test {
+namespace {
+
+using android::any::Box;
+using android::any::inWindowPixels;
+using android::any::Scale;
+using android::any::scaledBy;
+using android::any::Size;
+
+TEST(AnyGeometry, BoxesThatMeetStillDoSo) {
+    for (const Size window : {Size{1, 1}, Size{97, 31}, Size{1920, 1080}, Size{16384, 7}}) {
+        for (int percent = 10; percent <= 100; percent += 5) {
+            const Scale scale{window, scaledBy(window, percent)};
+            EXPECT_EQ(scale.box({0, 0, window.width, window.height}).width, scale.target.width);
+            for (int x = -window.width; x < 2 * window.width; x += 1 + window.width / 13) {
+                const Box left = scale.box({x, 0, 5, 3});
+                const Box right = scale.box({x + 5, 0, 7, 3});
+                EXPECT_EQ(left.x + left.width, right.x) << window.width << " " << percent;
+                EXPECT_GE(right.width, 0);
+            }
+        }
+    }
+    const Scale half{{100, 100}, {50, 50}};
+    EXPECT_EQ(half.x(INT_MAX), 1073741824);
+    EXPECT_EQ(half.x(INT_MIN), -1073741824);
+    const Scale huge{{1, 1}, {INT_MAX, 1}};
+    EXPECT_EQ(huge.x(INT_MAX), INT_MAX);
+}
+
+TEST(AnyShaders, AreRewrittenOnTheSameLines) {
+    const auto text = [](const char* source, unsigned kind = GL_FRAGMENT_SHADER) {
+        return inWindowPixels(source, kind, "highp").value_or("as it was");
+    };
+    const std::string fragmentEnd =
+        "\nuniform highp vec2 vsk_fragmentScale;highp vec4 vsk_fragCoord(){return "
+        "vec4(gl_FragCoord.xy*(1.0+vsk_fragmentScale),gl_FragCoord.zw);}\n";
+    const std::string declared = "highp vec4 vsk_fragCoord();";
+    const std::string pointEnd =
+        "\nuniform highp float vsk_pointScale;void main(){vsk_main();gl_PointSize*=1.0+"
+        "vsk_pointScale;}\n";
+    EXPECT_EQ(text("#version 300 es\n// gl_FragCoord\nvoid main() { c = gl_FragCoord.xy; }"),
+              "#version 300 es\n// gl_FragCoord\n" + declared +
+                  "void main() { c = vsk_fragCoord().xy; }" + fragmentEnd);
+    // In front of the first condition that holds text, behind those that hold none.
+    EXPECT_EQ(text("#ifdef A\n#extension B : enable\n#endif\n#if C\nprecision mediump float;\n"
+                   "#endif\n#define AT gl_FragCoord\n"),
+              "#ifdef A\n#extension B : enable\n#endif\n" + declared +
+                  "#if C\nprecision mediump float;\n#endif\n#define AT vsk_fragCoord()\n" +
+                  fragmentEnd);
+    EXPECT_EQ(text("void main(void) { gl_PointSize = 2.0; } // end", GL_VERTEX_SHADER),
+              "void vsk_main(void) { gl_PointSize = 2.0; } // end" + pointEnd);
+    EXPECT_EQ(text("void main() { gl_PointSize = 2.0; EmitVertex(); }", GL_GEOMETRY_SHADER),
+              "uniform highp float vsk_pointScale;void main() { gl_PointSize = 2.0; "
+              "gl_PointSize*=1.0+vsk_pointScale,EmitVertex(); }");
+    for (const char* unchanged :
+         {"", "void main() {}", "/* gl_FragCoord */ void main() {}",
+          "// gl_FragCoord \\\n gl_FragCoord", "in vec4 gl_FragCoord;", "invariant gl_FragCoord;",
+          "gl_FragCoordinate", "/* gl_FragCoord"})
+        EXPECT_EQ(text(unchanged), "as it was") << unchanged;
+    EXPECT_EQ(text("gl_PointSize", GL_COMPUTE_SHADER), "as it was");
+}
+
+// Nothing is asked, nothing is cleared; what is not needed is given up before the
+// target's pass ends and before the window would be loaded.
+TEST(AnyFrames, MakeNoOtherCalls) {
+    Loader& loader = Loader::instance();
+    ASSERT_TRUE(loader.driver.ok());
+    loader.ask(50);
+    loader.beforeSwap = [] {};
+    Record record;
+    Player p(loader.gl(true), loader.platform(true), loader.driver.display, {}, record);
+    const int size[] = {EGL_WIDTH, 64, EGL_HEIGHT, 32, EGL_NONE};
+    p.surfaces.push_back(p.egl.eglCreateWindowSurface(p.display, p.eglConfig, nullptr, size));
+    const unsigned other = p.framebuffer(8, 8);
+    p.use(p.surfaces.back(), p.surfaces.back(), p.context);
+    for (int frame = 0; frame < 4; ++frame) {
+        loader.records = frame == 3;
+        p.gl.glBindFramebuffer(GL_FRAMEBUFFER, other);
+        p.gl.glClear(GL_COLOR_BUFFER_BIT);
+        p.gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
+        p.gl.glViewport(0, 0, 64, 32);
+        p.gl.glClear(GL_COLOR_BUFFER_BIT);
+        p.egl.eglSwapBuffers(p.display, p.surfaces.back());
+    }
+    loader.records = false;
+    const std::vector<std::string> boxes = {"glViewport", "glScissor"};
+    std::vector<std::string> expected = {"glBindFramebuffer"};
+    expected.insert(expected.end(), boxes.begin(), boxes.end());
+    expected.insert(expected.end(), {"glClear", "glBindFramebuffer"});
+    expected.insert(expected.end(), boxes.begin(), boxes.end());
+    expected.insert(expected.end(),
+                    {"glViewport", "glClear", "glInvalidateFramebuffer", "glBindFramebuffer",
+                     "glInvalidateFramebuffer", "glScissor", "glBlitFramebuffer", "glScissor",
+                     "glInvalidateFramebuffer", "glBindFramebuffer"});
+    EXPECT_EQ(loader.calls, expected);
+    EXPECT_EQ(p.gl.glGetError(), 0u);
+}
+
+}  // namespace
+}  // namespace any_test
