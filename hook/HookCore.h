@@ -21,7 +21,7 @@ public:
     ~HookCore();
 
     void initGLHooks();
-    // Copies all entries of *loaderTable, puts our hooks over the 80 EGL
+    // Copies all entries of *loaderTable, puts our hooks over the EGL
     // entries and returns the result, which this object owns. *loaderTable is
     // left alone. To be called before other threads use the returned table.
     platform_impl_t* getEGLPlatformHooks(platform_impl_t* loaderTable);

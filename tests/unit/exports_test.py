@@ -42,8 +42,6 @@ CLASSES = {
         isInWhiteList''',
 }
 IMPLS = ('Impl', 'DefaultImplV2', 'PUBGMHDImpl', 'GenshinImpactImpl', 'SGAMEImpl')
-# Two destructors, setTargetTexResolution and reset come before the entries.
-FIRST_ENTRY = 4
 # Two words come before the functions: the object's offset and the type information.
 TABLE_HEAD = 2
 FREE = ('gameInfo', 'impl', 'setGLHooksThreadSpecific', 'setGlThreadSpecific')
@@ -58,11 +56,15 @@ def entries(path: str, macro: str) -> list[str]:
     return re.findall(rf'^{macro}(?:_64)?\(.*?, (\w+), \(', read(path), re.M)
 
 
-def entry_counts(source: str) -> tuple[int, ...]:
+def number(name: str, path: str) -> int:
+    """What a header defines a constant as."""
+    return int(re.findall(rf'{name} = (\d+);', read(path))[0])
+
+
+def entry_counts(source: str) -> tuple[int, int]:
     """How many GL and how many EGL entries there are."""
-    records = read(f'{source}/platform/loader/records.h')
-    return tuple(int(re.findall(rf'{name} = (\d+);', records)[0])
-                 for name in ('kGLEntryCount', 'kEGLEntryCount'))
+    records = f'{source}/platform/loader/records.h'
+    return number('kGLEntryCount', records), number('kEGLEntryCount', records)
 
 
 def game_stems(source: str) -> list[str]:
@@ -113,7 +115,8 @@ def wrong_tables(library: str, source: str, nm: str) -> list[str]:
     """Virtual tables of Impls that do not end with the last EGL entry."""
     lines = subprocess.run([nm, '-D', '-S', '--defined-only', library], check=True,
                            capture_output=True, text=True).stdout.splitlines()
-    words = TABLE_HEAD + FIRST_ENTRY + sum(entry_counts(source))
+    first = number('kImplFirstEntry', f'{source}/interception/Impl.h')
+    words = TABLE_HEAD + first + sum(entry_counts(source))
     wrong = [f'the virtual table of {cls}, which is not there' for cls in IMPLS
              if not any(line.endswith(f' _ZTVN7android{len(cls)}{cls}E') for line in lines)]
     for address, size, *_, name in (line.split() for line in lines):
