@@ -1,6 +1,8 @@
 #include "rig/device/settings.h"
 
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 
 #include "rig/device/json_bytes.h"
 #include "rig/device/settings_json.h"
@@ -9,11 +11,12 @@ namespace rig {
 
 std::string toJson(const Settings& settings) { return textFromJson(settings); }
 
-Settings settingsFromJson(const std::string& text) { return jsonFromText(text).get<Settings>(); }
-
 Settings settingsFromEnvironment() {
-    const char* text = getenv(kSettingsVariable);
-    return text != nullptr && *text != '\0' ? settingsFromJson(text) : Settings{};
+    const char* file = getenv(kSettingsVariable);
+    if (file == nullptr || *file == '\0') return {};
+    std::ifstream stream(file);
+    const std::string text{std::istreambuf_iterator<char>(stream), {}};
+    return jsonFromText(text).get<Settings>();
 }
 
 }  // namespace rig

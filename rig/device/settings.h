@@ -1,7 +1,7 @@
-// What the launcher tells the loader inside the program: one JSON text in the
-// environment variable kSettingsVariable. A program that is started with the
-// rig's libraries but without the launcher has no such variable and gets the
-// plug-in, and nothing else.
+// What the launcher tells the loader inside the program: a JSON text, of any length,
+// in the file that the environment variable kSettingsVariable names. A program that
+// is started with the rig's libraries but without the launcher has no such variable
+// and gets the plug-in, and nothing else.
 #pragma once
 
 #include <string>
@@ -29,9 +29,8 @@ struct Settings {
 };
 
 std::string toJson(const Settings& settings);
+// From the file that the environment names; nothing asked for where it names none.
 // Throws std::exception on a text that toJson did not make.
-Settings settingsFromJson(const std::string& text);
-// From the environment; nothing asked for where there is none.
 Settings settingsFromEnvironment();
 
 }  // namespace rig

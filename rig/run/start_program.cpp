@@ -26,7 +26,6 @@ void setEnvironment(const Plan& plan) {
     const char* others = getenv("LD_LIBRARY_PATH");
     const std::string rest = others != nullptr && *others != '\0' ? std::string(":") + others : "";
     setVariable("LD_LIBRARY_PATH", rigDirectory() + rest);
-    setVariable(kSettingsVariable, toJson(plan.settings));
     setenv("XDG_RUNTIME_DIR", kPrivateDirectory, 0);  // lavapipe complains without one
     for (const EnvironmentChange& change : plan.environment) {
         setVariable(change.name.c_str(), change.value);

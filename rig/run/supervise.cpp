@@ -160,12 +160,12 @@ private:
 
 std::string privateFile(const char* name) { return std::string(kPrivateDirectory) + "/" + name; }
 
-void writeAuthority(const std::string& bytes) {
-    if (bytes.empty()) return;
-    const std::string file = privateFile("xauthority");
+// A private file of the program's user, and the variable that names it.
+void provide(const char* variable, const char* name, const std::string& bytes) {
+    const std::string file = privateFile(name);
     if (!writeOutputFile(file, bytes)) throw std::runtime_error("cannot write " + file);
     chmod(file.c_str(), 0600);
-    setenv("XAUTHORITY", file.c_str(), 1);
+    setenv(variable, file.c_str(), 1);
 }
 
 void writeCounts(const CallCounts& counts, const std::string& file) {
@@ -195,7 +195,8 @@ int runPlan(Plan plan, Inbox& inbox) {
         settings.countsFile = privateFile("calls");
         counts = &CallCounts::create(settings.countsFile);
     }
-    writeAuthority(plan.displayAuthority);
+    if (!plan.displayAuthority.empty()) provide("XAUTHORITY", "xauthority", plan.displayAuthority);
+    provide(kSettingsVariable, "settings", toJson(settings));
     StartedProgram program(plan, inbox.queue());
     inbox.throwIfEnded();
     program.letGo();
