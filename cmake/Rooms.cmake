@@ -37,7 +37,7 @@ room(rig/loader/quirks platform platform/loader rig/device/quirks.in rig/device/
     rig/loader/driver rig/loader/tables)
 room(rig/loader/plugin platform/device platform/loader rig/device rig/loader/driver
     rig/loader/thread games hook/GPUVeskoMode.h hook/HookContext.h
-    GameImpl/GenshinImpact/GenshinImpactImpl.h GameImpl/sgame/SGAMEImpl.h)
+    GameImpl/AnyProgram/ScaledGl.h GameImpl/GenshinImpact/GenshinImpactImpl.h GameImpl/sgame/SGAMEImpl.h)
 room(rig/loader/statistics platform platform/loader rig/device rig/loader/driver
     rig/loader/tables rig/loader/thread)
 room(rig/loader/frames platform/loader rig/device rig/loader/driver rig/loader/plugin

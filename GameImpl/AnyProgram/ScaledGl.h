@@ -54,6 +54,8 @@ public:
     // After a swap: a new size or factor takes effect.
     void beginFrame(bool resized);
     const Scale& scale() const { return group->targets[drawStand.target].scale; }
+    // Null where the window that is drawn to is the driver's own, or there is none.
+    const Scale* windowScale() const { return drawStand.exists() ? &scale() : nullptr; }
     GLuint driverRenderbuffer(GLuint name) const {
         return name != 0 ? name + group->nameOffset : 0;
     }

@@ -40,6 +40,9 @@ struct QuirkRequest {
     int toFrame = INT_MAX;
 };
 
+// The value of --game for programs that are scaled as themselves.
+constexpr char kAnyProgram[] = "any";
+
 namespace kinds {
 
 using Flag = bool;

@@ -2,22 +2,34 @@
 
 #include <vector>
 
+#include "rig/device/option_kinds.h"
+
 namespace rig {
 
 namespace {
 
-// A value of --game, and how it makes the plug-in recognise the program. One that
-// does it in another way, such as by a property, gets a member for that here.
+// A value of --game, and how it makes the plug-in recognise the program.
 struct GameValue {
     std::string name;
     std::string processName;  // empty: the program's own
+    std::string threadName;   // of the thread that is served; empty: all are
 };
 
 std::vector<GameValue> gameValues() {
     std::vector<GameValue> values;
-    for (const android::Game& game : android::kGames) values.push_back({game.name, game.package});
-    values.push_back({"none", ""});
+    values.push_back({kAnyProgram, "", ""});
+    for (const android::Game& game : android::kGames) {
+        values.push_back({game.name, game.package, game.thread != nullptr ? game.thread : ""});
+    }
+    values.push_back({"none", "", ""});
     return values;
+}
+
+GameValue find(const std::string& game) {
+    for (const GameValue& value : gameValues()) {
+        if (value.name == game) return value;
+    }
+    return {};
 }
 
 }  // namespace
@@ -28,11 +40,8 @@ std::string gameArgument() {
     return all;
 }
 
-std::string processNameOf(const std::string& game) {
-    for (const GameValue& value : gameValues()) {
-        if (value.name == game) return value.processName;
-    }
-    return "";
-}
+std::string processNameOf(const std::string& game) { return find(game).processName; }
+
+std::string threadNameOf(const std::string& game) { return find(game).threadName; }
 
 }  // namespace rig

@@ -7,13 +7,13 @@
 
 namespace rig {
 
-// The one that programs are played as unless told otherwise.
-inline constexpr const android::Game& kUsualGame = *android::findGame(android::ImplFactory::SGAME);
-
-// The values, as --help lists them: each game's name, then those that are no game.
+// The values, as --help lists them: kAnyProgram, each game's name, and none.
 std::string gameArgument();
 
 // The name that the program's process gets; empty: its own.
 std::string processNameOf(const std::string& game);
+
+// The name of the one thread that the game's renderer serves; empty: it serves all.
+std::string threadNameOf(const std::string& game);
 
 }  // namespace rig

@@ -12,6 +12,7 @@
 #include "rig/device/parameter_node.h"
 #include "rig/device/run_outcome.h"
 #include "rig/run/exit_codes.h"
+#include "rig/run/games.h"
 #include "rig/run/mesa_driver.h"
 #include "rig/run/option_readers.h"
 #include "rig/run/program.h"
@@ -142,6 +143,7 @@ void completePlan(const RawOptions& raw, Plan& plan) {
                             " different parameters, and the node takes " +
                             std::to_string(ParameterNode::kParametersMax));
     }
+    if (!raw.threadName.given()) plan.settings.threadName = threadNameOf(plan.settings.game);
     plan.environment = driverEnvironment(launch.driver);
 }
 

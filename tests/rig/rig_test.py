@@ -46,7 +46,11 @@ class Rig(unittest.TestCase):
         environment = {k: v for k, v in os.environ.items()
                        if k not in ("DISPLAY", "WAYLAND_DISPLAY")}
         more.setdefault("stdin", subprocess.PIPE)
-        return subprocess.Popen([RUN, "--driver", "llvmpipe", "--display", display, *arguments],
+        # The games' renderers are what most tests are about.
+        named = any(a.startswith("--game") for a in arguments)
+        game = () if named else ("--game", "sgame")
+        return subprocess.Popen([RUN, "--driver", "llvmpipe", "--display", display, *game,
+                                 *arguments],
                                 stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
                                 errors="surrogateescape", env=environment, **more)
 
@@ -85,7 +89,7 @@ class SamePicture(Rig):
         native = self.picture("--no-plugin", "--", *probe("linked"))
         self.assertGreater(len(native), 200)  # a blank one is far smaller
         for kind in ("linked", "loaded", "procs"):
-            for option in "--no-plugin", "--game=none", "--game=pubgmhd", "--game=sgame":
+            for option in "--no-plugin", "--game=none", "--game=any", "--game=pubgmhd", "--game=sgame":
                 self.assertEqual(self.picture(option, "--", *probe(kind)), native, (kind, option))
         half = self.picture("--set", "FB0Factor=50", "--", *probe("linked"))
         self.assertEqual(self.size(half), (64, 48))
@@ -96,6 +100,22 @@ class SamePicture(Rig):
             native = self.picture("--no-plugin", *command)
             self.assertGreater(len(native), 120)
             self.assertEqual(self.picture("--set", "FB0Factor=50", *command), native, command)
+
+
+class AnyProgram(Rig):
+    def test_a_program_is_scaled_as_itself_and_its_children_too(self) -> None:
+        script = 'exec 3<&0; "$@"; exit $?'
+        for command in probe("linked"), ["sh", "-c", script, "sh", *probe("linked")]:
+            frames = self.stats("--game", "any", "--set", "FB0Factor=50", "--at", "3:FB0Factor=75",
+                                "--at", "5:enable=0", "--frames", "6", "--", *command, "frames",
+                                "1000")
+            self.assertEqual([drawn(frame) for frame in frames],
+                             [[(64, 48)]] + [[(32, 24)]] * 2 + [[(48, 36)]] * 2 + [[(64, 48)]])
+        out, _ = self.run_rig("--game", "any", "--", "cat", "/proc/self/comm")
+        self.assertEqual(out, "cat\n")
+        asked = self.stats("--game", "any", "--set", "enable=0", "--property",
+                           "vendor.vesko.scale.rig-probe-linked=25", "--", *probe("linked"))
+        self.assertEqual(drawn(asked[2]), [(16, 12)])
 
 
 class Scaling(Rig):

@@ -27,6 +27,9 @@ class Status(Rig):
         line = self.status("--set", "FB0Factor=50")
         self.assertRegex(line, r"game sgame \(com\.tencent\.tmgp\.sgame\), context sgame, window "
                          r"64x48, renders 32x24, factor 50, redirected; \d+\.\d frames/s$")
+        self.assertRegex(self.status("--game", "any", "--set", "FB0Factor=50"),
+                         r"game any \(.*rig-probe-linked\), context any, window 64x48, "
+                         r"renders 32x24, factor 50, redirected; ")
         config = self.path("qogl")
         with open(config, "w") as stream:
             stream.write("yuanshen 1080 486 0\n")
@@ -44,6 +47,9 @@ class Status(Rig):
             (("--set", "status=3", *half), {}, "status is 3, not 7"),
             (("--set", "enable=0", *half), {}, "enable is 0, not 1"),
             ((), {}, "FB0Factor is 100"),
+            (("--game", "any"), {}, "it draws at the window's size"),
+            (("--game", "any", "--quirk", "incomplete-framebuffer", *half), {},
+             "the window is the driver's own"),
             (("--quirk", "incomplete-framebuffer", *half), {}, "target could not be made"),
             (("--game", "genshin"), {}, "nothing is wider than the target 1440x648"),
             (half, {"command": ["sleep", "1.3"]}, "has made no EGL call")]

@@ -55,7 +55,7 @@ Loader::Loader(const std::string& libraries)
       parameters(settings, plugin),
       frames(
           {settings, driver, plugin, parameters, frame, statistics.get(), status.get(), outcome}),
-      guard(driver, !settings.noPlugin && !settings.bare),
+      guard(driver, !settings.noPlugin && !settings.bare && settings.game != kAnyProgram),
       ownEntries(makeOwnEntries({settings, driver, plugin, tables, frames, ownEgl, ownGles2})) {
     makeTables();
     applicationTable = &ownEntries;

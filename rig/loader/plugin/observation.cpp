@@ -2,8 +2,6 @@
 
 #include <sys/prctl.h>
 
-#include <fstream>
-
 #include "games/known_games.h"
 #include "hook/HookContext.h"
 #include "platform/loader/gl_constants.h"
@@ -15,13 +13,6 @@ namespace {
 
 using android::ImplFactory;
 
-std::string processName() {
-    std::string name;
-    std::ifstream stream("/proc/self/cmdline");
-    std::getline(stream, name, '\0');
-    return name;
-}
-
 std::string threadName() {
     char name[16] = {};
     prctl(PR_GET_NAME, name);
@@ -32,7 +23,8 @@ void observeRenderer(const Plugin& plugin, PluginState& state) {
     android::HookContext* bound = plugin.currentContext();
     if (bound == nullptr) return;
     state.context = bound->game;
-    const RendererView* const view = findRenderer(bound->game);
+    state.asItself = servesAnyProgram(*bound);
+    const RendererView* const view = state.asItself ? &anyRenderer() : findRenderer(bound->game);
     if (view != nullptr) view->observe(*bound->impl, state);
 }
 
@@ -51,9 +43,10 @@ std::string whyNoRenderer(const PluginState& s) {
                (s.api == ContextApi::Es1 ? "OpenGL ES 1" : "desktop GL") +
                ", and only OpenGL ES 2 and later pass through the plug-in";
     }
+    if (s.asItself) return "";
     if (s.game == ImplFactory::NO_GAME) {
         return "the process is named " + quoted(s.process) +
-               ", which is none of the games (--game sgame)";
+               ", which is none of the games (--game any)";
     }
     if (findRenderer(s.game) == nullptr) return "this game passes through by design";
     if (s.context == s.game) return "";
@@ -63,6 +56,10 @@ std::string whyNoRenderer(const PluginState& s) {
                " is scaled (--thread-name)";
     }
     return "the thread's next EGL call binds it to the game";
+}
+
+const RendererView* viewOf(const PluginState& state) {
+    return state.asItself ? &anyRenderer() : findRenderer(state.game);
 }
 
 }  // namespace
@@ -91,14 +88,17 @@ PluginState observePlugin(const Driver& driver, const Plugin& plugin, const Para
 
 std::string whyNotScaled(const PluginState& state) {
     const std::string why = whyNoRenderer(state);
-    return why.empty() ? findRenderer(state.game)->whyNotScaled(state) : why;
+    return why.empty() ? viewOf(state)->whyNotScaled(state) : why;
 }
 
 std::string describe(const PluginState& state) {
-    const RendererView* const view = findRenderer(state.game);
+    const RendererView* const view = viewOf(state);
     const auto rest = view != nullptr ? view->describe : describeScaled;
-    return "game " + std::string(gameName(state.game)) + " (" + state.process + "), context " +
-           gameName(state.context) + ", window " + sizeText(state.window) +
+    const auto name = [&state](ImplFactory::GAME game) {
+        return state.asItself ? kAnyProgram : gameName(game);
+    };
+    return "game " + std::string(name(state.game)) + " (" + state.process + "), context " +
+           name(state.context) + ", window " + sizeText(state.window) +
            rest(state, whyNotScaled(state));
 }
 

@@ -39,7 +39,12 @@ std::optional<int> Parameters::value(const std::string& name) const {
 
 // Whether the calling thread's EGL calls have started the plug-in's monitor.
 bool Parameters::pluginMonitors() const {
-    if (plugin.gameInfo == nullptr || !plugin.entryObject->isInWhiteList()) return false;
+    if (plugin.gameInfo == nullptr) return false;
+    if (game == kAnyProgram) {
+        const android::HookContext* const context = plugin.currentContext();
+        return context != nullptr && servesAnyProgram(*context);
+    }
+    if (!plugin.entryObject->isInWhiteList()) return false;
     char threadName[16] = {};
     prctl(PR_GET_NAME, threadName);
     for (const android::Game& known : android::kGames) {

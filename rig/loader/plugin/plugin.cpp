@@ -6,15 +6,18 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include <fstream>
 #include <stdexcept>
 
 #include "hook/GPUVeskoMode.h"
+#include "hook/HookContext.h"
 #include "rig/device/game_service.h"
 
 namespace rig {
 
 namespace {
 
+constexpr char kScalePrefix[] = "vendor.vesko.scale.";
 constexpr char kPluginFile[] = "/../../libtolvernvesko.so";
 // android::gameInfo, as the GNU standard library has it mangled. A plug-in that
 // was built against another library has another map, which cannot be read here.
@@ -33,6 +36,15 @@ Function* function(void* library, const char* name) {
     throw std::runtime_error(dlerror());
 }
 
+// Whatever process this is: the named program's, or one that it has started. The node's
+// factor counts while it is switched on.
+void askToBeScaled() {
+    const std::string process = processName();
+    const std::string name = process.substr(process.rfind('/') + 1);
+    android::base::SetProperty(kScalePrefix + name, "100");
+    android::base::SetProperty(std::string(kScalePrefix) + "pbuffers", "1");
+}
+
 // The plug-in imports these as ordinary symbols of the process. The program may
 // have opened our libraries for itself only, so they are raised into the global
 // scope here.
@@ -41,6 +53,7 @@ void providePlatform(const std::string& directory, const Settings& settings) {
     void* device = openLibrary(directory + "/libveskodevice.so", RTLD_NOW | RTLD_GLOBAL);
     function<decltype(rig_set_game_service)>(device,
                                              "rig_set_game_service")(settings.service.c_str());
+    if (settings.game == kAnyProgram) askToBeScaled();
     for (const Property& property : settings.properties) {
         android::base::SetProperty(property.name, property.value);
     }
@@ -69,6 +82,17 @@ private:
 };
 
 }  // namespace
+
+std::string processName() {
+    std::string name;
+    std::ifstream stream("/proc/self/cmdline");
+    std::getline(stream, name, '\0');
+    return name;
+}
+
+bool servesAnyProgram(const android::HookContext& context) {
+    return context.needToHook && context.game == android::ImplFactory::NO_GAME;
+}
 
 Plugin openPlugin(const std::string& directory, const Settings& settings) {
     providePlatform(directory, settings);

@@ -24,6 +24,12 @@ struct Plugin {
     android::HookContext* (*currentContext)() = nullptr;
 };
 
+// The first string of this process's command line.
+std::string processName();
+
+// Whether the context is one of a program that is scaled as itself.
+bool servesAnyProgram(const android::HookContext& context);
+
 // `directory` is where our libraries are. Throws std::runtime_error.
 Plugin openPlugin(const std::string& directory, const Settings& settings);
 

@@ -17,6 +17,7 @@ struct PluginState {
     std::string process;
     std::string thread;
     android::ImplFactory::GAME game = android::ImplFactory::NO_GAME;
+    bool asItself = false;  // a program that is scaled without being a game
     android::ImplFactory::GAME context = android::ImplFactory::NO_GAME;
     int status = -1;
     int enable = -1;
@@ -24,7 +25,7 @@ struct PluginState {
     Size window;
     Size render;  // of the scaled target; Genshin Impact: what internal sizes are lowered to
     bool enabled = false;     // SGAME: scaling is switched on
-    bool redirected = false;  // SGAME: this swap presents the scaled target
+    bool redirected = false;  // this swap presents a target
     bool targetMade = false;
     int boundFramebuffer = 0;
     SwapKind swap = SwapKind::Plain;

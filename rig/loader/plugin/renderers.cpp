@@ -1,5 +1,6 @@
 #include "rig/loader/plugin/renderers.h"
 
+#include "GameImpl/AnyProgram/ScaledGl.h"
 #include "GameImpl/GenshinImpact/GenshinImpactImpl.h"
 #include "GameImpl/sgame/SGAMEImpl.h"
 
@@ -63,12 +64,32 @@ std::string describeLowered(const PluginState& s, const std::string& why) {
                        : ", lowers nothing: " + why;
 }
 
+// A thread that swaps has a context, and each context of the API has a renderer.
+void observeAny(const android::Impl& bound, PluginState& state) {
+    const auto& impl = static_cast<const android::any::ScaledGl&>(bound);
+    const android::any::Scale* const scale = impl.windowScale();
+    state.redirected = scale != nullptr;
+    if (scale != nullptr) state.render = {scale->target.width, scale->target.height};
+}
+
+std::string whyAnyDoesNotScale(const PluginState& s) {
+    if (!s.redirected) return "the window is the driver's own (the plug-in's log says why)";
+    const bool full = s.render.width == s.window.width && s.render.height == s.window.height;
+    return full ? "it draws at the window's size (--set FB0Factor=75)" : "";
+}
+
 constexpr RendererView kRenderers[] = {
     {ImplFactory::SGAME, observeSgame, whySgameDoesNotScale, describeScaled},
     {ImplFactory::GENSHIN_IMPACT, observeGenshinImpact, whyNotLowered, describeLowered},
 };
 
 }  // namespace
+
+const RendererView& anyRenderer() {
+    static constexpr RendererView view = {ImplFactory::NO_GAME, observeAny, whyAnyDoesNotScale,
+                                          describeScaled};
+    return view;
+}
 
 const RendererView* findRenderer(ImplFactory::GAME game) {
     for (const RendererView& view : kRenderers) {

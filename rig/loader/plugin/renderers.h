@@ -24,6 +24,9 @@ struct RendererView {
     std::string (*describe)(const PluginState& state, const std::string& why);
 };
 
+// Of a program that is scaled as itself.
+const RendererView& anyRenderer();
+
 // Null where the rig has no row for it.
 const RendererView* findRenderer(android::ImplFactory::GAME game);
 
