@@ -3,6 +3,7 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -107,6 +108,13 @@ void reopen(Program&, Moment) {
     }
 }
 
+// What wakes the plug-in's thread; others here have streams.
+bool isDatagramSocket(int descriptor) {
+    int type = 0;
+    socklen_t size = sizeof type;
+    return getsockopt(descriptor, SOL_SOCKET, SO_TYPE, &type, &size) == 0 && type == SOCK_DGRAM;
+}
+
 // The plug-in's: its kernel node and what wakes its thread.
 void closeDescriptors(Program&, Moment) {
     DIR* const directory = opendir("/proc/self/fd");
@@ -114,8 +122,9 @@ void closeDescriptors(Program&, Moment) {
     while (const dirent* entry = readdir(directory)) {
         char file[PATH_MAX] = {};
         if (readlinkat(dirfd(directory), entry->d_name, file, sizeof file - 1) < 0) continue;
-        if (strstr(file, "/game_parameters") != nullptr || strstr(file, "[eventfd]") != nullptr) {
-            closed.push_back(atoi(entry->d_name));
+        const int descriptor = atoi(entry->d_name);
+        if (strstr(file, "/game_parameters") != nullptr || isDatagramSocket(descriptor)) {
+            closed.push_back(descriptor);
         }
     }
     closedir(directory);
