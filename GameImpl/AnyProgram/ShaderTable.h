@@ -68,7 +68,12 @@ public:
     }
     // The program's own text of a shader that has another; null for others.
     const std::string* shader(GLuint name) const;
-    void keepShader(GLuint name, std::string text) { shaders[name] = std::move(text); }
+    void keepShader(GLuint name, std::string text) {
+        shaders[name] = std::move(text);
+        changes.store(true, std::memory_order_relaxed);
+    }
+    // Whether any shader ever had another text.
+    bool hasChanged() const { return changes.load(std::memory_order_relaxed); }
     void forgetShader(GLuint name) { shaders.erase(name); }
     std::set<GLuint> capturesPointSize;
 
@@ -85,6 +90,7 @@ private:
     using Page = std::array<PixelProgram, kPage>;
 
     std::atomic<bool> used{false};
+    std::atomic<bool> changes{false};
     std::atomic<Page*> pages[kPages] = {};
     std::vector<std::unique_ptr<Page>> owned;
     std::map<GLuint, std::string> shaders;

@@ -92,8 +92,9 @@ void ScaledGl::glCompileShader(GLuint shader) {
 
 void ScaledGl::glDeleteShader(GLuint shader) {
     gl().glDeleteShader(shader);
-    // One that is attached lives on.
+    if (!group->shaders.hasChanged()) return;
     const Lock lock(group->shaders.mutex);
+    // One that is attached lives on.
     if (!gl().glIsShader(shader)) group->shaders.forgetShader(shader);
 }
 
@@ -131,13 +132,17 @@ void ScaledGl::glTransformFeedbackVaryings(GLuint program, GLsizei count,
     for (int i = 0; i < count && names != nullptr; ++i) {
         captures = captures || strcmp(names[i], "gl_PointSize") == 0;
     }
-    if (!served || !captures) return;
+    if (!served) return;
     const Lock lock(group->shaders.mutex);
-    group->shaders.capturesPointSize.insert(program);
+    if (captures) {
+        group->shaders.capturesPointSize.insert(program);
+    } else {
+        group->shaders.capturesPointSize.erase(program);
+    }
 }
 
 void ScaledGl::glLinkProgram(GLuint program) {
-    if (!served) {
+    if (!group->shaders.hasChanged()) {
         gl().glLinkProgram(program);
         return;
     }
@@ -252,7 +257,7 @@ GLuint ScaledGl::glCreateShaderProgramvEXT(GLenum kind, GLsizei count, const GLc
 
 void ScaledGl::glDeleteProgram(GLuint program) {
     gl().glDeleteProgram(program);
-    if (gl().glIsProgram(program)) return;  // it is in use
+    if (group->shaders.program(program) == nullptr || gl().glIsProgram(program)) return;
     const Lock lock(group->shaders.mutex);
     group->shaders.removeProgram(program);
 }

@@ -28,6 +28,7 @@ public:
     // Where a declaration can stand: in front of the first token outside of any
     // directive, or of the #if around it.
     size_t firstDeclaration = std::string_view::npos;
+    bool isBeforeDirective = false;
 
 private:
     void step() {
@@ -58,7 +59,8 @@ private:
             while (at < text.size() && (startsName(text[at]) || isDigit(text[at]))) ++at;
         }
         if (!inDirective && firstDeclaration == std::string_view::npos) {
-            firstDeclaration = depth > 0 ? outermostIf : begin;
+            isBeforeDirective = depth > 0;
+            firstDeclaration = isBeforeDirective ? outermostIf : begin;
         }
         all.push_back({begin, at, inDirective});
     }
@@ -101,6 +103,8 @@ public:
         return false;
     }
 
+    bool hasText() const { return tokens.firstDeclaration != std::string_view::npos; }
+
     // Declared anew, it would be no expression there.
     bool declares(std::string_view name) const {
         for (size_t i = 1; i < tokens.all.size(); ++i) {
@@ -128,6 +132,7 @@ public:
             if (!isDeclared && token.begin >= tokens.firstDeclaration) {
                 copyTo(tokens.firstDeclaration);
                 result += first;
+                if (tokens.isBeforeDirective && !first.empty()) result += '\n';
                 isDeclared = true;
             }
             if (!isName(token, replacement.name)) continue;
@@ -156,6 +161,7 @@ private:
 std::optional<std::string> inWindowPixels(std::string_view text, unsigned kind,
                                           const char* precision) {
     const Rewriter shader(text);
+    if (!shader.hasText()) return std::nullopt;
     const std::string scalar = std::string("uniform ") + precision + " float " + kPointScale + ";";
     const std::string scaled = std::string("gl_PointSize*=1.0+") + kPointScale;
     switch (kind) {

@@ -56,7 +56,7 @@ TEST(AnyShaders, AreRewrittenOnTheSameLines) {
     EXPECT_EQ(text("#ifdef A\n#extension B : enable\n#endif\n#if C\nprecision mediump float;\n"
                    "#endif\n#define AT gl_FragCoord\n"),
               "#ifdef A\n#extension B : enable\n#endif\n" + declared +
-                  "#if C\nprecision mediump float;\n#endif\n#define AT vsk_fragCoord()\n" +
+                  "\n#if C\nprecision mediump float;\n#endif\n#define AT vsk_fragCoord()\n" +
                   fragmentEnd);
     EXPECT_EQ(text("void main(void) { gl_PointSize = 2.0; } // end", GL_VERTEX_SHADER),
               "void vsk_main(void) { gl_PointSize = 2.0; } // end" + pointEnd);
