@@ -132,7 +132,7 @@ class Blueprint(unittest.TestCase):
         self.assertGreater(len(sources), 20)
         self.assertEqual(set(library["srcs"]), sources)
         platform = {f"lib{path.stem}" for path in (SOURCE / "android/imports").glob("*.txt")}
-        self.assertEqual(set(library["shared_libs"]) | {"libc++"}, platform)
+        self.assertEqual(set(library["shared_libs"]) | {"libc++", "libc", "libm"}, platform)
         self.assertIn(f"VERSION_SCRIPT ${{CMAKE_SOURCE_DIR}}/{library['version_script']})",
                       (SOURCE / "android/platform.cmake").read_text())
         own = set(library["cflags"] + library["cppflags"] + library["ldflags"])

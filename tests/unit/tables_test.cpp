@@ -292,7 +292,7 @@ TEST_F(Tables, EveryHookReachesTheDriversEntryOfItsName) {
 }
 
 TEST_F(Tables, ClientWaitSyncHookUsesTheKHROperation) {
-    struct Probe : DefaultImplV2 {
+    struct Probe : Impl {
         int eglClientWaitSync(void*, void*, int, unsigned long long) override { return 1; }
         int eglClientWaitSyncKHR(void*, void*, int, unsigned long long timeout) override {
             return timeout == 0x123456789a ? 2 : 3;

@@ -13,6 +13,11 @@
 #include "hook/HookContext.h"
 #include "rig/device/game_service.h"
 
+// RTLD_DEEPBIND for a plug-in that brings its platform's libraries along.
+#if !defined(RIG_PLUGIN_SCOPE)
+#define RIG_PLUGIN_SCOPE 0
+#endif
+
 namespace rig {
 
 namespace {
@@ -97,7 +102,7 @@ bool servesAnyProgram(const android::HookContext& context) {
 Plugin openPlugin(const std::string& directory, const Settings& settings) {
     providePlatform(directory, settings);
     __android_log_set_minimum_priority(logPriority(settings.log));
-    void* library = openLibrary(directory + kPluginFile, RTLD_NOW | RTLD_LOCAL);
+    void* library = openLibrary(directory + kPluginFile, RTLD_NOW | RTLD_LOCAL | RIG_PLUGIN_SCOPE);
     Plugin plugin;
     plugin.entryObject = function<decltype(createImplInstance)>(library, "createImplInstance")();
     plugin.gameInfo =

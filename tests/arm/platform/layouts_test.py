@@ -1,0 +1,93 @@
+"""Compares the layouts that the stand-ins convert with those that the library was
+compiled with, from the debug information of both.
+
+usage: layouts_test UNSTRIPPED_LIBRARY STRIPPED_LIBRARY STAND_INS...
+"""
+import sys
+from pathlib import Path
+from typing import Any
+
+from elftools.elf.elffile import ELFFile
+
+# The library's type, and the stand-ins' own.
+PAIRS = {"pthread_mutex_t": "Mutex", "sem_t": "Semaphore", "sigset_t": "SignalSet",
+         "timespec": "Time", "stat": "FileStatus"}
+# What the stand-ins hand through, in bytes.
+SIZES = {"pthread_once_t": 4, "pthread_key_t": 4, "pthread_t": 4, "size_t": 4, "off_t": 4,
+         "time_t": 4, "pollfd": 8, "String16": 4, "mutex": 4,
+         "basic_string<char, std::__1::char_traits<char>, std::__1::allocator<char> >": 12}
+ENDS = ("DW_TAG_structure_type", "DW_TAG_class_type", "DW_TAG_union_type", "DW_TAG_base_type",
+        "DW_TAG_pointer_type", "DW_TAG_enumeration_type", "DW_TAG_array_type")
+
+
+def size_of(die: Any) -> int:
+    """The size of a type, through its other names."""
+    if "DW_AT_byte_size" in die.attributes:
+        return int(die.attributes["DW_AT_byte_size"].value)
+    if die.tag == "DW_TAG_pointer_type":
+        return 4
+    if die.tag == "DW_TAG_array_type":
+        count = 1
+        for child in die.iter_children():
+            if "DW_AT_count" in child.attributes:
+                count *= child.attributes["DW_AT_count"].value
+        return count * size_of(die.get_DIE_from_attribute("DW_AT_type"))
+    return size_of(die.get_DIE_from_attribute("DW_AT_type"))
+
+
+def layout_of(die: Any) -> tuple[int, list[int]]:
+    """Size and the places of the members; a type of one member is that member."""
+    while die.tag not in ENDS and "DW_AT_type" in die.attributes:
+        die = die.get_DIE_from_attribute("DW_AT_type")
+    members = [child.attributes["DW_AT_data_member_location"].value
+               for child in die.iter_children() if child.tag == "DW_TAG_member"
+               and "DW_AT_data_member_location" in child.attributes]
+    return size_of(die), members if len(members) > 1 else [0]
+
+
+def layouts(path: Path, names: set[str]) -> dict[str, set[tuple[int, tuple[int, ...]]]]:
+    """Each of these types that the file describes, with all layouts that it has there."""
+    found: dict[str, set[tuple[int, tuple[int, ...]]]] = {}
+    with path.open("rb") as stream:
+        for unit in ELFFile(stream).get_dwarf_info().iter_CUs():
+            for die in unit.iter_DIEs():
+                name = die.attributes.get("DW_AT_name")
+                if name is None or name.value.decode() not in names:
+                    continue
+                if "DW_AT_declaration" in die.attributes or die.tag not in (
+                        *ENDS, "DW_TAG_typedef"):
+                    continue
+                size, members = layout_of(die)
+                found.setdefault(name.value.decode(), set()).add((size, tuple(members)))
+    return found
+
+
+def build_id(path: Path) -> str:
+    with path.open("rb") as stream:
+        notes = ELFFile(stream).get_section_by_name(".note.gnu.build-id")
+        return str(next(notes.iter_notes())["n_desc"])
+
+
+def main() -> int:
+    unstripped, stripped, *stand_ins = (Path(argument) for argument in sys.argv[1:])
+    assert build_id(unstripped) == build_id(stripped), "another build's debug information"
+    library = layouts(unstripped, {*PAIRS, *SIZES})
+    own: dict[str, set[tuple[int, tuple[int, ...]]]] = {}
+    for stand_in in stand_ins:
+        own |= layouts(stand_in, set(PAIRS.values()))
+    wrong = 0
+
+    def tell(name: str, same: bool, other: object) -> int:
+        print(f"{'ok' if same else 'FAILED':7}{name}: {library.get(name)}, "
+              f"the stand-ins have {other}")
+        return not same
+
+    for name, other in PAIRS.items():
+        wrong += tell(name, name in library and library[name] == own.get(other), own.get(other))
+    for name, size in SIZES.items():
+        wrong += tell(name, {layout[0] for layout in library.get(name, ())} == {size}, size)
+    return 1 if wrong else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

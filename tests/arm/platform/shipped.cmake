@@ -1,0 +1,34 @@
+# Takes the place of the library's own build: the Android library of VESKO_SHIPPED, byte
+# for byte, at the place where tests and rig look for theirs.
+configure_file(${VESKO_SHIPPED} ${CMAKE_BINARY_DIR}/libtolvernvesko.so COPYONLY)
+add_library(tolvernvesko SHARED IMPORTED GLOBAL)
+set_target_properties(tolvernvesko PROPERTIES
+    IMPORTED_LOCATION ${CMAKE_BINARY_DIR}/libtolvernvesko.so)
+# Its own libraries are found when it is loaded.
+target_link_options(tolvernvesko INTERFACE -Wl,--allow-shlib-undefined)
+list(APPEND CMAKE_CROSSCOMPILING_EMULATOR -E
+    LD_LIBRARY_PATH=${CMAKE_BINARY_DIR}/platform:${CMAKE_SYSROOT}/usr/lib/arm-linux-gnueabi/android)
+# Under the rig nothing but the stand-ins serves it.
+add_compile_definitions(RIG_PLUGIN_SCOPE=RTLD_DEEPBIND)
+add_subdirectory(tests/arm/platform)
+
+# Test programs share the library's C++ classes, and so are built with a C++ library of
+# its namespace; GoogleTest too, from its sources.
+if(BUILD_TESTING)
+    add_library(platform_cxx INTERFACE)
+    target_compile_options(platform_cxx INTERFACE -nostdinc++
+        "SHELL:-isystem ${CMAKE_SYSROOT}/usr/lib/llvm-14/include/c++/v1")
+    # What is linked in serves the program alone; the library has the stand-ins.
+    target_link_options(platform_cxx INTERFACE -nostdlib++ -Wl,--exclude-libs,ALL)
+    target_link_libraries(platform_cxx INTERFACE ${CMAKE_SYSROOT}/usr/lib/llvm-14/lib/libc++.a
+        ${CMAKE_SYSROOT}/usr/lib/llvm-14/lib/libc++abi.a -l:libatomic.a)
+    set(googletest ${CMAKE_SYSROOT}/usr/src/googletest/googletest)
+    foreach(name gtest gtest_main)
+        add_library(platform_${name} STATIC ${googletest}/src/gtest-all.cc)
+        target_include_directories(platform_${name} SYSTEM
+            PUBLIC ${googletest}/include PRIVATE ${googletest})
+        target_link_libraries(platform_${name} PUBLIC platform_cxx)
+        add_library(GTest::${name} ALIAS platform_${name})
+    endforeach()
+    target_sources(platform_gtest_main PRIVATE ${googletest}/src/gtest_main.cc)
+endif()
