@@ -67,6 +67,7 @@ room(tools/tune tools/common)
 # Nothing but tests includes tests.
 room(tests/support ${library})
 room(tests/arm tests/support)
+room(tests/arm/platform platform/device)
 room(tests/unit ${library} tests/support)
 room(tests/faults ${library} tests/support)
 room(tests/fuzz ${library} tests/faults/modelled_driver.h tests/support)
