@@ -2,7 +2,7 @@
 // words) from the rig's properties, which are asked through C.
 #include <string>
 
-#include "platform/device/properties.h"
+#include "platform/device/system_properties.h"
 #include "tests/arm/platform/forward.h"
 
 namespace android::base {
