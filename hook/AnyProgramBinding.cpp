@@ -48,6 +48,10 @@ void followNode(any::Activation& activation) {
 
 }  // namespace
 
+bool programHasAsked(const char* processName) {
+    return any::Activation::of(processName) != nullptr;
+}
+
 HookContext* anyProgramContext(const char* processName) {
     any::Activation* activation = any::Activation::of(processName);
     if (activation == nullptr) return nullptr;

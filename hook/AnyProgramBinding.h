@@ -7,8 +7,9 @@ namespace android {
 
 class HookContext;
 
-// The context that serves the calling thread in a process of this name; null where
-// the process has not asked to be scaled.
+// Whether a process of this name has asked to be scaled.
+PLUGIN_LOCAL bool programHasAsked(const char* processName);
+// The context that then serves the calling thread; null where it has not.
 PLUGIN_LOCAL HookContext* anyProgramContext(const char* processName);
 
 }  // namespace android

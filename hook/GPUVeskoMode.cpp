@@ -1,6 +1,7 @@
 #include "hook/GPUVeskoMode.h"
 
-#include "hook/ContextManager.h"
+#include "hook/AnyProgramBinding.h"
+#include "hook/GameIdentity.h"
 #include "hook/HookManager.h"
 #include "hook/construction_order.h"
 #include "platform/compiler/construction.h"
@@ -28,7 +29,8 @@ void QoGPUVeskoModeImpl::setGLHooksThreadSpecific(const gl_hooks_t* driverTable,
 }
 
 bool QoGPUVeskoModeImpl::isInWhiteList() {
-    return ContextManager::getGameType() != ImplFactory::NO_GAME;
+    const ProcessIdentity process = identifyProcess();
+    return process.game != ImplFactory::NO_GAME || programHasAsked(process.name);
 }
 
 }  // namespace android

@@ -174,7 +174,11 @@ void ScaledGl::learnBuffering() {
     surface.singleBuffered = surface.kind == SurfaceKind::window && buffer == EGL_SINGLE_BUFFER;
 }
 
-bool ScaledGl::windowSizeChanged() { return sizeOf(*drawStand.surface) != scale().window; }
+// A driver that gives no size has not changed it.
+bool ScaledGl::windowSizeChanged() {
+    const Size size = sizeOf(*drawStand.surface);
+    return size.width > 0 && size.height > 0 && size != scale().window;
+}
 
 void ScaledGl::beginFrame(bool resized) {
     activation->refresh();

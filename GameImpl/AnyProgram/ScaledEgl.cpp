@@ -15,7 +15,8 @@ namespace android::any {
 
 namespace {
 
-Binding* idleBinding = nullptr;  // of threads without a context
+ScaledEgl* idle = nullptr;  // serves threads without a context
+Binding* idleBinding = nullptr;
 
 Surfaces& surfaces() { return Surfaces::instance(); }
 
@@ -30,7 +31,7 @@ Binding* ScaledEgl::start(Activation& asked) {
     const Lock lock(mutex);
     if (idleBinding == nullptr) {
         activation = &asked;
-        auto* idle = new (std::nothrow) ScaledEgl;
+        idle = new (std::nothrow) ScaledEgl;
         idleBinding = idle != nullptr ? newBinding(idle) : nullptr;
     }
     return idleBinding;
@@ -48,7 +49,7 @@ unsigned ScaledEgl::eglMakeCurrent(void* display, void* draw, void* read, void* 
         const Lock lock(surfaces().mutex);
         next = surfaces().context(display, context);
     }
-    if (old != nullptr && old != next) old->beforeLeaving();
+    if (old != nullptr && (old != next || !old->drawsTo(draw))) old->beforeLeaving();
     if (next != nullptr) handOver(display, draw, *next);
     bindThread(next != nullptr ? next->threadBinding() : idleBinding);
     const EGLBoolean made = egl.eglMakeCurrent(display, draw, read, context);
@@ -66,7 +67,15 @@ unsigned ScaledEgl::eglMakeCurrent(void* display, void* draw, void* read, void* 
         }
         next->enter(display, context, std::move(drawn), std::move(readFrom));
     }
+    if (next != nullptr && !next->isServed()) passThrough(*next);
     return made;
+}
+
+// The context's calls go on as in a process that has not asked.
+void ScaledEgl::passThrough(ScaledGl& context) {
+    idle->setGLDriverImpl(context.getGLDriverImpl());
+    bindThread(idleBinding);
+    context.leave();
 }
 
 bool ScaledEgl::isES(void* display, void* context) {

@@ -60,6 +60,7 @@ protected:
 
 private:
     bool isES(void* display, void* context);
+    void passThrough(ScaledGl& context);
     void handOver(void* display, void* draw, ScaledGl& next);
     void showPixels(void* surface);
     void showAtOnce();

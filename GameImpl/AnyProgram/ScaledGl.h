@@ -33,6 +33,8 @@ public:
     const std::shared_ptr<ShareGroup>& shareGroup() const { return group; }
     Binding* threadBinding() const { return binding; }
     bool isCurrent() const { return current; }
+    // Whether there is anything to do for it: not before OpenGL ES 3.
+    bool isServed() const { return served; }
     void setCurrent() { current = true; }
 
     // Right after the context was made current with these surfaces, which may be

@@ -289,7 +289,7 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
     const int index = known ? static_cast<int>(same - targets.begin()) : freeTarget();
     const char* why = index < 0 ? "the process has too many windows" : nullptr;
     const Size window = sizeOf(*surface);
-    if (why == nullptr && (window.width <= 0 || window.height <= 0)) why = "it has no size";
+    if (window.width <= 0 || window.height <= 0) return -1;  // until it has a size
     if (why == nullptr) {
         Target& target = targets[index];
         const Scale scale{window, scaledBy(window, activation->percent())};
