@@ -126,7 +126,7 @@ bool ScaledGl::translateAttachments(int n, const unsigned* attachments, unsigned
 
 void ScaledGl::glInvalidateFramebuffer(GLenum target, GLsizei n, const GLenum* attachments) {
     const int sides = windowSides(target);
-    unsigned own[kMostAttachments];
+    unsigned own[kMostAttachments] = {};
     if (sides != kNoSide && translateAttachments(n, attachments, own)) {
         gl().glInvalidateFramebuffer(target, n, own);
         return;
@@ -137,7 +137,7 @@ void ScaledGl::glInvalidateFramebuffer(GLenum target, GLsizei n, const GLenum* a
 
 void ScaledGl::glDiscardFramebufferEXT(GLenum target, GLsizei n, const GLenum* attachments) {
     const int sides = windowSides(target);
-    unsigned own[kMostAttachments];
+    unsigned own[kMostAttachments] = {};
     if (sides != kNoSide && translateAttachments(n, attachments, own)) {
         gl().glDiscardFramebufferEXT(target, n, own);
         return;
@@ -150,7 +150,7 @@ void ScaledGl::glDiscardFramebufferEXT(GLenum target, GLsizei n, const GLenum* a
 void ScaledGl::glInvalidateSubFramebuffer(GLenum target, GLsizei n, const GLenum* attachments,
                                           GLint x, GLint y, GLsizei width, GLsizei height) {
     const int sides = windowSides(target);
-    unsigned own[kMostAttachments];
+    unsigned own[kMostAttachments] = {};
     if (sides != kNoSide && width >= 0 && height >= 0 &&
         translateAttachments(n, attachments, own)) {
         const Scale& s = sides == kReadSide ? readTarget().scale : scale();

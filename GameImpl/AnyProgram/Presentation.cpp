@@ -64,7 +64,7 @@ void ScaledGl::present(bool last) {
     static constexpr GLenum kColor[] = {GL_COLOR_ATTACHMENT0};
     static constexpr GLenum kWindows[] = {GL_COLOR, GL_DEPTH, GL_STENCIL};
     const Target& target = drawTarget();
-    const bool ends = last && target.surface->kind == SurfaceKind::window;
+    const bool ends = last && target.surface->kind == SurfaceKind::Window;
     if (separateRead || readBound != 0) {
         gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kDrawn));
     }
@@ -171,7 +171,7 @@ void ScaledGl::learnBuffering() {
     EGLint buffer = EGL_BACK_BUFFER;
     Surface& surface = *drawStand.surface;
     getEGLPlatformImpl()->eglQueryContext(surface.display, handle, EGL_RENDER_BUFFER, &buffer);
-    surface.singleBuffered = surface.kind == SurfaceKind::window && buffer == EGL_SINGLE_BUFFER;
+    surface.singleBuffered = surface.kind == SurfaceKind::Window && buffer == EGL_SINGLE_BUFFER;
 }
 
 // A driver that gives no size has not changed it.

@@ -65,7 +65,7 @@ unsigned ScaledEgl::eglMakeCurrent(void* display, void* draw, void* read, void* 
             drawn = surfaces().find(display, draw, egl);
             readFrom = surfaces().find(display, read, egl);
         }
-        next->enter(display, context, std::move(drawn), std::move(readFrom));
+        next->enter(display, context, drawn, readFrom);
     }
     if (next != nullptr && !next->isServed()) passThrough(*next);
     return made;
@@ -276,7 +276,7 @@ void* ScaledEgl::eglCreateWindowSurface(void* display, void* config, ANativeWind
                                         const int* attributes) {
     return added(display,
                  getEGLPlatformImpl()->eglCreateWindowSurface(display, config, window, attributes),
-                 SurfaceKind::window);
+                 SurfaceKind::Window);
 }
 
 void* ScaledEgl::eglCreatePlatformWindowSurface(void* display, void* config, void* window,
@@ -284,20 +284,20 @@ void* ScaledEgl::eglCreatePlatformWindowSurface(void* display, void* config, voi
     return added(
         display,
         getEGLPlatformImpl()->eglCreatePlatformWindowSurface(display, config, window, attributes),
-        SurfaceKind::window);
+        SurfaceKind::Window);
 }
 
 void* ScaledEgl::eglCreatePbufferSurface(void* display, void* config, const int* attributes) {
     return added(display,
                  getEGLPlatformImpl()->eglCreatePbufferSurface(display, config, attributes),
-                 SurfaceKind::pbuffer);
+                 SurfaceKind::Pbuffer);
 }
 
 void* ScaledEgl::eglCreatePixmapSurface(void* display, void* config, egl_native_pixmap_t* pixmap,
                                         const int* attributes) {
     return added(display,
                  getEGLPlatformImpl()->eglCreatePixmapSurface(display, config, pixmap, attributes),
-                 SurfaceKind::other);
+                 SurfaceKind::Other);
 }
 
 unsigned ScaledEgl::eglDestroySurface(void* display, void* surface) {

@@ -40,8 +40,8 @@ public:
     // Right after the context was made current with these surfaces, which may be
     // null; right before it ceases to be, and right after: leave may destroy the
     // object.
-    void enter(EGLDisplay display, EGLContext context, std::shared_ptr<Surface> draw,
-               std::shared_ptr<Surface> read);
+    void enter(EGLDisplay display, EGLContext context, const std::shared_ptr<Surface>& draw,
+               const std::shared_ptr<Surface>& read);
     void beforeLeaving();
     void leave();
 

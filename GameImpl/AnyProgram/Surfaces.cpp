@@ -21,9 +21,9 @@ SurfaceKind askKind(EGLDisplay display, EGLSurface handle, platform_impl_t& egl)
     constexpr EGLint kUntouched = -7;
     EGLint largest = kUntouched;
     if (!egl.eglQuerySurface(display, handle, EGL_LARGEST_PBUFFER, &largest)) {
-        return SurfaceKind::other;
+        return SurfaceKind::Other;
     }
-    return largest == kUntouched ? SurfaceKind::window : SurfaceKind::pbuffer;
+    return largest == kUntouched ? SurfaceKind::Window : SurfaceKind::Pbuffer;
 }
 
 }  // namespace

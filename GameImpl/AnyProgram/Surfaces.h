@@ -18,12 +18,12 @@ namespace android::any {
 class ScaledGl;
 struct ShareGroup;
 
-enum class SurfaceKind { window, pbuffer, other };
+enum class SurfaceKind { Window, Pbuffer, Other };
 
 struct Surface {
     EGLDisplay display = nullptr;
     EGLSurface handle = nullptr;
-    SurfaceKind kind = SurfaceKind::other;
+    SurfaceKind kind = SurfaceKind::Other;
     bool contentsCount = false;   // of the past frame: preserved, or asked for their age
     bool singleBuffered = false;  // shown at a flush
     bool bufferingChanges = false;

@@ -303,8 +303,9 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
             why = build(index, framebuffer);
         } else {
             attach(index, framebuffer);
-            if (!holds && !separateRead)
+            if (!holds && !separateRead) {
                 copyFromWindow(target, {0, 0, window.width, window.height}, target.copied);
+            }
         }
         surface->holder = group;
         surface->drawnBy = handle;
@@ -322,8 +323,8 @@ void ScaledGl::stand(Stand& side, const std::shared_ptr<Surface>& surface,
     side.surface = surface;
     side.target = -1;
     if (surface == nullptr) return;
-    const bool wanted = surface->kind == SurfaceKind::window ||
-                        (surface->kind == SurfaceKind::pbuffer && activation->pbuffersToo());
+    const bool wanted = surface->kind == SurfaceKind::Window ||
+                        (surface->kind == SurfaceKind::Pbuffer && activation->pbuffersToo());
     if (wanted) side.target = targetFor(surface, framebuffer);
 }
 
@@ -338,8 +339,8 @@ void ScaledGl::learnBoxes() {
     std::copy(box, box + 4, coordinates.scissors[0]);
 }
 
-void ScaledGl::enter(EGLDisplay, EGLContext context, std::shared_ptr<Surface> draw,
-                     std::shared_ptr<Surface> read) {
+void ScaledGl::enter(EGLDisplay, EGLContext context, const std::shared_ptr<Surface>& draw,
+                     const std::shared_ptr<Surface>& read) {
     handle = context;
     if (!learnt) {
         const std::lock_guard<std::mutex> lock(Surfaces::instance().mutex);

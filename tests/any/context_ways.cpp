@@ -114,9 +114,10 @@ void movesBetweenThreads(Player& p) {
         });
     }
     for (std::thread& thread : threads) thread.join();
-    for (const Record& record : records)
+    for (const Record& record : records) {
         p.record.pictures.insert(p.record.pictures.end(), record.pictures.begin(),
                                  record.pictures.end());
+    }
 }
 
 void destroysWhileCurrent(Player& p) {

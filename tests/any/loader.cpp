@@ -31,8 +31,9 @@ a::EGLBoolean makeCurrent(a::EGLDisplay display, a::EGLSurface draw, a::EGLSurfa
                           a::EGLContext context) {
     const a::EGLBoolean made =
         Loader::instance().driver.platform.eglMakeCurrent(display, draw, read, context);
-    if (made && context != nullptr && isHooked)
+    if (made && context != nullptr && isHooked) {
         a::HookManager::setGLHooksThreadSpecific(handedOver, 1);
+    }
     return made;
 }
 

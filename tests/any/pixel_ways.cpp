@@ -9,9 +9,11 @@ void clears(Player& p) {
     p.picture("all");
     // Boxes that meet leave no gap and do not overlap, whatever their edges.
     p.gl.glEnable(GL_BLEND);
-    for (int y = 0; y < kHeight; y += 7)
-        for (int x = 0; x < kWidth; x += 5)
+    for (int y = 0; y < kHeight; y += 7) {
+        for (int x = 0; x < kWidth; x += 5) {
             p.fill(x, y, 5, 7, (x / 5 & 1) ? 0.2f : 0.8f, (y / 7 & 1) ? 0.2f : 0.8f, 1);
+        }
+    }
     p.swap();
     p.picture("after");
 }

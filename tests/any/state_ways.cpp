@@ -229,8 +229,9 @@ void boxes(Player& p) {
         int whole[4] = {};
         p.gl.glGetFloati_vOES(GL_VIEWPORT, i, box);
         p.gl.glGetIntegeri_v(GL_SCISSOR_BOX, i, whole);
-        for (int k = 0; k < 4; ++k)
+        for (int k = 0; k < 4; ++k) {
             p.note("indexed", std::to_string(box[k]) + " " + std::to_string(whole[k]));
+        }
         p.error("indexed");
     }
     p.asks("first of many", {GL_VIEWPORT, GL_SCISSOR_BOX});
@@ -325,8 +326,9 @@ void objectsOfShaders(Player& p) {
     unsigned indices[5] = {};
     p.gl.glGetUniformIndices(made, 5, names, indices);
     for (unsigned index : indices) p.note("index", index);
-    for (const char* name : names)
+    for (const char* name : names) {
         p.note("resource index", p.gl.glGetProgramResourceIndex(made, GL_UNIFORM, name));
+    }
     unsigned shaders[4] = {};
     int attached = 0;
     p.gl.glGetAttachedShaders(made, 4, &attached, shaders);

@@ -172,7 +172,7 @@ TEST_F(FboBlit, NamesOfAnEarlierSetupAreNotDeletedAgain) {
     fbo.renderTextureToFbo(false);
     fbo.renderfboTodisplay(nullptr, nullptr, 400, 200);
     fbo.releaseResourcesAll();
-    driver.on(&GL::glCreateShader, [](GLenum) { return 0U; });
+    driver.on(&GL::glCreateShader, [](GLenum) { return 0u; });
     driver.on(&GL::glGenFramebuffers, [](GLsizei, GLuint*) {});
     driver.on(&GL::glGenTextures, [](GLsizei, GLuint*) {});
     driver.on(&GL::glGenRenderbuffers, [](GLsizei, GLuint*) {});
