@@ -4,16 +4,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <type_traits>
 
-#include "rig/device/parameter_node.h"
-#include "rig/device/run_outcome.h"
 #include "rig/run/exit_codes.h"
-#include "rig/run/games.h"
-#include "rig/run/mesa_driver.h"
+#include "rig/run/make_plan.h"
 #include "rig/run/option_readers.h"
 #include "rig/run/program.h"
 #include "rig/run/raw_options.h"
@@ -100,64 +96,6 @@ void addOptions(CLI::App& app, RawOptions& raw) {
 #include "rig/device/options.in"
 }
 
-// Each output would replace another.
-void refuseSharedFiles(
-    const std::vector<std::pair<const RawOption&, std::vector<std::string>>>& outputs) {
-    std::set<std::string> taken;
-    for (const auto& [option, files] : outputs) {
-        for (const std::string& file : files) {
-            if (file.empty() || taken.insert(file).second) continue;
-            throw BadOption(option.name, "'" + file + "' is named twice; give each its own file");
-        }
-    }
-}
-
-// What concerns several options at once.
-void completePlan(const RawOptions& raw, Plan& plan) {
-    const LaunchSettings& launch = plan.launch;
-    const size_t captures = launch.captureFiles.size();
-    if (raw.captureFrames.given() && launch.captureFrames.size() != captures) {
-        throw BadOption(raw.captureFrames.name,
-                        "give one --frame for each --capture, or none for frame 1");
-    }
-    if (captures > RunOutcome::kCapturesMax) {
-        throw BadOption(
-            raw.captureFiles.name,
-            "a run makes at most " + std::to_string(RunOutcome::kCapturesMax) + " pictures");
-    }
-    for (size_t i = 0; i < captures; ++i) {
-        const bool given = raw.captureFrames.given();
-        plan.settings.captures.push_back(
-            {launch.captureFiles[i], given ? launch.captureFrames[i] : 1});
-    }
-    refuseSharedFiles({{raw.captureFiles, launch.captureFiles},
-                       {raw.statsFile, {plan.settings.statsFile}},
-                       {raw.countFile, {launch.countFile}}});
-    std::set<std::string> names;
-    for (const Parameter& parameter : launch.parameters) names.insert(parameter.name);
-    const bool fits = names.size() <= ParameterNode::kParametersMax;
-    for (const ParameterChange& change : plan.settings.changes) names.insert(change.name);
-    if (names.size() > ParameterNode::kParametersMax) {
-        throw BadOption(fits ? raw.changes.name : raw.parameters.name,
-                        "there are " + std::to_string(names.size()) +
-                            " different parameters, and the node takes " +
-                            std::to_string(ParameterNode::kParametersMax));
-    }
-    if (!raw.threadName.given()) plan.settings.threadName = threadNameOf(plan.settings.game);
-    plan.environment = driverEnvironment(launch.driver);
-}
-
-Plan planFrom(const RawOptions& raw) {
-    Plan plan;
-#define LOADER_OPTION(kind, member, name, argument, initial, help) \
-    plan.settings.member = read##kind(raw.member);
-#define LAUNCHER_OPTION(kind, member, name, argument, initial, help) \
-    plan.launch.member = read##kind(raw.member);
-#include "rig/device/options.in"
-    completePlan(raw, plan);
-    return plan;
-}
-
 }  // namespace
 
 std::optional<Plan> parseCommandLine(int argc, char** argv, int& exitCode) {
@@ -177,7 +115,7 @@ std::optional<Plan> parseCommandLine(int argc, char** argv, int& exitCode) {
     const std::vector<std::string> command(argv + std::min(i + 1, argc), argv + argc);
     try {
         app.parse(options);
-        Plan plan = planFrom(raw);
+        Plan plan = makePlan(raw);
         exitCode = chooseProgram(command, plan);
         if (exitCode == 0) return plan;
     } catch (const CLI::CallForHelp&) {
