@@ -7,7 +7,10 @@ import unittest
 from collections.abc import Mapping, Sequence
 from pathlib import Path
 
-from tools.conform import compare, modes, state
+import numpy as np
+from PIL import Image
+
+from tools.conform import compare, likeness, modes, state
 from tools.conform.cases import ANYTHING, Case, Counts, Documented, Expected, Run
 from tools.conform.compare import Difference
 from tools.conform.engine import Checker, Result
@@ -57,6 +60,8 @@ class Comparison(unittest.TestCase):
                 (none, counts(both, both[:1]), False),
                 (none, counts(both + ["eglClientWaitSync"], both + ["eglClientWaitSyncKHR"]), True),
                 (sgame, counts(both, both + ["glGetError"]), True),
+                (modes.ANY, counts([*both, "eglSwapBuffers"]), False),  # not scaled
+                (modes.ANY, counts([*both, "eglSwapBuffers"], [*both, "glBlitFramebuffer"]), True),
                 (modes.BASELINE, counts(direct=both), True),
                 (modes.BASELINE, counts(both, direct=both), False),
                 (modes.BASELINE, counts(), False)):
@@ -70,6 +75,25 @@ class Comparison(unittest.TestCase):
         self.assertEqual(shown, ['- "b": 2', '+ "b": 3'])
         long = compare.text_difference(Difference("x", "a\n" * 50, "b\n" * 50))
         self.assertEqual(len(long), compare.LINES_SHOWN + 1)
+
+
+class Pictures(unittest.TestCase):
+    def test_lost_detail_is_alike_and_damage_is_not(self) -> None:
+        random = np.random.default_rng(7)
+        coarse = Image.fromarray(random.integers(0, 255, (9, 16, 3), np.uint8))
+        native = np.asarray(coarse.resize((640, 360), Image.BICUBIC))
+        for factor in (75, 50):
+            small = Image.fromarray(native).resize((640 * factor // 100, 360 * factor // 100))
+            seen = np.asarray(small.resize((640, 360), Image.NEAREST))
+            self.assertEqual(likeness.compare(seen, native).problem, "")
+        for name, wrong in likeness.damaged(native):
+            self.assertNotEqual(likeness.compare(wrong, native).problem, "", name)
+        gap = native.copy()
+        gap[64:128, 64:256] = 0
+        self.assertIn("is off by", likeness.compare(gap, native).problem)
+        plain = np.full_like(native, 3)
+        self.assertIn("too plain", likeness.compare(plain, plain).problem)
+        self.assertIn("320x360", likeness.compare(native[:, :320], native).problem)
 
 
 class Documentation(unittest.TestCase):
@@ -89,7 +113,7 @@ class Documentation(unittest.TestCase):
     def test_the_manual_has_a_row_for_every_mode(self) -> None:
         page = (state.LIMITS.parent / "conform.md").read_text(encoding="utf-8")
         rows = re.findall(r"^\| `([\w-]+)`", page, re.M)
-        wanted = [modes.BASELINE, *modes.SAME, state.SCALED]
+        wanted = [modes.BASELINE, *modes.SAME, modes.ANY_SCALED, state.SCALED]
         self.assertEqual(sorted(rows), sorted(mode.name for mode in wanted),
                          "give each mode a row of the first table in docs/conform.md")
 

@@ -57,7 +57,7 @@ class Verdicts(unittest.TestCase):
     def test_the_lowest_factor_that_keeps_the_quality_is_recommended(self) -> None:
         found = verdict(measured({100: 1.0, 90: 0.99, 75: 0.96, 66: 0.94, 50: 0.951}))
         self.assertEqual(chosen(found), s.Setting(50))
-        self.assertEqual(found.device.node,
+        self.assertEqual(found.device.node.text,
                          "status:7#enable:1#FB0Factor:50#gameInternalFBOFactor:100#")
         self.assertEqual(chosen(verdict(measured({90: 0.99, 75: 0.96, 50: 0.9}))), s.Setting(75))
         two = [*measured({90: 0.99}), result(s.Setting(90, 70), 5, 0.97),
@@ -68,7 +68,7 @@ class Verdicts(unittest.TestCase):
         found = verdict(measured({100: 1.0, 90: 0.94, 50: 0.8}))
         self.assertIsNone(found.chosen)
         self.assertIn("the best is 90 with 0.940", found.headline)
-        self.assertIn("enable:0#", found.device.node)
+        self.assertIn("enable:0#", found.device.node.text)
         self.assertIn("nothing to recommend", verdict(measured({100: 1.0})).headline)
 
     def test_what_is_wrong_is_told_in_place_of_a_number(self) -> None:
@@ -101,10 +101,14 @@ class Verdicts(unittest.TestCase):
         self.assertIn("Too few factors", verdict(measured({90: 1.0})).pixels)
 
     def test_device_texts(self) -> None:
-        longest = WAYS["sgame"].device_texts(s.Setting(100, 100)).node
+        longest = WAYS["sgame"].device_texts(s.Setting(100, 100)).node.text
         self.assertLessEqual(len(longest), 64)
-        found = verdict(measured({75: 0.97}), game="genshin")
-        self.assertEqual((found.device.config, found.device.node), ("yuanshen 1080 486 0", ""))
+        for game, similarity, node, config, asked in (
+                ("genshin", 0.97, "", "yuanshen 1080 486 0", ""),
+                ("any", 0.97, "", "", "vendor.vesko.scale.NAME=75"), ("any", 0.5, "", "", "")):
+            device = verdict(measured({75: similarity}), game=game).device
+            self.assertEqual([t.text for t in (device.node, device.config, device.property)],
+                             [node, config, asked])
 
     def test_every_round_plays_all_and_none_is_favoured(self) -> None:
         settings = [s.NATIVE, s.Setting(90), s.Setting(50)]
@@ -199,7 +203,7 @@ class CommandLine(unittest.TestCase):
         self.assertLessEqual(in_text, in_help | {"--status", "--set"})
         for option in o.SETTINGS:
             default = dict(rows)[f"--{option.name}"]
-            self.assertEqual(default.strip("`"), option.default or "the program's own", option.name)
+            self.assertEqual(default.strip("`"), option.default or option.unset, option.name)
 
 
 if __name__ == "__main__":

@@ -10,6 +10,8 @@ from pathlib import Path
 from tools.conform.modes import Mode
 
 Facts = Mapping[str, str]
+# A fact that begins so is about the picture in the file PREFIX + what follows.
+PICTURE = "picture "
 # Facts that differ and the values that they must have, or ANYTHING but the baseline's.
 Expected = Mapping[str, str | None]
 ANYTHING = None
@@ -86,6 +88,10 @@ class Case:
     whole: bool = False
     control: Mode | None = None  # must differ
     documented: Documented | None = None
+    also: tuple[Mode, ...] = ()  # further modes that must be equal
+    # A mode that must be equal but for the pictures, which are as alike as fewer pixels let
+    # them be.
+    scaled: Mode | None = None
 
     @property
     def slug(self) -> str:

@@ -4,10 +4,12 @@ import threading
 import time
 from collections.abc import Callable, Sequence
 from dataclasses import dataclass, field
+from pathlib import Path
 from typing import Protocol
 
-from tools.conform import compare, modes
-from tools.conform.cases import Case, Documented, Facts, Run
+from tools.common import measure
+from tools.conform import compare, likeness, modes
+from tools.conform.cases import PICTURE, Case, Documented, Facts, Run
 from tools.conform.compare import Difference
 from tools.conform.modes import Mode
 
@@ -56,8 +58,9 @@ class Checker:
         self.stop = threading.Event()
 
     def runs_per_case(self, case: Case) -> int:
-        return (self.repeats + len(self.same) + (case.control is not None) +
-                (case.documented is not None))
+        single = case.control, case.documented, case.scaled
+        return (self.repeats + len(self.same) + len(case.also) +
+                sum(mode is not None for mode in single))
 
     def check(self, case: Case) -> Result | None:
         """The Result; None where everything was stopped before."""
@@ -73,8 +76,10 @@ class Checker:
         if not compare.is_sound(result.baseline, case.needs):
             result.failures.append(Failure(modes.BASELINE.name, "does not work with the driver "
                                            "alone", run=result.baseline_run))
-        for mode in self.same:
+        for mode in (*self.same, *case.also):
             self._check_mode(result, mode)
+        if case.scaled:
+            self._check_scaled(result, case.scaled)
         if case.documented:
             self._check_documented(result, case.documented)
         if case.control:
@@ -114,6 +119,28 @@ class Checker:
             return
         result.failures += [Failure(mode.name, "differs", d, run, result.baseline_run)
                             for d in found if d.fact not in result.unstable]
+
+    def _check_scaled(self, result: Result, mode: Mode) -> None:
+        if self.stop.is_set():
+            return
+        run, facts, found = self._find(result, mode)
+        pictures = [d for d in found if d.fact.startswith(PICTURE)]
+        if not pictures:
+            result.failures.append(Failure(mode.name, "no picture differs: nothing was scaled",
+                                           run=run))
+        for difference in found:
+            problem = "differs"
+            if difference in pictures and difference.fact in facts:
+                problem = self._unlike(result.baseline_run, run, difference.fact)
+            if problem:
+                result.failures.append(Failure(mode.name, problem, difference, run,
+                                               result.baseline_run))
+
+    @staticmethod
+    def _unlike(baseline: Run, run: Run, fact: str) -> str:
+        native, own = (measure.load(Path(f"{of.prefix}{fact.removeprefix(PICTURE)}"))
+                       for of in (baseline, run))
+        return likeness.compare(own, native).problem
 
     def _check_documented(self, result: Result, documented: Documented) -> None:
         if self.stop.is_set():

@@ -16,7 +16,13 @@ class Mode:
 
 BASELINE = Mode("driver", ("--no-plugin", "--game", "none"), plugin=False)
 
-SAME = tuple(Mode(identity.name, identity.options) for identity in IDENTITIES)
+# Any program, drawn to a target of the window's size: the calls are others, what the
+# program sees is not.
+ANY = Mode("any-100", ("--game", "any"), passes_through=False)
+SAME = (*(Mode(identity.name, identity.options) for identity in IDENTITIES), ANY)
+
+# Fewer pixels, and nothing else: state must be equal, pictures alike.
+ANY_SCALED = Mode("any-75", ("--game", "any", "--set", "FB0Factor=75"), passes_through=False)
 
 # These must show: a comparison that misses them proves nothing.
 CONTROL_SCALED = Mode("control-scaled", ("--game", "sgame", "--set", "FB0Factor=50"),

@@ -9,7 +9,7 @@ import numpy as np
 from PIL import Image
 
 from tools.common import measure
-from tools.conform.cases import Case
+from tools.conform.cases import PICTURE, Case
 from tools.conform.compare import text_difference
 from tools.conform.engine import Failure, Result
 
@@ -29,11 +29,11 @@ def draw_difference(baseline: Path, seen: Path, file: Path) -> None:
 
 def pictures_of(failure: Failure) -> tuple[Path, Path] | None:
     """The pictures of baseline and mode that the failure is about, or None."""
-    if failure.difference is None or not failure.difference.fact.startswith("picture "):
+    if failure.difference is None or not failure.difference.fact.startswith(PICTURE):
         return None
     if failure.baseline is None or failure.run is None:
         return None
-    name = failure.difference.fact.removeprefix("picture ")
+    name = failure.difference.fact.removeprefix(PICTURE)
     files = Path(f"{failure.baseline.prefix}{name}"), Path(f"{failure.run.prefix}{name}")
     return files if all(f.is_file() for f in files) else None
 

@@ -8,7 +8,7 @@ from typing import Any
 
 from tools.common.errors import CannotRun
 from tools.common.processes import find_program
-from tools.conform import traces
+from tools.conform import modes, traces
 from tools.conform.cases import ANYTHING, Case, Documented, Expected, Facts, Found, Run
 from tools.conform.engine import Result
 from tools.conform.modes import Mode
@@ -81,6 +81,7 @@ def cases(runner: Runner, _: bool) -> Found:
         found.cases.append(Case(
             "state", name, [replayer, "--headless", f"--dump-state={call}", str(file)], facts,
             environment=traces.REPLAY, needs="parameters ",
+            also=(modes.ANY_SCALED,),
             documented=Documented(SCALED, documented(text, moments), COMPARED)))
     return found
 

@@ -10,7 +10,7 @@ from tools.common import processes
 from tools.common.errors import CannotRun
 from tools.common.processes import find_program
 from tools.conform import modes
-from tools.conform.cases import Case, Facts, Found, Run
+from tools.conform.cases import PICTURE, Case, Facts, Found, Run
 from tools.conform.engine import Result
 from tools.conform.runner import Runner
 
@@ -55,7 +55,7 @@ def facts(run: Run) -> Facts:
     windows = sorted(run.prefix.parent.glob(run.prefix.name + "window-*.png"))
     for picture in snapshots[1:] + windows:
         name = picture.name[len(run.prefix.name):]
-        result[f"picture {name}"] = hashlib.sha256(picture.read_bytes()).hexdigest()
+        result[f"{PICTURE}{name}"] = hashlib.sha256(picture.read_bytes()).hexdigest()
     return result
 
 
@@ -81,8 +81,8 @@ def cases(runner: Runner, quick: bool) -> Found:
         file = record(runner, name, command)
         found.cases.append(Case(
             "trace", name, [replayer, "--headless", "--snapshot-prefix={run}call-", str(file)],
-            facts, options=tuple(captures), environment=REPLAY, needs="picture ",
-            control=modes.CONTROL_SCALED if name == "scene" else None))
+            facts, options=tuple(captures), environment=REPLAY, needs=PICTURE,
+            control=modes.CONTROL_SCALED if name == "scene" else None, scaled=modes.ANY_SCALED))
     return found
 
 

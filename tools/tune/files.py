@@ -42,8 +42,9 @@ def document(report: Report) -> dict[str, Any]:
         "fit_ms": {k: _number(v, 3) for k, v in asdict(verdict.fit).items()} if verdict.fit
         else None,
         "remarks": verdict.remarks,
-        "node_text": verdict.device.node or None,
-        "configuration_line": verdict.device.config or None,
+        "node_text": verdict.device.node.text or None,
+        "configuration_line": verdict.device.config.text or None,
+        "property": verdict.device.property.text or None,
         "picture_noise": {"ssim": _number(report.noise.ssim, 6),
                           "psnr_db": _number(report.noise.psnr, 3)} if report.noise else None,
         "command": report.command,

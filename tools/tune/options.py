@@ -47,7 +47,7 @@ class Options(argparse.Namespace):
     min_ssim: float
     size: str | None
     game: str
-    thread_name: str
+    thread_name: str | None
     driver: str
     display: str
     clock: str
@@ -131,6 +131,7 @@ class Option:
     check: Callable[[str], Any]
     default: str
     help: str
+    unset: str = ""  # what holds where there is no default
 
     @property
     def key(self) -> str:
@@ -149,11 +150,12 @@ SETTINGS = (
     Option("pictures", "N", number(1, 20), "3", "frames whose pictures are compared"),
     Option("min-ssim", "X", similarity, "0.95",
            "structural similarity that every compared picture must keep"),
-    Option("size", "WxH", size, "", "size of the window; the program's own unless given"),
-    Option("game", "GAME", one_of(*WAYS), "sgame", "whose tuning to try: " +
+    Option("size", "WxH", size, "", "size of the window", unset="the program's own"),
+    Option("game", "GAME", one_of(*WAYS), "any", "whose tuning to try: " +
            ", ".join(f"{game} {way.effect}" for game, way in WAYS.items())),
-    Option("thread-name", "NAME", thread_name, "UnityGfx",
-           "name given to threads that make a context current; '' gives none"),
+    Option("thread-name", "NAME", thread_name, "",
+           "name given to threads that make a context current; '' gives none",
+           unset="that of the game's renderer"),
     Option("driver", "DRIVER", one_of(*DRIVERS), "system",
            "Mesa's driver: llvmpipe, softpipe, zink or system"),
     Option("display", "MODE", one_of("auto", "xvfb", "none"), "auto",
@@ -171,9 +173,8 @@ def parser() -> argparse.ArgumentParser:
                         usage="./dev tune [OPTIONS] -- PROGRAM [ARGS...]\n"
                         "       ./dev tune [OPTIONS] --trace FILE.trace")
     for option in SETTINGS:
-        shown = f" ({option.default})" if option.default else ""
         result.add_argument(f"--{option.name}", metavar=option.metavar, type=option.check,
-                            help=option.help + shown)
+                            help=f"{option.help} ({option.default or option.unset})")
     result.add_argument("--trace", metavar="FILE", type=Path,
                         help="replay this apitrace recording with eglretrace as the program")
     result.add_argument("--out", metavar="DIR", type=Path,

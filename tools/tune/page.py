@@ -7,7 +7,8 @@ from pathlib import Path
 
 from tools.common import texts
 from tools.tune import pictures, plot
-from tools.tune.report import Report, noise_sentence, rows
+from tools.tune.report import Report, device_texts, noise_sentence, rows
+from tools.tune.ways import DeviceText
 
 HERE = Path(__file__).resolve().parent
 # The page may show what it carries and fetch nothing.
@@ -24,9 +25,9 @@ def _paragraphs(lines: Iterable[str], kind: str = "") -> str:
     return "".join(f"<p{attribute}>{_e(line)}</p>" for line in lines)
 
 
-def _device(label: str, text: str, note: str) -> str:
-    shown = f"<code>{_e(text)}</code>" if text else ""
-    return f'<div class="device"><span>{_e(label)}: {_e(note)}</span>{shown}</div>'
+def _device(label: str, of: DeviceText) -> str:
+    shown = f"<code>{_e(of.text)}</code>" if of.text else ""
+    return f'<div class="device"><span>{_e(label)}: {_e(of.note)}</span>{shown}</div>'
 
 
 def _answer(report: Report) -> str:
@@ -37,8 +38,7 @@ def _answer(report: Report) -> str:
                "measured until then is shown.</p>")
     return f"""{partial}<section class="card" id="recommendation">
 <div class="answer"><div class="factor">{_e(factor)}</div><p>{_e(verdict.headline)}</p></div>
-{_device("node text", verdict.device.node, verdict.device.node_note)}
-{_device("configuration line", verdict.device.config, verdict.device.config_note)}
+{"".join(_device(*shown) for shown in device_texts(verdict.device))}
 {_paragraphs([verdict.pixels])}{_paragraphs(verdict.remarks + report.notes, "remark")}
 </section>"""
 

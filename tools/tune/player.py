@@ -110,7 +110,9 @@ class Player:
     def _rig_options(self, setting: Setting) -> list[str]:
         o = self._options
         result = ["--driver", o.driver, "--display", o.display, "--clock", o.clock,
-                  "--thread-name", o.thread_name, "--game", o.game]
+                  "--game", o.game]
+        if o.thread_name is not None:
+            result += ["--thread-name", o.thread_name]
         if o.size:
             result += ["--size", o.size]
         if setting.native:

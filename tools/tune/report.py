@@ -10,6 +10,7 @@ from tools.common.machine import Machine
 from tools.common.sizes import text_size
 from tools.tune.results import Comparison, Result
 from tools.tune.verdict import Verdict
+from tools.tune.ways import DeviceText, DeviceTexts
 
 HEAD = ("factor", "render size", "median", "p95", "p99", "to native", "blit", "SSIM", "PSNR",
         "resized SSIM", "")
@@ -70,10 +71,15 @@ def noise_sentence(noise: Comparison | None) -> str:
             f"{texts.decibels(noise.psnr)}. Smaller losses cannot be seen.")
 
 
+def device_texts(texts_of: DeviceTexts) -> list[tuple[str, DeviceText]]:
+    """With what each is called."""
+    return [("node text", texts_of.node), ("configuration line", texts_of.config),
+            ("property", texts_of.property)]
+
+
 def device_lines(verdict: Verdict) -> str:
-    node = verdict.device.node or verdict.device.node_note
-    config = verdict.device.config or verdict.device.config_note
-    return f"node text:          {node}\nconfiguration line: {config}"
+    return "\n".join(f"{label + ':':20}{shown.text or shown.note}"
+                     for label, shown in device_texts(verdict.device))
 
 
 def terminal(report: Report) -> str:

@@ -40,8 +40,10 @@ def make_report(options: Options, out: Path, session: Session) -> r.Report:
     way = WAYS[options.game]
     measured = evaluate_all(session, way)
     found = noise(session)
-    kept = {option.name: getattr(options, option.key) for option in o.SETTINGS}
-    kept["frames"], kept["size"] = session.frames, kept["size"] or "the program's own"
+    given = {option: getattr(options, option.key) for option in o.SETTINGS}
+    kept = {option.name: option.unset if value is None else value
+            for option, value in given.items()}
+    kept["frames"] = session.frames
     notes = list(session.notes)
     if options.size and measured and "x".join(map(str, measured[0].window)) != options.size:
         notes.append(f"--size {options.size} did not reach the program, whose window is "

@@ -159,12 +159,13 @@ def _headline(chosen: Result | None, results: Sequence[Result], minimum: float) 
 
 def _own_drawing(results: Sequence[Result], way: Way) -> list[str]:
     native = results[0]
-    if not way.has_hdr or not native.drawn:
+    if not way.scales_whole_picture or not native.drawn:
         return []
     sizes = ", ".join(text_size(size) for size in native.drawn)
-    return [f"The program also draws to framebuffers of its own ({sizes}). FB0Factor scales only "
-            "what is drawn to the window; --hdr-factors tries the program's own high-precision "
-            "framebuffer."]
+    more = ("; --hdr-factors tries the program's own high-precision framebuffer"
+            if way.has_hdr else "")
+    return [f"The program also draws to framebuffers of its own ({sizes}). The factor scales only "
+            f"what is drawn to the window{more}."]
 
 
 def judge(results: Sequence[Result], noise: Comparison | None, way: Way,

@@ -12,13 +12,23 @@ from tools.tune.settings import Setting
 
 
 @dataclass(frozen=True)
-class DeviceTexts:
-    """What to write on the device; a text is empty where there is none, the note says why."""
+class DeviceText:
+    """A text to be put on the device; the note says where to, or why it is empty."""
 
-    node: str
-    node_note: str
-    config: str
-    config_note: str
+    text: str
+    note: str
+
+
+@dataclass(frozen=True)
+class DeviceTexts:
+    node: DeviceText
+    config: DeviceText
+    property: DeviceText
+
+
+NO_NODE = DeviceText("", "none: Genshin Impact reads no node")
+NO_CONFIG = DeviceText("", "none: only Genshin Impact reads a file (--game genshin)")
+NO_PROPERTY = DeviceText("", "none: the games read none (--game any)")
 
 
 class Way(ABC):
@@ -86,11 +96,36 @@ class Window(Way):
 
     def device_texts(self, setting: Setting) -> DeviceTexts:
         enable = 1 if setting.scales else 0
-        return DeviceTexts(
-            f"status:7#enable:{enable}#FB0Factor:{setting.factor}#"
-            f"gameInternalFBOFactor:{setting.hdr}#",
-            "to be written by the kernel into its game parameter node", "",
-            "none: this game reads no file; only Genshin Impact does (--game genshin)")
+        node = DeviceText(f"status:7#enable:{enable}#FB0Factor:{setting.factor}#"
+                          f"gameInternalFBOFactor:{setting.hdr}#",
+                          "to be written by the kernel into its game parameter node")
+        return DeviceTexts(node, NO_CONFIG, NO_PROPERTY)
+
+
+class AnyProgram(Window):
+    """The same for a program that asks for it, which draws to the target at 100 too."""
+
+    effect = "scales the window of whatever program"
+    has_hdr = False
+    suspicion = ("Nothing that the program does should make its picture wrong "
+                 "(docs/limits.md, Any program). Compare the pictures, and see the plug-in's log "
+                 "for what it could not do")
+
+    def options(self, setting: Setting, folder: Path) -> list[str]:
+        return ["--set", f"FB0Factor={setting.factor}"]
+
+    def presents(self, setting: Setting, frame: Frame) -> bool:
+        return not setting.native and self.render_size(setting, frame.window) in frame.offscreen
+
+    def device_texts(self, setting: Setting) -> DeviceTexts:
+        if not setting.scales:
+            asked = DeviceText("", "none: where vendor.vesko.scale.NAME is unset, nothing is "
+                                   "scaled")
+        else:
+            asked = DeviceText(f"vendor.vesko.scale.NAME={setting.factor}",
+                               "to be set before the program starts; NAME is its process's name on "
+                               "the device, from behind its last slash")
+        return DeviceTexts(DeviceText("", "none: the property holds the factor"), NO_CONFIG, asked)
 
 
 class InternalSizes(Way):
@@ -120,16 +155,17 @@ class InternalSizes(Way):
                 "or 1080x486 that is wider than the target")
 
     def device_texts(self, setting: Setting) -> DeviceTexts:
-        return DeviceTexts("", "none: Genshin Impact reads no node", self._line(setting),
-                           "the line of /data/system/vkd/qogl")
+        config = DeviceText(self._line(setting), "the line of /data/system/vkd/qogl")
+        return DeviceTexts(NO_NODE, config, NO_PROPERTY)
 
     def _line(self, setting: Setting) -> str:
         width, height = scaled(self.WIDEST, setting.factor)
         return f"yuanshen {width} {height} 0"
 
 
-# By the name of the game; the other games scale nothing.
+# By the rig's --game; the other games scale nothing.
 WAYS: dict[str, Way] = {
+    "any": AnyProgram(),
     **{name: Window() for name in games.SCALES_WINDOW},
     **{name: InternalSizes() for name in games.LOWERS_SIZES},
 }
