@@ -88,8 +88,9 @@ class SamePicture(Rig):
     def test_all_ways_of_linking_and_no_game_give_the_drivers_picture(self) -> None:
         native = self.picture("--no-plugin", "--", *probe("linked"))
         self.assertGreater(len(native), 200)  # a blank one is far smaller
+        options = "--no-plugin", "--game=none", "--game=any", "--game=pubgmhd", "--game=sgame"
         for kind in ("linked", "loaded", "procs"):
-            for option in "--no-plugin", "--game=none", "--game=any", "--game=pubgmhd", "--game=sgame":
+            for option in options:
                 self.assertEqual(self.picture(option, "--", *probe(kind)), native, (kind, option))
         half = self.picture("--set", "FB0Factor=50", "--", *probe("linked"))
         self.assertEqual(self.size(half), (64, 48))
