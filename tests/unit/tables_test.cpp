@@ -18,7 +18,8 @@
 namespace android {
 namespace {
 
-bool stackIsAligned() {
+// Where it stands: a function that calls no other need not align its own stack.
+[[gnu::always_inline]] inline bool stackIsAligned() {
 #if defined(__arm__)
     uintptr_t stack;
     __asm__ volatile("mov %0, sp" : "=r"(stack));
