@@ -23,12 +23,10 @@ if(BUILD_TESTING)
     target_link_libraries(platform_cxx INTERFACE ${CMAKE_SYSROOT}/usr/lib/llvm-14/lib/libc++.a
         ${CMAKE_SYSROOT}/usr/lib/llvm-14/lib/libc++abi.a -l:libatomic.a)
     set(googletest ${CMAKE_SYSROOT}/usr/src/googletest/googletest)
-    foreach(name gtest gtest_main)
-        add_library(platform_${name} STATIC ${googletest}/src/gtest-all.cc)
-        target_include_directories(platform_${name} SYSTEM
-            PUBLIC ${googletest}/include PRIVATE ${googletest})
-        target_link_libraries(platform_${name} PUBLIC platform_cxx)
-        add_library(GTest::${name} ALIAS platform_${name})
-    endforeach()
-    target_sources(platform_gtest_main PRIVATE ${googletest}/src/gtest_main.cc)
+    configure_file(${googletest}/src/gtest-all.cc ${CMAKE_BINARY_DIR}/googletest/gtest-all.cc COPYONLY)
+    add_library(platform_gtest STATIC ${CMAKE_BINARY_DIR}/googletest/gtest-all.cc)
+    target_include_directories(platform_gtest SYSTEM
+        PUBLIC ${googletest}/include PRIVATE ${googletest})
+    target_link_libraries(platform_gtest PUBLIC platform_cxx)
+    add_library(GTest::gtest ALIAS platform_gtest)
 endif()
