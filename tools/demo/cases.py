@@ -32,6 +32,8 @@ class Case:
     # The sizes at which the game may draw away from the window, or None when
     # they follow from the window and the factors.
     internal: tuple[Size, ...] | None = None
+    # Drawn to a target at 100 too, and presented without a draw.
+    always_target: bool = False
 
     @property
     def places(self) -> tuple[Place, Place]:
@@ -100,6 +102,20 @@ def live(plan: Plan) -> Run:
     cases.append(Case("sgame-off", "scaling switched off", last + 1, last + frames, "native",
                       identical=True))
     return Run("sgame", "SGAME, one process, switched live", options,
+               ["--size", plan.size, "--period", str(frames)], cases)
+
+
+def any_program(plan: Plan) -> Run:
+    """The scene as any program, whose factor changes live."""
+    options, frames, cases = [*plan.options, "--game", "any"], plan.frames, []
+    for index, factor in enumerate((100, 75, 50)):
+        last = index * frames
+        if index > 0:
+            options += ["--at", f"{last}:FB0Factor={factor}"]
+        cases.append(Case(f"any-{factor}", f"any program, factor {factor}", last + 1,
+                          last + frames, "native", identical=factor == 100, window_factor=factor,
+                          always_target=True))
+    return Run("any", "any program, switched live", options,
                ["--size", plan.size, "--period", str(frames)], cases)
 
 

@@ -55,7 +55,8 @@ def plan(options: Options) -> list[Run]:
     whole = Plan(options.size, options.driver, options.frames)
     # The internal sizes cost more a frame and have nothing to settle.
     few = Plan(options.size, options.driver, max(8, options.frames // 2))
-    return [cases.baseline(whole), cases.live(whole), *cases.internal_sizes(few, config)]
+    return [cases.baseline(whole), cases.live(whole), cases.any_program(whole),
+            *cases.internal_sizes(few, config)]
 
 
 def play(player: Player, runs: Sequence[Run], window: Size) -> list[Result]:
@@ -102,7 +103,9 @@ def compare(results: Sequence[Result]) -> None:
                 result.failures += checks.check_columns(own, native)
     falling = [by_slug[s] for s in ("sgame-100", "sgame-90", "sgame-75", "sgame-50")]
     also = [by_slug["sgame-75"], by_slug["sgame-75-game-70"]]
-    for case, message in checks.check_order(falling) + checks.check_order(also):
+    by_any = [by_slug[s] for s in ("any-100", "any-75", "any-50")]
+    for case, message in (checks.check_order(falling) + checks.check_order(also) +
+                          checks.check_order(by_any)):
         by_slug[case.slug].failures.append(message)
 
 
