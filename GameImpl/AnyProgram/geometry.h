@@ -27,7 +27,7 @@ struct Box {
 // that share one in the window share one in the target.
 inline int scaledEdge(long long edge, int from, int to) {
     if (from <= 0 || from == to) return static_cast<int>(edge);
-    const long long doubled = 2ll * from;
+    const long long doubled = 2 * static_cast<long long>(from);
     const long long raised = 2 * edge * to + from;
     const long long floored = raised / doubled - (raised % doubled < 0 ? 1 : 0);
     return static_cast<int>(std::clamp<long long>(floored, INT_MIN, INT_MAX));

@@ -101,6 +101,7 @@ void movesBetweenThreads(Player& p) {
     p.use();
     p.picture("back");
     std::vector<std::thread> threads;
+    threads.reserve(2);
     std::vector<Record> records(2);
     for (Record& record : records) {
         threads.emplace_back([&p, &record] {

@@ -66,8 +66,9 @@ TEST(AnyShaders, AreRewrittenOnTheSameLines) {
     for (const char* unchanged :
          {"", "void main() {}", "/* gl_FragCoord */ void main() {}",
           "// gl_FragCoord \\\n gl_FragCoord", "in vec4 gl_FragCoord;", "invariant gl_FragCoord;",
-          "gl_FragCoordinate", "/* gl_FragCoord"})
+          "gl_FragCoordinate", "/* gl_FragCoord"}) {
         EXPECT_EQ(text(unchanged), "as it was") << unchanged;
+    }
     EXPECT_EQ(text("gl_PointSize", GL_COMPUTE_SHADER), "as it was");
 }
 

@@ -21,8 +21,10 @@ Player::Player(const a::gl_hooks_t::gl_t& glTable, const a::platform_impl_t& egl
         if (is(EGL_RED_SIZE, config.red) && is(EGL_GREEN_SIZE, config.green) &&
             is(EGL_BLUE_SIZE, config.blue) && is(EGL_ALPHA_SIZE, config.alpha) &&
             is(EGL_DEPTH_SIZE, config.depth) && is(EGL_STENCIL_SIZE, config.stencil) &&
-            is(EGL_SAMPLES, config.samples) && is(kComponentType, config.isFloat ? 0x333B : 0x333A))
+            is(EGL_SAMPLES, config.samples) &&
+            is(kComponentType, config.isFloat ? 0x333B : 0x333A)) {
             eglConfig = all[i];
+        }
     }
     if (eglConfig == nullptr) return;
     surface = newSurface(kWidth, kHeight);

@@ -260,8 +260,9 @@ void stateAtASwap(Player& p) {
     p.gl.glBeginQuery(GL_ANY_SAMPLES_PASSED, query);
     p.gl.glBeginTransformFeedback(GL_TRIANGLES);
     for (unsigned on : {GL_RASTERIZER_DISCARD, GL_CULL_FACE, GL_SCISSOR_TEST, GL_STENCIL_TEST,
-                        GL_SAMPLE_COVERAGE, GL_SAMPLE_ALPHA_TO_COVERAGE, GL_BLEND, GL_DEPTH_TEST})
+                        GL_SAMPLE_COVERAGE, GL_SAMPLE_ALPHA_TO_COVERAGE, GL_BLEND, GL_DEPTH_TEST}) {
         p.gl.glEnable(on);
+    }
     p.gl.glColorMask(0, 0, 0, 0);
     p.gl.glScissor(5, 5, 6, 6);
     p.gl.glSampleCoverage(0.25f, GL_TRUE);
