@@ -86,6 +86,7 @@ void checkForwarded(const char* name, int entry, const std::function<R(A...)>& f
         function(std::get<I>(arguments)...);
     } else {
         R result = function(std::get<I>(arguments)...);
+        // Bit for bit, whatever the type. NOLINTNEXTLINE(bugprone-*)
         EXPECT_EQ(std::memcmp(&result, &kResult, sizeof(result)), 0);
     }
     const std::vector<Call> calls = RecordingDriver::current->take();
