@@ -11,7 +11,7 @@ from pathlib import Path
 from tools.common import cli
 from tools.common.cli import say
 from tools.common.errors import EXIT_FAILED, Refused
-from tools.conform import modes, report, suites
+from tools.conform import modes, programs, report, suites
 from tools.conform.cases import Case
 from tools.conform.displays import Displays
 from tools.conform.engine import Checker, Result
@@ -29,6 +29,7 @@ class Options(argparse.Namespace):
     driver: str
     jobs: int
     extra: str | None
+    programs: bool
 
 
 def parse(arguments: Sequence[str]) -> Options:
@@ -42,6 +43,9 @@ def parse(arguments: Sequence[str]) -> Options:
                         help=f"one of {', '.join(suites.NAMES)}; repeatable (all)")
     parser.add_argument("--quick", action="store_true",
                         help="the short form: a sample of the tests, in about a minute")
+    parser.add_argument("--programs", action="store_true",
+                        help="real programs instead, natively and at factors of 75 and 50: "
+                             "whether each shows the native picture with fewer pixels")
     cli.add_out(parser, "conform-out", "the raw results and pictures")
     cli.add_build(parser)
     cli.add_driver(parser, "run")
@@ -139,7 +143,7 @@ def compare_all(options: Options, displays: Displays) -> int:
 def prepare(out: Path) -> None:
     """Results of an earlier run prove nothing."""
     cli.make_out(out)
-    for folder in (*suites.NAMES, "recordings", "differences"):
+    for folder in (*suites.NAMES, programs.SUITE, "recordings", "differences"):
         shutil.rmtree(out / folder, ignore_errors=True)
     (out / "results.json").unlink(missing_ok=True)
 
@@ -148,4 +152,6 @@ def main(arguments: Sequence[str]) -> int:
     options = parse(arguments)
     prepare(options.out)
     with Displays(options.jobs) as displays:
+        if options.programs:
+            return programs.run(Runner(options.build, options.out, options.driver, displays))
         return compare_all(options, displays)
