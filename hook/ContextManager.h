@@ -39,7 +39,7 @@ public:
     // its target size, the null context has nothing to lose.
     static void reset();
 
-    // The game of this process by its command line, read anew on every call;
+    // The game of this process by its command line, read again on every call;
     // NO_GAME for any other process and when the name cannot be learnt.
     static ImplFactory::GAME getGameType();
     // Whether the calling thread renders for `game`: always once its bound

@@ -24,7 +24,7 @@ constexpr size_t kProcessNameSize = sizeof(ProcessIdentity::name);
 //
 // Every EGL call comes by here: without buffered input it takes half the system
 // calls, and does not depend on the C library's files, whose buffers go away while
-// the process leaves.
+// the process exits.
 bool readProcessName(char (&name)[kProcessNameSize]) {
     char path[kPathSize] = {};
     if (snprintf(path, sizeof(path), "/proc/%d/cmdline", getpid()) < 0) {

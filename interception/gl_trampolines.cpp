@@ -22,7 +22,7 @@ extern "C" {
 #else
 
 // Almost every thread of a device has the pass-through, recognised by its place:
-// to call the driver's entry in its stead is no virtual call and, whatever the
+// to call the driver's entry instead is not a virtual call and, whatever the
 // arguments, a jump.
 #define GL_ENTRY(result, name, parameters, arguments)                               \
     result name##_hook parameters {                                                 \

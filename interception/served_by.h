@@ -1,4 +1,4 @@
-// Which entry serves an EGL name: the one of that name, but for
+// Which entry serves an EGL name: the one of that name, except for
 // eglClientWaitSync, whose KHR twin (same meaning, same signature) serves both.
 // The driver's own eglClientWaitSync is never called. Deliberate, and known to
 // integrators: the two rules below are its only place.

@@ -8,7 +8,7 @@
 #include <cstring>
 
 #include "games/known_games.h"
-#include "monitor/PollStop.h"
+#include "monitor/PollThreadRegistry.h"
 #include "monitor/safe_descriptor.h"
 #include "platform/device/log.h"
 #include "platform/device/names.h"
@@ -78,10 +78,10 @@ int createWithoutSignals(pthread_t& thread, void* (*entry)(void*), void* argumen
 
 void MonitorThread::start() {
     if (!monitorsNode(game)) return;
-    if (hasStarted() || !PollStop::prepare(this)) return;
+    if (hasStarted() || !PollThreadRegistry::prepare(this)) return;
 
     const int result = createWithoutSignals(thread, threadProc, this);
-    if (result != 0) PollStop::discard(this);
+    if (result != 0) PollThreadRegistry::discard(this);
     if (result < 0) {
         MONITOR_LOG(ERROR, "Create MonitorThread ERROR.");
         return;
@@ -95,7 +95,7 @@ void MonitorThread::start() {
     __atomic_store_n(&started, true, __ATOMIC_RELAXED);
     __atomic_store_n(&pollRecord.events, short{POLLPRI | POLLERR}, __ATOMIC_RELEASE);
     // The thread may be asleep on the record as it was before.
-    PollStop::wake(this);
+    PollThreadRegistry::wake(this);
 }
 
 namespace {
@@ -107,7 +107,7 @@ void closeUntested(int descriptor) { close(descriptor); }
 }  // namespace
 
 void MonitorThread::reset() {
-    PollStop::end(this, thread);
+    PollThreadRegistry::end(this, thread);
     closeUntested(__atomic_load_n(&pollRecord.fd, __ATOMIC_RELAXED));
     // The number may soon be somebody else's; a second reset must not close it.
     if (hasStarted()) __atomic_store_n(&pollRecord.fd, -1, __ATOMIC_RELAXED);
@@ -195,7 +195,8 @@ bool serveEvent(MonitorThread& monitor, NodeFile& node, const pollfd& record) {
 }
 
 // One pass of the poll loop. False when the thread is to end.
-bool waitForEvent(MonitorThread& monitor, NodeFile& node, const PollStop::Running& running) {
+bool waitForEvent(MonitorThread& monitor, NodeFile& node,
+                  const PollThreadRegistry::Running& running) {
     struct pollfd records[2] = {node.record(monitor.pollRecord),
                                 {running.wakeDescriptor(), POLLIN, 0}};
     const bool wakeable = records[1].fd >= 0;
@@ -224,7 +225,7 @@ bool waitForEvent(MonitorThread& monitor, NodeFile& node, const PollStop::Runnin
 }  // namespace
 
 void MonitorThread::eventProcess() {
-    const PollStop::Running running(this);
+    const PollThreadRegistry::Running running(this);
     if (running.cancelled()) return;
     struct pollfd record = snapshot(pollRecord);
     if (record.fd < 0) return;

@@ -62,7 +62,7 @@ public:
     // To be filled, then marked as existing. Null where there is no room for it.
     PixelProgram* makeProgram(GLuint name);
     void removeProgram(GLuint name);
-    // It has been linked anew, without any.
+    // It has been linked again, without any.
     void removeProgramUniforms(GLuint name) {
         if (PixelProgram* found = program(name)) found->exists.store(false);
     }

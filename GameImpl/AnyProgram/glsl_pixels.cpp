@@ -105,7 +105,7 @@ public:
 
     bool hasText() const { return tokens.firstDeclaration != std::string_view::npos; }
 
-    // Declared anew, it would be no expression there.
+    // Declared again, it would not be an expression there.
     bool declares(std::string_view name) const {
         for (size_t i = 1; i < tokens.all.size(); ++i) {
             if (!isName(tokens.all[i], name)) continue;

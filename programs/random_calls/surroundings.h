@@ -26,7 +26,7 @@ public:
     void makeCurrent(EGLSurface surface, EGLContext context) const;
     void swap() const;
 
-    // The window anew, at another size where one is given; the same context stays.
+    // The window again, at another size where one is given; the same context stays.
     void rebuildWindow(int width, int height);
     // A context in place of the main one, with nothing but what is shared.
     void rebuildContext();

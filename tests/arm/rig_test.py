@@ -23,7 +23,7 @@ def run(launcher: str, root: str, rig: str, probe: str, stats: Path,
     libraries = f"{rig}:{root}/usr/lib/arm-linux-gnueabi/android"
     return subprocess.run(
         [launcher, "--driver", "llvmpipe", "--display", "none", "--log", "debug",
-         "--set", "FB0Factor=50", "--at", "4:enable=0", "--stats", stats, "--",
+         "--game", "sgame", "--set", "FB0Factor=50", "--at", "4:enable=0", "--stats", stats, "--",
          *emulator, "-0", "com.tencent.tmgp.sgame", "-E", f"LD_LIBRARY_PATH={libraries}",
          "-E", f"LD_PRELOAD={rig}/libveskorig.so", probe, "frames", "6"],
         capture_output=True, text=True, timeout=120, check=False, stdin=subprocess.DEVNULL)

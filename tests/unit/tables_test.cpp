@@ -229,7 +229,7 @@ TEST_F(Tables, PlatformTableHoldsTheHooksAndSixOfTheLoaders) {
     EXPECT_EQ(std::memcmp(&given, &driver.connection.platform, sizeof(given)), 0);
 
     given.glGetString = nullptr;
-    EXPECT_EQ(HookManager::getEGLPlatformHooks(&given)->glGetString, nullptr) << "not copied anew";
+    EXPECT_EQ(HookManager::getEGLPlatformHooks(&given)->glGetString, nullptr) << "not copied again";
 }
 
 // And binds nothing: the process has another name by then.

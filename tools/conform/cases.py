@@ -89,7 +89,7 @@ class Case:
     control: Mode | None = None  # must differ
     documented: Documented | None = None
     also: tuple[Mode, ...] = ()  # further modes that must be equal
-    # A mode that must be equal but for the pictures, which are as alike as fewer pixels let
+    # A mode that must be equal except for the pictures, which are as alike as fewer pixels let
     # them be.
     scaled: Mode | None = None
 

@@ -41,7 +41,8 @@ class Rig:
         """Leaves the log and the pictures of the frames `shown`, named by the slug."""
         pictures = {frame: self.out / f"{slug}.{frame}.png" for frame in shown}
         own = ["--frames", str(frames), *arguments]
-        rig = ["--driver", "llvmpipe", "--display", display, "--log", "debug", *options]
+        game = [] if "--game" in options else ["--game", scenarios.GAME]
+        rig = ["--driver", "llvmpipe", "--display", display, "--log", "debug", *game, *options]
         if program == "random":
             rig += ["--thread-name", ""]
             own += ["--window"] if display != "none" else []

@@ -12,6 +12,8 @@ RIGHT = LAST + 2
 FRAMES = 24
 FEW_FRAMES = 3
 SHOWN = (5, RIGHT, 19, FRAMES)
+# What a scenario plays that names no game.
+GAME = "sgame"
 SCALED = ("--set", "FB0Factor=50")
 QUIRK_FRAMES = f"@{FIRST}-{LAST}"
 

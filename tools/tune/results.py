@@ -44,7 +44,7 @@ class Result:
     median: float
     p95: float
     p99: float
-    # Each frame at its fastest over the rounds, which are equal but for what else
+    # Each frame at its fastest over the rounds, which are equal except for what else
     # the machine did; the median over frames.
     best: float
     # How far two halves of the rounds are apart in that, as a part of it; not a

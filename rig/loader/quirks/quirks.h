@@ -1,7 +1,7 @@
 // Ways of a device's driver, and of a failing driver, that the desktop's does
 // not have. A quirk replaces entries of the table that contexts get; the
 // plug-in and the program meet it alike. Each can be asked for in certain frames
-// only, so that a program may build its own objects undisturbed, and to see what
+// only, so that a program may build its own objects in peace, and to see what
 // is left of a fault that is over.
 //
 // To add one: a row in rig/device/quirks.in, and a file in this folder that

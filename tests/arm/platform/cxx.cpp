@@ -1,5 +1,5 @@
 // Stands in for the platform's libc++.so: the real library of the same namespace,
-// but for what depends on the C library below it. Of these functions the real ones
+// except for what depends on the C library below it. Of these functions the real ones
 // are renamed, real_NAME, so that the library's own code keeps using them.
 #include <array>
 #include <locale>

@@ -21,6 +21,7 @@ EMULATOR = sys.argv[5:]
 LIBRARIES = f"{ARM}/desktop/rig:{ARM}/platform:{ROOT}/usr/lib/arm-linux-gnueabi/android"
 PLAYED = ARM / "libtolvernvesko.so"
 SGAME, GENSHIN = "com.tencent.tmgp.sgame", "com.miHoYo.ys.qo"
+GAMES = {SGAME: "sgame", GENSHIN: "genshin"}
 PROBE = ARM / "desktop/rig-probe-linked"
 SCENE = ("--size", "160x90", "--objects", "6", "--frames", "4")
 
@@ -135,7 +136,7 @@ class Rig(unittest.TestCase):
         """The library's log, and the program's words."""
         done = subprocess.run(
             [DESKTOP / "desktop/vesko-run", "--driver", "llvmpipe", "--display", "none", "--log",
-             "debug", *options, "--", *EMULATOR, "-0", name, "-E",
+             "debug", "--game", GAMES[name], *options, "--", *EMULATOR, "-0", name, "-E",
              f"LD_LIBRARY_PATH={LIBRARIES}", "-E",
              f"LD_PRELOAD={ARM}/desktop/rig/libveskorig.so", *program],
             capture_output=True, text=True, timeout=400, check=False, stdin=subprocess.DEVNULL)
@@ -150,8 +151,9 @@ class Rig(unittest.TestCase):
     def desktops(self, *options: str, program: Sequence[str | Path]) -> Image.Image:
         file = self.directory / "desktop.png"
         subprocess.run([DESKTOP / "desktop/vesko-run", "--driver", "llvmpipe", "--display", "none",
-                        "--log", "none", *options, "--capture", file, "--frame", "4", "--",
-                        *program], check=True, timeout=100, stdin=subprocess.DEVNULL)
+                        "--log", "none", "--game", GAMES[SGAME], *options, "--capture", file,
+                        "--frame", "4", "--", *program],
+                       check=True, timeout=100, stdin=subprocess.DEVNULL)
         return Image.open(file).convert("RGB")
 
     def test_the_monitor_reads_the_node_and_frames_are_scaled(self) -> None:

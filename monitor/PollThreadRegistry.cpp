@@ -1,4 +1,4 @@
-#include "monitor/PollStop.h"
+#include "monitor/PollThreadRegistry.h"
 
 #include <sys/socket.h>
 #include <unistd.h>
@@ -12,7 +12,7 @@ namespace android {
 namespace {
 
 std::mutex registryLock;
-PollStop* registry = nullptr;
+PollThreadRegistry* registry = nullptr;
 // Whose threads these are. In a forked child there are none, and the lock may be
 // one that nobody will ever release.
 std::atomic<pid_t> registryProcess{0};
@@ -24,7 +24,7 @@ constexpr long kNanosecondsPerSecond = 1'000'000'000;
 
 }  // namespace
 
-PollStop::PollStop(const void* owner) : monitor(owner), process(getpid()) {
+PollThreadRegistry::PollThreadRegistry(const void* owner) : monitor(owner), process(getpid()) {
     if (socketpair(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) == 0) {
         for (int i = 0; i < 2; ++i) {
             ends[i] = keptFromZero(ends[i]);
@@ -35,7 +35,7 @@ PollStop::PollStop(const void* owner) : monitor(owner), process(getpid()) {
     sem_init(&ended, 0, 0);
 }
 
-PollStop::~PollStop() {
+PollThreadRegistry::~PollThreadRegistry() {
     for (int i = 0; i < 2; ++i) {
         if (files[i].isThatOf(ends[i])) close(ends[i]);
     }
@@ -43,22 +43,22 @@ PollStop::~PollStop() {
 }
 
 // The link that holds the monitor's entry, or the null link at the list's end.
-PollStop** PollStop::find(const void* monitor) {
-    PollStop** link = &registry;
+PollThreadRegistry** PollThreadRegistry::find(const void* monitor) {
+    PollThreadRegistry** link = &registry;
     while (*link != nullptr && (*link)->monitor != monitor) link = &(*link)->next;
     return link;
 }
 
-bool PollStop::signal() const {
+bool PollThreadRegistry::signal() const {
     const char message = 0;
     return isWakeable() && send(ends[1], &message, sizeof(message), MSG_NOSIGNAL) > 0;
 }
 
-bool PollStop::prepare(const void* monitor) {
+bool PollThreadRegistry::prepare(const void* monitor) {
     std::lock_guard<std::mutex> guard(registryLock);
-    PollStop** link = find(monitor);
+    PollThreadRegistry** link = find(monitor);
     if (*link == nullptr) {
-        *link = new PollStop(monitor);
+        *link = new PollThreadRegistry(monitor);
         return true;
     }
     // An entry whose thread never came may be that of an earlier monitor at
@@ -68,10 +68,10 @@ bool PollStop::prepare(const void* monitor) {
     return true;
 }
 
-void PollStop::discard(const void* monitor) {
+void PollThreadRegistry::discard(const void* monitor) {
     std::lock_guard<std::mutex> guard(registryLock);
-    PollStop** link = find(monitor);
-    PollStop* stop = *link;
+    PollThreadRegistry** link = find(monitor);
+    PollThreadRegistry* stop = *link;
     if (stop == nullptr) return;
     *link = stop->next;
     if (stop->state == State::Cancelled) {
@@ -81,19 +81,19 @@ void PollStop::discard(const void* monitor) {
     }
 }
 
-void PollStop::wake(const void* monitor) {
+void PollThreadRegistry::wake(const void* monitor) {
     std::lock_guard<std::mutex> guard(registryLock);
-    if (const PollStop* stop = *find(monitor)) stop->signal();
+    if (const PollThreadRegistry* stop = *find(monitor)) stop->signal();
 }
 
-void PollStop::end(const void* monitor, pthread_t thread) {
+void PollThreadRegistry::end(const void* monitor, pthread_t thread) {
     if (registryProcess != getpid()) return;
-    PollStop* stop;
+    PollThreadRegistry* stop;
     bool begun;
     timespec patience = kPatience;
     {
         std::lock_guard<std::mutex> guard(registryLock);
-        PollStop** link = find(monitor);
+        PollThreadRegistry** link = find(monitor);
         stop = *link;
         if (stop == nullptr) return;
         begun = stop->state == State::Running;
@@ -117,7 +117,7 @@ void PollStop::end(const void* monitor, pthread_t thread) {
 
 // False where the thread may still refer to this object. The process must not
 // hang while it leaves, not even if the application closed the wake descriptor.
-bool PollStop::waitUntilEnded(pthread_t thread, const timespec& patience) {
+bool PollThreadRegistry::waitUntilEnded(pthread_t thread, const timespec& patience) {
     if (pthread_equal(self, pthread_self())) return sem_trywait(&ended) == 0;
     timespec deadline = {};
     clock_gettime(CLOCK_REALTIME, &deadline);
@@ -137,14 +137,14 @@ bool PollStop::waitUntilEnded(pthread_t thread, const timespec& patience) {
 }
 
 // The lock is held; whoever waits deletes this object.
-void PollStop::finish() {
+void PollThreadRegistry::finish() {
     self = pthread_self();
     state = State::Ended;
     sem_post(&ended);
 }
 
 // After a thread that did not come in time. It may still.
-void PollStop::abandon() {
+void PollThreadRegistry::abandon() {
     {
         std::lock_guard<std::mutex> guard(registryLock);
         if (state == State::Cancelled) {
@@ -155,11 +155,11 @@ void PollStop::abandon() {
     delete this;
 }
 
-PollStop::Running::Running(const void* monitor) {
+PollThreadRegistry::Running::Running(const void* monitor) {
     std::lock_guard<std::mutex> guard(registryLock);
-    PollStop** link = find(monitor);
+    PollThreadRegistry** link = find(monitor);
     stop = *link;
-    if (stop == nullptr) *link = stop = new PollStop(monitor);  // run without start()
+    if (stop == nullptr) *link = stop = new PollThreadRegistry(monitor);  // run without start()
     if (stop->state != State::Created) {
         if (stop->state == State::Cancelled) {
             *link = stop->next;
@@ -175,13 +175,13 @@ PollStop::Running::Running(const void* monitor) {
     stop->self = pthread_self();
 }
 
-PollStop::Running::~Running() {
+PollThreadRegistry::Running::~Running() {
     if (stop == nullptr) return;
     std::lock_guard<std::mutex> guard(registryLock);
     sem_post(&stop->ended);
 }
 
-void PollStop::Running::consumeWake() const {
+void PollThreadRegistry::Running::consumeWake() const {
     char message;
     if (stop->isWakeable()) (void)!recv(stop->ends[0], &message, sizeof(message), 0);
 }

@@ -16,7 +16,7 @@
 
 namespace android {
 
-class PollStop {
+class PollThreadRegistry {
 public:
     // Before the thread is created. False when the monitor has a thread
     // already, or another thread is just starting one.
@@ -46,16 +46,16 @@ public:
         void consumeWake() const;
 
     private:
-        PollStop* stop;
+        PollThreadRegistry* stop;
     };
 
 private:
     // Cancelled and waited for; Abandoned where the wait was in vain.
     enum class State { Created, Running, Cancelled, Abandoned, Ended };
 
-    explicit PollStop(const void* monitor);
-    ~PollStop();
-    static PollStop** find(const void* monitor);
+    explicit PollThreadRegistry(const void* monitor);
+    ~PollThreadRegistry();
+    static PollThreadRegistry** find(const void* monitor);
     bool isWakeable() const { return files[0].isThatOf(ends[0]) && files[1].isThatOf(ends[1]); }
     bool signal() const;
     void finish();
@@ -73,7 +73,7 @@ private:
     pthread_t self{};
     std::atomic<bool> stopRequested{false};
     sem_t ended;
-    PollStop* next = nullptr;
+    PollThreadRegistry* next = nullptr;
 };
 
 }  // namespace android
