@@ -86,9 +86,9 @@ constexpr RendererView kRenderers[] = {
 }  // namespace
 
 const RendererView& anyRenderer() {
-    static constexpr RendererView view = {ImplFactory::NO_GAME, observeAny, whyAnyDoesNotScale,
-                                          describeScaled};
-    return view;
+    static constexpr RendererView kView = {ImplFactory::NO_GAME, observeAny, whyAnyDoesNotScale,
+                                           describeScaled};
+    return kView;
 }
 
 const RendererView* findRenderer(ImplFactory::GAME game) {
