@@ -145,17 +145,18 @@ int thrownBy(R (*function)(A...)) {
 // Whether r4 and r6 are what they were after a call with zeros.
 bool keepsRegisters(void* function) {
     constexpr uintptr_t kPattern = 0x5a5aa5a5;
-    uintptr_t pattern = kPattern;
+    uintptr_t state[2] = {kPattern, reinterpret_cast<uintptr_t>(function)};
     __asm__ volatile(
+        "mov r8, %0\n"
         "mov r5, sp\n sub r6, sp, #96\n bic r6, r6, #7\n mov sp, r6\n"
-        "mov r4, %0\n mov r6, %0\n"
+        "ldr r4, [r8]\n mov r6, r4\n ldr r12, [r8, #4]\n"
         "movs r0, #0\n movs r1, #0\n movs r2, #0\n movs r3, #0\n"
-        "blx %1\n"
-        "mov %0, r4\n mov %1, r6\n mov sp, r5\n"
-        : "+r"(pattern), "+r"(function)
+        "blx r12\n"
+        "str r4, [r8]\n str r6, [r8, #4]\n mov sp, r5\n"
         :
-        : "r0", "r1", "r2", "r3", "r4", "r5", "r6", "r12", "lr", "cc", "memory");
-    return pattern == kPattern && reinterpret_cast<uintptr_t>(function) == kPattern;
+        : "r"(&state[0])
+        : "r0", "r1", "r2", "r3", "r4", "r5", "r6", "r8", "r12", "lr", "cc", "memory");
+    return state[0] == kPattern && state[1] == kPattern;
 }
 #endif
 
