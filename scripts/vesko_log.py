@@ -13,6 +13,7 @@ from dataclasses import dataclass, field
 FULL_SIZE = 100
 STATUS_IN_GAME = 7
 WIDEST_INTERNAL_SIZE = 1440
+# As games/games.in has them: the scripts are copied without it.
 GAMES = {"com.tencent.tmgp.sgame": "sgame", "com.tencent.tmgp.pubgmhd": "pubgmhd",
          "com.miHoYo.ys.qo": "genshin"}
 TAGS = ("EGL_HOOK", "EGL_MONITOR")

@@ -3,16 +3,17 @@
 usage: status_test.py VESKO_RUN DIRECTORY_OF_THE_PROBES
 """
 import re
+import runpy
 import subprocess
 from pathlib import Path
 
 from tests.rig import rig_test
 from tests.rig.rig_test import Rig, probe
+from tools.common.games import GAMES
 
 SOURCE = Path(__file__).resolve().parents[2]
 
-PACKAGES = {"sgame": "com.tencent.tmgp.sgame", "genshin": "com.miHoYo.ys.qo",
-            "pubgmhd": "com.tencent.tmgp.pubgmhd", "none": "org.example.clock"}
+PACKAGES = {"none": "org.example.clock", **{name: game.package for name, game in GAMES.items()}}
 RIG_LINE = re.compile(r"(\S+) ([A-Z]) (\S+ \S+) +(\d+) +(\d+) (.*)")
 HALF = ("--set", "FB0Factor=50")
 
@@ -38,6 +39,10 @@ class Status(Rig):
         lines = [line for line in err.splitlines() if RIG_LINE.fullmatch(line)]
         # Up to the end of the program, when the renderers go.
         return "".join(f"{line}\n" for line in lines[:-2]), said[-1]
+
+    def test_the_scripts_know_the_librarys_games(self) -> None:
+        known = runpy.run_path(str(SOURCE / "scripts/vesko_log.py"))["GAMES"]
+        self.assertEqual(known, {game.package: name for name, game in GAMES.items()})
 
     def test_every_cause_reads_as_the_rig_tells_it(self) -> None:
         config = self.path("qogl")
