@@ -14,6 +14,6 @@ function(immortal_storage)
 endfunction()
 
 # Not linked: it holds static assertions only.
-if(CMAKE_SYSTEM_PROCESSOR MATCHES "^arm")
+if(VESKO_PROCESSOR STREQUAL arm)
     plugin_module(arm_layout ${CMAKE_SOURCE_DIR}/arm/contract/layout.cpp)
 endif()

@@ -15,6 +15,7 @@ list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES ARM_ROOT)
 
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR armv7-a)
+set(VESKO_PLATFORM arm-linux)
 set(CMAKE_SYSROOT "${ARM_ROOT}")
 set(CMAKE_LIBRARY_ARCHITECTURE arm-linux-gnueabi)
 set(CMAKE_CXX_FLAGS_INIT "-march=armv7-a -mfloat-abi=softfp -mfpu=neon -mthumb")

@@ -4,7 +4,7 @@
 
 #include "platform/loader/records.h"
 
-#if !defined(__arm__)
+#if defined(VESKO_PLATFORM_DESKTOP)
 // On a desktop the loader that hosts the plug-in owns the thread-pointer array
 // and hands out the calling thread's own copy, at least 8 words long.
 extern "C" void** platform_tls_slots(void);
@@ -15,12 +15,14 @@ namespace android {
 constexpr int TLS_SLOT_OPENGL_API = 4;
 
 inline void** threadPointerArray() {
-#if defined(__arm__)
+#if defined(VESKO_PLATFORM_DESKTOP)
+    return platform_tls_slots();
+#elif defined(__arm__)
     void** slots;
     __asm__("mrc p15, 0, %0, c13, c0, 3" : "=r"(slots));
     return slots;
 #else
-    return platform_tls_slots();
+#error "where this processor keeps the thread pointer is not known"
 #endif
 }
 

@@ -14,10 +14,10 @@ using test::Game;
 
 namespace {
 
-#if defined(__arm__)
-constexpr long kFrames = 5000;  // emulated
-#else
+#if defined(VESKO_PLATFORM_DESKTOP)
 constexpr long kFrames = 100000;
+#else
+constexpr long kFrames = 5000;  // emulated
 #endif
 
 long frames() {

@@ -2,7 +2,6 @@
 
 #include <android-base/properties.h>
 #include <android/log.h>
-#include <unistd.h>
 
 #include <atomic>
 #include <cstdarg>
@@ -83,35 +82,6 @@ std::string property(const std::string& key, const std::string& defaultValue) {
 
 }  // namespace
 
-#if !defined(__arm__)  // see tests/arm
-
-namespace {
-
-constexpr size_t kReserved = 200;
-char* processName = nullptr;
-
-}  // namespace
-
-void reserveProcessName(char** argv) {
-    if (strlen(argv[0]) < kReserved) {
-        std::string name = argv[0];
-        name.resize(kReserved, ' ');
-        argv[0] = name.data();
-        execv("/proc/self/exe", argv);
-        perror("execv");
-        exit(1);
-    }
-    processName = argv[0];
-}
-
-void setProcessName(const std::string& name) {
-    if (processName == nullptr || name.size() >= kReserved) abort();
-    memset(processName, 0, kReserved);
-    name.copy(processName, name.size());
-}
-
-#endif
-
 }  // namespace host
 
 extern "C" int __android_log_print(int priority, const char* tag, const char* format, ...) {
@@ -133,13 +103,6 @@ extern "C" int property_get(const char* key, char* value, const char* defaultVal
     return snprintf(value, android::kPropertyValueMax, "%s",
                     host::property(key, defaultValue).c_str());
 }
-
-#if !defined(__arm__)
-extern "C" void** platform_tls_slots(void) {
-    thread_local void* slots[8] = {};
-    return slots;
-}
-#endif
 
 namespace android::base {
 

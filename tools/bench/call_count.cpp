@@ -14,7 +14,7 @@
 #include "tools/bench/idle_driver.h"
 #include "tools/bench/plugin.h"
 
-#if defined(__arm__)
+#if !defined(VESKO_PLATFORM_DESKTOP)
 #include <dlfcn.h>
 #include <link.h>
 
@@ -30,7 +30,7 @@ template <typename R, typename... A>
     function(A()...);
 }
 
-#if defined(__arm__)
+#if !defined(VESKO_PLATFORM_DESKTOP)
 
 void printRange(const char* name, const void* begin, const void* end) {
     printf("range %s %#zx %#zx\n", name, reinterpret_cast<size_t>(begin),

@@ -7,7 +7,7 @@
 
 #include "platform/loader/gl_slot.h"
 
-#if !defined(__arm__)
+#if defined(VESKO_PLATFORM_DESKTOP)
 extern "C" void** platform_tls_slots(void) {
     thread_local void* slots[8] = {};
     return slots;

@@ -9,7 +9,7 @@
 
 extern "C" {
 
-#if !defined(__arm__)
+#if defined(VESKO_PLATFORM_DESKTOP)
 // The thread-pointer array. Initial-exec: a GL call reads its slot without a
 // call into the dynamic linker.
 extern RIG_EXPORT __thread void* rig_tls_slots[8] __attribute__((tls_model("initial-exec")));
@@ -20,10 +20,10 @@ extern RIG_EXPORT const android::gl_hooks_t rig_no_context_table;
 }
 
 inline const android::gl_hooks_t* rigThreadTable() {
-#if defined(__arm__)
-    const void* table = android::threadPointerArray()[android::TLS_SLOT_OPENGL_API];
-#else
+#if defined(VESKO_PLATFORM_DESKTOP)
     const void* table = rig_tls_slots[android::TLS_SLOT_OPENGL_API];
+#else
+    const void* table = android::threadPointerArray()[android::TLS_SLOT_OPENGL_API];
 #endif
     return table != nullptr ? static_cast<const android::gl_hooks_t*>(table)
                             : &rig_no_context_table;

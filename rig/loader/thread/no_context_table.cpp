@@ -1,11 +1,5 @@
 #include "rig/loader/thread/slots.h"
 
-#if !defined(__arm__)  // see arm_slots.cpp
-__thread void* rig_tls_slots[8];
-
-RIG_EXPORT void** platform_tls_slots(void) { return rig_tls_slots; }
-#endif
-
 namespace {
 
 using android::gl_hooks_t;

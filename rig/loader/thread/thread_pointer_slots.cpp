@@ -1,5 +1,5 @@
-// The thread's slots on 32-bit ARM, where the GL slot is word 4 of the real
-// thread-pointer array and nothing can be put in between.
+// The thread's slots on ARM Linux, where the GL slot is word 4 of the real
+// thread-pointer array, as on a device, and nothing can be put in between.
 //
 // From the array's third word on, this system keeps thread-local variables: first
 // the program's own, then those of the libraries in the order in which they were
