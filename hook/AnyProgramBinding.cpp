@@ -52,17 +52,20 @@ bool programHasAsked(const char* processName) {
     return any::Activation::of(processName) != nullptr;
 }
 
+bool servesAnyProgram(const HookContext& context) {
+    return context.needToHook && context.game == ImplFactory::NO_GAME;
+}
+
 HookContext* anyProgramContext(const char* processName) {
     any::Activation* activation = any::Activation::of(processName);
     if (activation == nullptr) return nullptr;
     any::Binding* idle = any::ScaledEgl::start(*activation);
     if (idle == nullptr) return nullptr;
     if (!activation->followsNode()) followNode(*activation);
+    activation->enable(ContextManager::hookingEnabled);
     // A thread whose GL context is ours keeps it.
     HookContext* bound = ContextManager::getCurrentContext();
-    const bool isOurs =
-        bound != nullptr && bound->needToHook && bound->game == ImplFactory::NO_GAME;
-    return isOurs ? bound : idle->context();
+    return bound != nullptr && servesAnyProgram(*bound) ? bound : idle->context();
 }
 
 }  // namespace android

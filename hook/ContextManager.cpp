@@ -135,7 +135,7 @@ void ContextManager::bindAHookContext() {
     context.startMonitor();
     provideDriverTable(context);
     pthread_setspecific(sKey, &context);
-    if (!hookingEnabled) pthread_setspecific(sKey, &nullContext);
+    if (!hookingEnabled && !servesAnyProgram(context)) pthread_setspecific(sKey, &nullContext);
 }
 
 // Where no thread key is left there is nothing to bind with.

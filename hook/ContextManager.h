@@ -31,7 +31,8 @@ public:
     static void bindAHookContext();
 
     // Take effect at each thread's next binding. While disabled, all threads
-    // are bound to the null context.
+    // are bound to the null context; those of a process that has asked to be scaled
+    // are served as they were, with nothing scaled.
     static void enableHooking();
     static void disableHooking();
 

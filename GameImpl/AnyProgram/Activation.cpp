@@ -96,6 +96,7 @@ void Activation::refresh() {
         const int node = readGameInfo(gameInfoKeys().fb0Factor);
         if (isPercent(node)) percent = node;
     }
+    if (!enabled.load(std::memory_order_relaxed)) percent = kMostPercent;
     factor.store(percent, std::memory_order_relaxed);
 }
 

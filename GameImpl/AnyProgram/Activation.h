@@ -18,6 +18,8 @@ public:
 
     // The kernel's parameters are being followed from now on.
     void followNode() { nodeFollowed.store(true, std::memory_order_release); }
+    // While it is off nothing is scaled.
+    void enable(bool on) { enabled.store(on, std::memory_order_relaxed); }
     bool followsNode() const { return nodeFollowed.load(std::memory_order_acquire); }
 
     // Reads the property again, and the kernel's parameters where they are
@@ -37,6 +39,7 @@ private:
     bool pbuffers = false;
     std::atomic<bool> valueIsBad{false};  // and has been reported
     std::atomic<bool> nodeFollowed{false};
+    std::atomic<bool> enabled{true};
     std::atomic<int> factor{100};
 };
 

@@ -79,8 +79,13 @@ void ScaledGl::setDrawBuffers(int n, const unsigned* buffers, void (*set)(int, c
     }
     if (!valid) return;
     drawnToNone = buffers[0] == GL_NONE;
-    const GLenum own = drawnToNone ? GL_NONE : GL_COLOR_ATTACHMENT0;
-    gl().glDrawBuffers(1, &own);
+    chooseDrawBuffer();
+}
+
+// As the program chose for the window, in what stands in for it and is bound.
+void ScaledGl::chooseDrawBuffer() {
+    const GLenum chosen = drawnToNone ? GL_NONE : GL_COLOR_ATTACHMENT0;
+    gl().glDrawBuffers(1, &chosen);
 }
 
 void ScaledGl::glDrawBuffers(GLsizei n, const GLenum* buffers) {

@@ -136,7 +136,11 @@ namespace {
 // What the frame's last call does once the picture is in the window.
 template <class Swap>
 unsigned presented(ScaledGl* gl, void* surface, Swap swap) {
-    if (gl == nullptr || !gl->drawsTo(surface)) return swap();
+    if (gl == nullptr || !gl->drawsTo(surface)) {
+        const EGLBoolean swapped = swap();
+        if (swapped && gl != nullptr) gl->retry(surface);
+        return swapped;
+    }
     gl->present(true);
     const bool resized = gl->windowSizeChanged();
     const EGLBoolean swapped = swap();

@@ -55,6 +55,7 @@ public:
     bool windowSizeChanged();
     // After a swap: a new size or factor takes effect.
     void beginFrame(bool resized);
+    void retry(EGLSurface surface);
     const Scale& scale() const { return group->targets[drawStand.target].scale; }
     // Null where the window that is drawn to is the driver's own, or there is none.
     const Scale* windowScale() const { return drawStand.exists() ? &scale() : nullptr; }
@@ -125,6 +126,7 @@ private:
     template <class T>
     bool getBox(unsigned name, unsigned index, T* values);
     void setDrawBuffers(int n, const unsigned* buffers, void (*set)(int, const unsigned*));
+    void chooseDrawBuffer();
     bool translateAttachments(int n, const unsigned* attachments, unsigned* own) const;
 
     // Pixels.
@@ -158,10 +160,12 @@ private:
     const char* describeWindow(Target& target, GLenum side);
     void allocate(int index);
     void attach(int index, OwnFramebuffer framebuffer);
+    void release(int index);
     bool isLikeTheWindow(OwnFramebuffer framebuffer);
     Size sizeOf(const Surface& surface);
     void windowMayHaveChanged(const Box& viewport);
     void learnBuffering();
+    void bindStands(bool drewOwn);
     void rebuild();
 
     std::shared_ptr<ShareGroup> group;

@@ -27,7 +27,12 @@ struct Surface {
     bool contentsCount = false;   // of the past frame: preserved, or asked for their age
     bool singleBuffered = false;  // shown at a flush
     bool bufferingChanges = false;
-    bool refused = false;  // stays the driver's own; the reason is logged
+
+    // Why it is the driver's own, null where it is not; until its size or the factor
+    // is another. Each reason is logged once.
+    const char* refusal = nullptr;
+    Scale refusedScale;
+    const char* loggedRefusal = nullptr;
 
     // Whose target has the contents, and by which context they were drawn. Where
     // several groups draw to it, they leave their contents in the window itself.

@@ -18,6 +18,7 @@ constexpr GLenum kRGB10 = 0x8052;    // GL_RGB10_EXT
 constexpr GLenum kDepth32 = 0x81A7;  // GL_DEPTH_COMPONENT32_OES
 constexpr GLenum kFloatComponents = GL_FLOAT;
 
+constexpr char kNoSize[] = "it has no size yet";
 constexpr char kNoMemory[] = "there is no memory for its images";
 
 constexpr GLuint kNamesOfNobody = 0xFFFFFE00;
@@ -279,22 +280,28 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
 // The target of the surface, made or changed as need be; -1 where the window stays
 // the driver's own, and the reason in the log.
 int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer) {
-    if (surface->refused) return -1;
-    tried = true;
     const std::lock_guard<std::mutex> lock(Surfaces::instance().mutex);
     auto& targets = group->targets;
     const auto same = std::find_if(targets.begin(), targets.end(),
                                    [&](const Target& t) { return t.surface == surface; });
     const bool known = same != targets.end();
+    if (!known) activation->refresh();
+    Size window = sizeOf(*surface);
+    const bool hasSize = window.width > 0 && window.height > 0;
+    if (known && !hasSize) window = same->scale.window;
+    const Scale scale{window, scaledBy(window, activation->percent())};
+    if (surface->refusal != nullptr && surface->refusedScale == scale) return -1;
+    if (!known && !hasSize) {
+        surface->refusal = kNoSize;
+        surface->refusedScale = scale;
+        return -1;
+    }
+    tried = true;
     const int index = known ? static_cast<int>(same - targets.begin()) : freeTarget();
     const char* why = index < 0 ? "the process has too many windows" : nullptr;
-    const Size window = sizeOf(*surface);
-    if (window.width <= 0 || window.height <= 0) return -1;  // until it has a size
     if (why == nullptr) {
         Target& target = targets[index];
-        const Scale scale{window, scaledBy(window, activation->percent())};
-        const bool fits =
-            known && target.scale.window == scale.window && target.scale.target == scale.target;
+        const bool fits = known && target.scale == scale;
         const bool holds = known && surface->holder.lock() == group;
         gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
         if (!fits) {
@@ -309,13 +316,26 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
         }
         surface->holder = group;
         surface->drawnBy = handle;
-        if (why != nullptr) target.surface = nullptr;
+        if (why != nullptr) release(index);
     }
+    surface->refusal = why;
     if (why == nullptr) return index;
-    surface->refused = true;
+    surface->refusedScale = scale;
     attached[framebuffer] = -1;
-    HOOK_LOG(ERROR, "a window of %d x %d is not scaled: %s", window.width, window.height, why);
+    if (why != surface->loggedRefusal) {
+        HOOK_LOG(ERROR, "a window of %d x %d is not scaled: %s", window.width, window.height, why);
+    }
+    surface->loggedRefusal = why;
     return -1;
+}
+
+// Gives up what was allocated for it.
+void ScaledGl::release(int index) {
+    const ErrorsKept errors(*this);
+    Target& target = group->targets[index];
+    target.surface = nullptr;
+    target.scale = {};
+    allocate(index);
 }
 
 void ScaledGl::stand(Stand& side, const std::shared_ptr<Surface>& surface,
@@ -351,8 +371,10 @@ void ScaledGl::enter(EGLDisplay, EGLContext context, const std::shared_ptr<Surfa
     const auto wasOrIsOurs = [this] { return drawStand.exists() || readStand.exists() || tried; };
     tried = false;
     const bool had = wasOrIsOurs();
+    const bool drewOwn = drawStand.exists();
     separateRead = draw != read;
     drawStand.surface = draw;
+    readStand = {};
     learnBoxes();
     stand(drawStand, draw, kDrawn);
     if (separateRead) {
@@ -361,10 +383,26 @@ void ScaledGl::enter(EGLDisplay, EGLContext context, const std::shared_ptr<Surfa
         readStand = drawStand;
     }
     if (!had && !wasOrIsOurs()) return;
-    if (drawStand.exists()) learnBuffering();
+    bindStands(drewOwn);
+    if (hadScale || (drawStand.exists() && !scale().isIdentity())) applyCoordinates();
+}
+
+// What stands in for the windows now, or the windows themselves. While none did, the
+// window alone knew of the program's draw buffer.
+void ScaledGl::bindStands(bool drewOwn) {
+    if (drawStand.exists()) {
+        learnBuffering();
+        if (!drewOwn) {
+            GLint buffer = GL_BACK;
+            gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+            gl().glGetIntegerv(GL_DRAW_BUFFER0, &buffer);
+            drawnToNone = buffer == GL_NONE;
+            gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, own(kDrawn));
+            chooseDrawBuffer();
+        }
+    }
     bindDraw();
     bindRead();
-    if (hadScale || (drawStand.exists() && !scale().isIdentity())) applyCoordinates();
 }
 
 void ScaledGl::beforeLeaving() {
@@ -377,11 +415,21 @@ void ScaledGl::leave() {
 }
 
 void ScaledGl::rebuild() {
+    const bool drewOwn = drawStand.exists();
     stand(drawStand, std::shared_ptr<Surface>(drawStand.surface), kDrawn);
     if (!separateRead) readStand = drawStand;
-    bindDraw();
-    bindRead();
+    bindStands(drewOwn);
     applyCoordinates();
+}
+
+// After a swap of a window that is the driver's own.
+void ScaledGl::retry(EGLSurface surface) {
+    const std::shared_ptr<Surface>& drawn = drawStand.surface;
+    if (drawStand.exists() || drawn == nullptr || drawn->handle != surface) return;
+    if (drawn->refusal == nullptr) return;
+    activation->refresh();
+    const Size window = sizeOf(*drawn);
+    if (!(drawn->refusedScale == Scale{window, scaledBy(window, activation->percent())})) rebuild();
 }
 
 }  // namespace android::any

@@ -38,6 +38,9 @@ struct Scale {
     Size window;
     Size target;
 
+    bool operator==(const Scale& other) const {
+        return window == other.window && target == other.target;
+    }
     bool isIdentity() const { return window == target; }
     int x(long long edge) const { return scaledEdge(edge, window.width, target.width); }
     int y(long long edge) const { return scaledEdge(edge, window.height, target.height); }

@@ -28,11 +28,11 @@ public:
     // The names of the library's calls of the driver, while they are recorded.
     bool records = false;
     std::vector<std::string> calls;
+    a::gl_hooks_t recorded = {};  // what the library has for the driver
 
 private:
     Loader();
     a::egl_connection_t connection = {};
-    a::gl_hooks_t recorded = {};
 };
 
 }  // namespace any_test

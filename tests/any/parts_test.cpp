@@ -1,6 +1,8 @@
 // What can be told without pictures: rounding, shader text, and the calls of a frame.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <climits>
 
 #include "GameImpl/AnyProgram/geometry.h"
@@ -8,6 +10,7 @@
 #include "platform/loader/gl_constants.h"
 #include "tests/any/loader.h"
 #include "tests/any/player.h"
+#include "tests/support/host.h"
 
 namespace any_test {
 namespace {
@@ -106,6 +109,41 @@ TEST(AnyFrames, MakeNoOtherCalls) {
                      "glInvalidateFramebuffer", "glBindFramebuffer"});
     EXPECT_EQ(loader.calls, expected);
     EXPECT_EQ(p.gl.glGetError(), 0u);
+}
+
+// It is tried again as soon as the factor changes, and said once.
+TEST(AnyFrames, AreScaledOnceTheDriverCan) {
+    Loader& loader = Loader::instance();
+    ASSERT_TRUE(loader.driver.ok());
+    const auto works = loader.recorded.gl.glCheckFramebufferStatus;
+    loader.recorded.gl.glCheckFramebufferStatus = [](unsigned) { return 0u; };
+    host::takeLog();
+    loader.ask(50);
+    Record record;
+    Player p(loader.gl(true), loader.platform(true), loader.driver.display, {}, record);
+    p.gl.glDrawBuffers(1, std::array<unsigned, 1>{GL_NONE}.data());
+    const auto callsOfASwap = [&](int percent) {
+        loader.ask(percent);
+        p.swap();  // takes the factor over
+        loader.calls.clear();
+        loader.records = true;
+        p.swap();
+        loader.records = false;
+        return loader.calls;
+    };
+    EXPECT_EQ(callsOfASwap(50), std::vector<std::string>());
+    EXPECT_EQ(callsOfASwap(60), std::vector<std::string>());
+    const std::string log = host::takeLog();
+    EXPECT_NE(log.find("not scaled"), std::string::npos);
+    EXPECT_EQ(log.find("not scaled"), log.rfind("not scaled"));
+    loader.recorded.gl.glCheckFramebufferStatus = works;
+    EXPECT_EQ(callsOfASwap(60), std::vector<std::string>());
+    const auto calls = callsOfASwap(75);
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), "glBlitFramebuffer"), 1);
+    p.fill(0, 0, kWidth, kHeight, 1, 0, 0);
+    p.gl.glDrawBuffers(1, std::array<unsigned, 1>{GL_BACK}.data());
+    p.picture("left alone");
+    EXPECT_EQ(record.pictures.back().bytes[0], 0);
 }
 
 }  // namespace

@@ -22,6 +22,7 @@ class Options(argparse.Namespace):
     seeds: int
     long: bool
     only: str
+    game: str
 
 
 def parse(arguments: Sequence[str]) -> Options:
@@ -40,6 +41,9 @@ def parse(arguments: Sequence[str]) -> Options:
                         help="change the node for a minute, not for some seconds")
     parser.add_argument("--only", default="", metavar="TEXT",
                         help="only what has TEXT in its name")
+    parser.add_argument("--game", choices=("sgame", "any"), default="sgame",
+                        help="whose renderer is put through it: sgame, or the one of any program "
+                        "(sgame)")
     return parser.parse_args(arguments, Options())
 
 
@@ -49,7 +53,7 @@ def checks(rig: Rig, options: Options) -> Iterator[tuple[str, Run, list[str]]]:
         if options.only in "identical":
             for name, run, wrong in identical(rig, seed):
                 yield f"seed {seed}: identical: {name}", run, wrong
-        for number, scenario in enumerate(scenarios.all_scenarios(options.long)):
+        for number, scenario in enumerate(scenarios.all_scenarios(options.long, options.game)):
             first = seed == options.seed
             if options.only not in scenario.name or (scenario.program == "scene" and not first):
                 continue
@@ -63,7 +67,7 @@ def main(arguments: Sequence[str]) -> int:
     failed = []
     done = survived = 0
     began = time.monotonic()
-    for name, run, wrong in checks(Rig(options.build, options.out), options):
+    for name, run, wrong in checks(Rig(options.build, options.out, options.game), options):
         done += 1
         survived += not wrong
         say(f"[{done}] {name}: {'NOT survived' if wrong else 'ok'} "

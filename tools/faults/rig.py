@@ -29,8 +29,9 @@ class Run:
 
 
 class Rig:
-    def __init__(self, build: Path, out: Path) -> None:
+    def __init__(self, build: Path, out: Path, game: str) -> None:
         self.out = out
+        self._game = game
         self._launcher = Launcher(build)
         self._programs = {name: self._launcher.program(file) for name, file in PROGRAMS.items()}
         self._baselines: dict[tuple[object, ...], Run] = {}
@@ -41,7 +42,7 @@ class Rig:
         """Leaves the log and the pictures of the frames `shown`, named by the slug."""
         pictures = {frame: self.out / f"{slug}.{frame}.png" for frame in shown}
         own = ["--frames", str(frames), *arguments]
-        game = [] if "--game" in options else ["--game", scenarios.GAME]
+        game = [] if "--game" in options else ["--game", self._game]
         rig = ["--driver", "llvmpipe", "--display", display, "--log", "debug", *game, *options]
         if program == "random":
             rig += ["--thread-name", ""]

@@ -12,8 +12,6 @@ RIGHT = LAST + 2
 FRAMES = 24
 FEW_FRAMES = 3
 SHOWN = (5, RIGHT, 19, FRAMES)
-# What a scenario plays that names no game.
-GAME = "sgame"
 SCALED = ("--set", "FB0Factor=50")
 QUIRK_FRAMES = f"@{FIRST}-{LAST}"
 
@@ -83,14 +81,15 @@ MOMENTS: tuple[tuple[str, Words], ...] = (
     ("while frames run", ()), ("while the target is rebuilt", REBUILT))
 
 
-def driver_faults() -> Iterator[Scenario]:
+def driver_faults(game: str) -> Iterator[Scenario]:
     for name, quirks in QUIRKS.items():
         fault = tuple(word for quirk in quirks for word in ("--quirk", quirk + QUIRK_FRAMES))
         black = quirks[0] in BLACK_UNTIL_REBUILT
         for when, changes in MOMENTS:
             for program in ("random", "scene"):
                 # The changes of the current surface in random calls rebuild it as well.
-                rebuilt = black and (changes or program == "random")
+                rebuilt = (black and (changes or program == "random")
+                           or game == "any" and changes)
                 afterwards = REBUILT_AFTERWARDS if rebuilt else ()
                 yield Scenario(f"{name}, {when}", program, SCALED + changes + afterwards,
                                CALM if program == "random" else (), fault,
@@ -156,5 +155,5 @@ CONFIGURATIONS = {
 }
 
 
-def all_scenarios(long: bool) -> list[Scenario]:
-    return [*driver_faults(), *process_faults(), *input_faults(long)]
+def all_scenarios(long: bool, game: str) -> list[Scenario]:
+    return [*driver_faults(game), *process_faults(), *input_faults(long)]
