@@ -14,12 +14,13 @@ room(games platform/compiler)
 room(interception platform platform/compiler platform/loader)
 room(monitor games platform/compiler platform/device)
 room(GameImpl/common platform/device)
-room(GameImpl/FBOBase GameImpl/common ${platform})
-room(GameImpl/AnyProgram GameImpl/common interception monitor/GameInfo.h ${platform})
+room(GameImpl/Filter ${platform})
+room(GameImpl/FBOBase GameImpl/Filter GameImpl/common ${platform})
+room(GameImpl/AnyProgram GameImpl/Filter GameImpl/common interception monitor/GameInfo.h ${platform})
 # The games' renderers and their factory.
-room(GameImpl GameImpl/FBOBase GameImpl/common games interception monitor/GameInfo.h ${platform})
+room(GameImpl GameImpl/FBOBase GameImpl/Filter GameImpl/common games interception monitor/GameInfo.h ${platform})
 room(hook GameImpl/AnyProgram games interception monitor ${platform})
-set(library GameImpl GameImpl/AnyProgram GameImpl/FBOBase GameImpl/common
+set(library GameImpl GameImpl/AnyProgram GameImpl/FBOBase GameImpl/Filter GameImpl/common
     games hook interception monitor ${platform})
 room(arm/contract ${library})
 room(arm/host platform/loader)
@@ -27,7 +28,7 @@ room(arm/host platform/loader)
 # The rig, which stands in for a phone.
 room(rig/clock)
 room(rig/real_driver platform platform/loader)
-room(rig/device monitor/game_parameters.in platform platform/device platform/loader)
+room(rig/device GameImpl/Filter/filters.in monitor/game_parameters.in platform platform/device platform/loader)
 room(rig/run games platform/device rig/device)
 # Its loader: of the library, one part alone knows the classes.
 room(rig/loader/thread platform platform/loader)

@@ -63,6 +63,7 @@ Activation* Activation::of(const char* processName) {
             found->asked = found->readProperty(percent);
             found->factor = percent;
             if (found->asked) {
+                found->readFilter();
                 char value[kPropertyValueMax] = {};
                 property_get(kPbuffersProperty, value, "");
                 found->pbuffers = strcmp(value, "1") == 0;
@@ -89,7 +90,14 @@ bool Activation::readProperty(int& percent) {
     return good;
 }
 
+void Activation::readFilter() {
+    const FilterChoice choice = readFilterChoice(name);
+    filter.store(choice.filter, std::memory_order_relaxed);
+    sharpness.store(choice.sharpness, std::memory_order_relaxed);
+}
+
 void Activation::refresh() {
+    readFilter();
     int percent = kMostPercent;
     readProperty(percent);
     if (followsNode() && readGameInfo(gameInfoKeys().internalEnable) == 1) {

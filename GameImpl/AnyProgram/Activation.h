@@ -8,6 +8,8 @@
 
 #include <atomic>
 
+#include "GameImpl/Filter/FilterChoice.h"
+
 namespace android::any {
 
 class Activation {
@@ -22,17 +24,21 @@ public:
     void enable(bool on) { enabled.store(on, std::memory_order_relaxed); }
     bool followsNode() const { return nodeFollowed.load(std::memory_order_acquire); }
 
-    // Reads the property again, and the kernel's parameters where they are
-    // followed: these count while they are switched on.
+    // Reads the properties again, those of the filter too, and the kernel's parameters
+    // where they are followed: these count while they are switched on.
     void refresh();
 
     int percent() const { return factor.load(std::memory_order_relaxed); }
+    FilterChoice filterChoice() const {
+        return {filter.load(std::memory_order_relaxed), sharpness.load(std::memory_order_relaxed)};
+    }
     bool pbuffersToo() const { return pbuffers; }
 
 private:
     static constexpr int kNameSize = 64;
 
     bool readProperty(int& percent);
+    void readFilter();
 
     char name[kNameSize] = {};
     bool asked = false;
@@ -41,6 +47,8 @@ private:
     std::atomic<bool> nodeFollowed{false};
     std::atomic<bool> enabled{true};
     std::atomic<int> factor{100};
+    std::atomic<Filter> filter{Filter::Bilinear};
+    std::atomic<int> sharpness{FilterChoice::kUsualSharpness};
 };
 
 }  // namespace android::any

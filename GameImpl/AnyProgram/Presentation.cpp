@@ -1,6 +1,6 @@
 // ScaledGl: the way of pixels between target and window. All of it is blits, which
 // depend on nothing that a program has set but the scissor box, the draw buffer,
-// and a condition of rendering.
+// and a condition of rendering; except where a filter draws (Painting.cpp).
 #include <algorithm>
 
 #include "GameImpl/AnyProgram/WindowBound.h"
@@ -87,6 +87,10 @@ void ScaledGl::drawWindowFrom(const Target& target, const Box& part, unsigned ma
     static constexpr GLenum kNone = GL_NONE;
     if (drawnToNone) gl().glDrawBuffers(1, &kBack);
     setCopyScissor(part);
+    if ((mask & GL_COLOR_BUFFER_BIT) != 0 && wantsPainting(target)) {
+        const Unconditional always(gl(), conditionalQuery, conditionalMode);
+        if (paintWindowFrom(target)) mask &= ~GLbitfield{GL_COLOR_BUFFER_BIT};
+    }
     copyImages(whole(target.scale.target), whole(target.scale.window), mask);
     applyScissor();
     if (drawnToNone) gl().glDrawBuffers(1, &kNone);
@@ -184,7 +188,7 @@ void ScaledGl::beginFrame(bool resized) {
     activation->refresh();
     if (drawStand.surface->bufferingChanges) learnBuffering();
     const Size target = scaledBy(scale().window, activation->percent());
-    if (resized || target != scale().target) rebuild();
+    if (resized || target != scale().target || needsTexture(drawTarget())) rebuild();
 }
 
 // A program that was told of a new size sets its viewport before it draws. The

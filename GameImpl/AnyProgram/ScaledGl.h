@@ -19,6 +19,7 @@
 #include "GameImpl/AnyProgram/Coordinates.h"
 #include "GameImpl/AnyProgram/ScaledEgl.h"
 #include "GameImpl/AnyProgram/Surfaces.h"
+#include "GameImpl/Filter/WindowPainter.h"
 
 namespace android::any {
 
@@ -131,6 +132,8 @@ private:
 
     // Pixels.
     void setCopyScissor(const Box& box);
+    bool wantsPainting(const Target& target) const;
+    bool paintWindowFrom(const Target& target);
     void copyImages(const Box& from, const Box& to, unsigned mask);
     void drawWindowFrom(const Target& target, const Box& part, unsigned mask);
     void copyToWindow(const Box& part, unsigned mask);
@@ -159,6 +162,10 @@ private:
     const char* build(int index, OwnFramebuffer framebuffer);
     const char* describeWindow(Target& target, GLenum side);
     void allocate(int index);
+    bool wantsFilter() const;
+    bool needsTexture(const Target& target) const;
+    GLuint textureOf(int index) const;
+    bool allocateTexture(int index);
     void attach(int index, OwnFramebuffer framebuffer);
     void release(int index);
     bool isLikeTheWindow(OwnFramebuffer framebuffer);
@@ -197,6 +204,7 @@ private:
     GLenum keptError = 0;
     GLuint usedProgram = 0;
 
+    WindowPainter painter;
     Coordinates coordinates;
     static constexpr int kTriedSizes = 4;
     Size triedSizes[kTriedSizes];  // of viewports for which the window was asked

@@ -41,13 +41,15 @@ struct Surface {
     bool manyGroups = false;
 };
 
-// The renderbuffers that stand in for one surface, in the contexts of one group.
+// The images that stand in for one surface, in the contexts of one group.
 struct Target {
     enum Image { kColor, kDepth, kStencil, kScratch, kImageCount };
 
     std::shared_ptr<Surface> surface;  // null: free
     Scale scale;
     GLenum colorFormat = 0;
+    bool hasTexture = false;  // its colours are in a texture, as filters need them
+    bool textureRefused = false;
     GLenum depthFormat = 0;    // 0: none
     GLenum stencilFormat = 0;  // 0: none, or within the depth's
     GLbitfield copied = 0;     // which buffers blits between it and the window can copy

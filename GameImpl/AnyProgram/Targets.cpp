@@ -19,6 +19,7 @@ constexpr GLenum kDepth32 = 0x81A7;  // GL_DEPTH_COMPONENT32_OES
 constexpr GLenum kFloatComponents = GL_FLOAT;
 
 constexpr char kNoSize[] = "it has no size yet";
+constexpr char kNothingAlike[] = "no framebuffer is like it";
 constexpr char kNoMemory[] = "there is no memory for its images";
 
 constexpr GLuint kNamesOfNobody = 0xFFFFFE00;
@@ -177,7 +178,7 @@ const char* ScaledGl::describeWindow(Target& target, GLenum side) {
 }
 
 void ScaledGl::allocate(int index) {
-    const Target& target = group->targets[index];
+    Target& target = group->targets[index];
     GLint bound = 0;
     gl().glGetIntegerv(GL_RENDERBUFFER_BINDING, &bound);
     const auto image = [&](Target::Image which, GLenum format) {
@@ -186,7 +187,8 @@ void ScaledGl::allocate(int index) {
         gl().glRenderbufferStorage(GL_RENDERBUFFER, format, target.scale.target.width,
                                    target.scale.target.height);
     };
-    image(Target::kColor, target.colorFormat);
+    target.hasTexture = wantsFilter() && allocateTexture(index);
+    if (!target.hasTexture) image(Target::kColor, target.colorFormat);
     image(Target::kDepth, target.depthFormat);
     image(Target::kStencil, target.stencilFormat);
     gl().glBindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(bound));
@@ -205,7 +207,12 @@ void ScaledGl::attach(int index, OwnFramebuffer framebuffer) {
         return exists ? group->nameOf(index, image) : 0;
     };
     const bool combined = hasStencil(target.depthFormat);
-    put(GL_COLOR_ATTACHMENT0, group->nameOf(index, Target::kColor));
+    if (target.hasTexture) {
+        gl().glFramebufferTexture2D(GL_DRAW_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D,
+                                    textureOf(index), 0);
+    } else {
+        put(GL_COLOR_ATTACHMENT0, group->nameOf(index, Target::kColor));
+    }
     put(GL_DEPTH_ATTACHMENT, nameIf(target.depthFormat != 0, Target::kDepth));
     put(GL_STENCIL_ATTACHMENT, combined ? group->nameOf(index, Target::kDepth)
                                         : nameIf(target.stencilFormat != 0, Target::kStencil));
@@ -260,7 +267,14 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
     }
     attached[framebuffer] = -1;
     attach(index, framebuffer);
-    if (!isLikeTheWindow(framebuffer)) return "no framebuffer is like it";
+    if (!isLikeTheWindow(framebuffer)) {
+        if (!target.hasTexture) return kNothingAlike;
+        target.textureRefused = true;
+        allocate(index);
+        attached[framebuffer] = -1;
+        attach(index, framebuffer);
+        if (errors.failed() || !isLikeTheWindow(framebuffer)) return kNothingAlike;
+    }
     target.copied = GL_COLOR_BUFFER_BIT;
     if (separateRead) return nullptr;
     for (const GLbitfield part : {GL_DEPTH_BUFFER_BIT, GL_STENCIL_BUFFER_BIT}) {
@@ -301,10 +315,12 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
     const char* why = index < 0 ? "the process has too many windows" : nullptr;
     if (why == nullptr) {
         Target& target = targets[index];
-        const bool fits = known && target.scale == scale;
+        const bool fits =
+            known && target.scale == scale && (target.hasTexture || !needsTexture(target));
         const bool holds = known && surface->holder.lock() == group;
         gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
         if (!fits) {
+            if (!known) target.textureRefused = false;
             target.surface = surface;
             target.scale = scale;
             why = build(index, framebuffer);

@@ -49,6 +49,7 @@ using Flag = bool;
 using Choice = std::string;
 using ThreadName = std::string;  // empty: leave thread names alone
 using ServiceAnswer = std::string;
+using Percentage = std::string;  // from 0 to 100; empty: not given
 using InputFile = std::string;   // absolute; empty: none
 using OutputFile = std::string;  // absolute; empty: none
 using OutputFiles = std::vector<std::string>;

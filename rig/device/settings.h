@@ -24,6 +24,7 @@ struct Settings {
 #include "rig/device/options.in"
     std::vector<Capture> captures;
     std::string parametersFile;  // see ParameterNode; empty: there is no node
+    std::string filterFile;      // see FilterSwitch; empty: it stays as it is
     std::string countsFile;      // see CallCounts; empty: calls are not counted
     std::string outcomeFile;     // see RunOutcome; empty: nobody asks
 };

@@ -19,6 +19,7 @@ inline void to_json(nlohmann::json& out, const Settings& settings) {
 #include "rig/device/options.in"
     out["captures"] = settings.captures;
     out["parametersFile"] = settings.parametersFile;
+    out["filterFile"] = settings.filterFile;
     out["countsFile"] = settings.countsFile;
     out["outcomeFile"] = settings.outcomeFile;
 }
@@ -29,6 +30,7 @@ inline void from_json(const nlohmann::json& in, Settings& settings) {
 #include "rig/device/options.in"
     in.at("captures").get_to(settings.captures);
     in.at("parametersFile").get_to(settings.parametersFile);
+    in.at("filterFile").get_to(settings.filterFile);
     in.at("countsFile").get_to(settings.countsFile);
     in.at("outcomeFile").get_to(settings.outcomeFile);
 }

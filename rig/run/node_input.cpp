@@ -72,6 +72,7 @@ void NodeInput::takeLine(const std::string& line) {
     const std::string assignment = trimmed(line);
     if (assignment.empty()) return;
     try {
+        if (filter.take(assignment)) return;
         const Parameter parameter = parseAssignment(assignment);
         if (!isKnownParameter(parameter.name)) {
             complain("the plug-in knows no parameter '" + parameter.name + "'; passed on as it is");
@@ -81,7 +82,10 @@ void NodeInput::takeLine(const std::string& line) {
         text = 0;
         next = Clock::now();
     } catch (const std::exception& error) {
-        complain(std::string(error.what()) + "; a line is NAME=VALUE, for example FB0Factor=75");
+        complain(
+            std::string(error.what()) +
+            "; a line is NAME=VALUE, for example FB0Factor=75, or 'filter NAME', or 'sharpness "
+            "PERCENT'");
     }
 }
 

@@ -1,10 +1,12 @@
-// Changes of the node's parameters from standard input, one NAME=VALUE a line.
+// Changes of the node's parameters and of the filter from standard input: NAME=VALUE,
+// filter NAME, or sharpness PERCENT, one a line.
 #pragma once
 
 #include <chrono>
 #include <optional>
 #include <string>
 
+#include "rig/device/filter_switch.h"
 #include "rig/device/parameter_node.h"
 
 namespace rig {
@@ -16,9 +18,9 @@ class NodeInput {
 public:
     using Clock = std::chrono::steady_clock;
 
-    // Both outlive the object.
-    NodeInput(ParameterNode& parameterNode, int inputDescriptor)
-        : node(parameterNode), input(inputDescriptor) {}
+    // All outlive the object.
+    NodeInput(ParameterNode& parameterNode, FilterSwitch& filterSwitch, int inputDescriptor)
+        : node(parameterNode), filter(filterSwitch), input(inputDescriptor) {}
 
     // For poll(2); -1 while nothing is to be read.
     int descriptor() const { return writing || Clock::now() < next ? -1 : input; }
@@ -33,6 +35,7 @@ private:
     void complain(const std::string& what);
 
     ParameterNode& node;
+    FilterSwitch& filter;
     int input;  // -1 at its end
     std::string unfinished;
     bool skipping = false;  // the rest of a line that is too long

@@ -111,6 +111,10 @@ kinds::ServiceAnswer readServiceAnswer(const RawOption& option) {
     return option.text();
 }
 
+kinds::Percentage readPercentage(const RawOption& option) {
+    return option.given() ? std::to_string(number(option, option.text(), 0, 100)) : "";
+}
+
 kinds::FrameCount readFrameCount(const RawOption& option) {
     return option.given() ? number(option, option.text(), 1, INT_MAX) : 0;
 }

@@ -21,6 +21,7 @@ kinds::Flag readFlag(const RawOption& option);
 kinds::Choice readChoice(const RawOption& option);
 kinds::ThreadName readThreadName(const RawOption& option);
 kinds::ServiceAnswer readServiceAnswer(const RawOption& option);
+kinds::Percentage readPercentage(const RawOption& option);
 kinds::InputFile readInputFile(const RawOption& option);
 kinds::OutputFile readOutputFile(const RawOption& option);
 kinds::OutputFiles readOutputFiles(const RawOption& option);

@@ -30,8 +30,9 @@ Examples:
       switch to 75 percent after the 100th frame, end after the 300th
   vesko-run --game genshin --config qogl.txt -- PROGRAM
 
-Lines NAME=VALUE on standard input change the parameters while the program runs;
-the program itself reads an empty standard input.
+Lines NAME=VALUE, 'filter NAME' and 'sharpness PERCENT' on standard input change the
+parameters and the filter while the program runs; the program itself reads an empty
+standard input.
 
 Exit code: the program's (128 + N when signal N killed it); 2 for a bad option,
 3 when the device's surroundings could not be made, 4 when the program ended

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "rig/device/filter_switch.h"
 #include "rig/device/option_kinds.h"
 #include "rig/run/games.h"
 

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "rig/device/call_counts.h"
+#include "rig/device/filter_switch.h"
 #include "rig/device/output_file.h"
 #include "rig/device/parameter_node.h"
 #include "rig/device/run_outcome.h"
@@ -85,8 +86,13 @@ private:
 // The program while it runs, and what has to happen meanwhile.
 class Watch {
 public:
-    Watch(pid_t process, Inbox& signals, ParameterNode& parameterNode, bool wantsStatus)
-        : program(process), inbox(signals), node(parameterNode), status(wantsStatus) {}
+    Watch(pid_t process, Inbox& signals, ParameterNode& parameterNode, FilterSwitch& filterSwitch,
+          bool wantsStatus)
+        : program(process),
+          inbox(signals),
+          node(parameterNode),
+          filter(filterSwitch),
+          status(wantsStatus) {}
 
     // The program's exit code.
     int untilEnd() {
@@ -151,7 +157,8 @@ private:
     const pid_t program;
     Inbox& inbox;
     ParameterNode& node;
-    NodeInput input{node, STDIN_FILENO};
+    FilterSwitch& filter;
+    NodeInput input{node, filter, STDIN_FILENO};
     Escalation escalation{kGracePeriod};
     bool status;
     Clock::time_point nextStatus = Clock::now() + kStatusInterval;
@@ -188,6 +195,8 @@ int runPlan(Plan plan, Inbox& inbox) {
     settings.outcomeFile = privateFile("outcome");
     ParameterNode node = ParameterNode::create(settings.parametersFile, plan.launch.parameters);
     node.writeAll();
+    settings.filterFile = privateFile("filter");
+    FilterSwitch& filter = FilterSwitch::create(settings.filterFile);
     const RunOutcome& outcome = RunOutcome::create(settings.outcomeFile);
     CallCounts* counts = nullptr;
     if (!countFile.empty()) {
@@ -200,7 +209,7 @@ int runPlan(Plan plan, Inbox& inbox) {
     StartedProgram program(plan, inbox.queue());
     inbox.throwIfEnded();
     program.letGo();
-    const int exitCode = Watch(program.process(), inbox, node, settings.status).untilEnd();
+    const int exitCode = Watch(program.process(), inbox, node, filter, settings.status).untilEnd();
     endDescendants(inbox.launcherIsGone() ? 0ms : kBackgroundPatience);
     if (counts != nullptr) writeCounts(*counts, countFile);
     return checkOutcome(outcome, settings, exitCode);

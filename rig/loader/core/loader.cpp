@@ -53,8 +53,9 @@ Loader::Loader(const std::string& libraries)
                      : new Statistics(settings, driver, tables.direct.gl, outcome)),
       status(settings.status ? new Status : nullptr),
       parameters(settings, plugin),
-      frames(
-          {settings, driver, plugin, parameters, frame, statistics.get(), status.get(), outcome}),
+      filterChanges(settings, plugin),
+      frames({settings, driver, plugin, parameters, filterChanges, frame, statistics.get(),
+              status.get(), outcome}),
       guard(driver, !settings.noPlugin && !settings.bare && settings.game != kAnyProgram),
       ownEntries(makeOwnEntries({settings, driver, plugin, tables, frames, ownEgl, ownGles2})) {
     makeTables();

@@ -17,6 +17,7 @@
 #include "rig/loader/frames/frames.h"
 #include "rig/loader/frames/program_guard.h"
 #include "rig/loader/frames/status.h"
+#include "rig/loader/plugin/filter_changes.h"
 #include "rig/loader/plugin/parameters.h"
 #include "rig/loader/plugin/plugin.h"
 #include "rig/loader/statistics/statistics.h"
@@ -53,6 +54,7 @@ private:
     std::unique_ptr<Statistics> statistics;  // null without --stats
     std::unique_ptr<Status> status;          // null without --status
     Parameters parameters;
+    FilterChanges filterChanges;
     Frames frames;
     const ProgramGuard guard;
     android::platform_impl_t ownEntries;

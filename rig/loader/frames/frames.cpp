@@ -84,6 +84,7 @@ void Frames::afterSwap() {
         if (change.frame == ended) parts.parameters.change(change.name, change.value);
     }
     parts.parameters.awaitChanges();
+    parts.filterChanges.takeOver();
     if (rig_advance_clock != nullptr) rig_advance_clock(parts.settings.clockStep);
     ++parts.number;
     beginStatistics(parts.number);

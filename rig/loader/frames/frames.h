@@ -13,6 +13,7 @@
 #include "rig/device/settings.h"
 #include "rig/loader/driver/driver.h"
 #include "rig/loader/frames/status.h"
+#include "rig/loader/plugin/filter_changes.h"
 #include "rig/loader/plugin/parameters.h"
 #include "rig/loader/plugin/plugin.h"
 #include "rig/loader/plugin/plugin_state.h"
@@ -28,6 +29,7 @@ public:
         const Driver& driver;
         const Plugin& plugin;
         Parameters& parameters;
+        FilterChanges& filterChanges;
         std::atomic<int>& number;  // of the frame being drawn, from 1; swap N ends frame N
         Statistics* statistics;    // null without --stats
         Status* status;            // null without --status

@@ -53,15 +53,19 @@ void askToBeScaled() {
 // The plug-in imports these as ordinary symbols of the process. The program may
 // have opened our libraries for itself only, so they are raised into the global
 // scope here.
-void providePlatform(const std::string& directory, const Settings& settings) {
+SetProperty* providePlatform(const std::string& directory, const Settings& settings) {
     openLibrary(directory + "/libveskorig.so", RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL);
     void* device = openLibrary(directory + "/libveskodevice.so", RTLD_NOW | RTLD_GLOBAL);
+    const auto setProperty = function<SetProperty>(device, "rig_set_property");
     function<decltype(rig_set_game_service)>(device,
                                              "rig_set_game_service")(settings.service.c_str());
     if (settings.game == kAnyProgram) askToBeScaled();
+    if (!settings.filter.empty()) setProperty(kFilterProperty, settings.filter.c_str());
+    if (!settings.sharpness.empty()) setProperty(kSharpnessProperty, settings.sharpness.c_str());
     for (const Property& property : settings.properties) {
-        android::base::SetProperty(property.name, property.value);
+        setProperty(property.name.c_str(), property.value.c_str());
     }
+    return setProperty;
 }
 
 int logPriority(const std::string& level) {
@@ -100,10 +104,11 @@ bool servesAnyProgram(const android::HookContext& context) {
 }
 
 Plugin openPlugin(const std::string& directory, const Settings& settings) {
-    providePlatform(directory, settings);
+    SetProperty* const setProperty = providePlatform(directory, settings);
     __android_log_set_minimum_priority(logPriority(settings.log));
     void* library = openLibrary(directory + kPluginFile, RTLD_NOW | RTLD_LOCAL | RIG_PLUGIN_SCOPE);
     Plugin plugin;
+    plugin.setProperty = setProperty;
     plugin.entryObject = function<decltype(createImplInstance)>(library, "createImplInstance")();
     plugin.gameInfo =
         static_cast<const std::map<std::string, int>*>(dlsym(library, kGameInfoSymbol));

@@ -15,6 +15,12 @@ class QoGPUVeskoModeImpl;
 
 namespace rig {
 
+constexpr char kFilterProperty[] = "vendor.vesko.filter";
+constexpr char kSharpnessProperty[] = "vendor.vesko.sharpness";
+
+// Sets a system property of this process; on any thread.
+using SetProperty = void(const char* key, const char* value);
+
 struct Plugin {
     android::QoGPUVeskoModeImpl* entryObject = nullptr;  // null: there is no plug-in
     // The parameters as the plug-in has taken them in.
@@ -22,6 +28,7 @@ struct Plugin {
     android::ImplFactory::GAME (*gameType)() = nullptr;
     // What the calling thread is bound to.
     android::HookContext* (*currentContext)() = nullptr;
+    SetProperty* setProperty = nullptr;
 };
 
 // The first string of this process's command line.

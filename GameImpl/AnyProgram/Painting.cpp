@@ -1,0 +1,102 @@
+// ScaledGl: targets whose colours are in a texture, and how a filter draws these to the
+// window.
+#include "GameImpl/AnyProgram/WindowBound.h"
+#include "platform/loader/gl_constants.h"
+
+namespace android::any {
+
+namespace {
+
+// Names that drivers hand out last. Those of textures need not have been handed out.
+constexpr GLuint kTextureNamesOfNobody = 0xFFFFFC00;
+
+struct Transfer {
+    GLenum internal;
+    GLenum format;
+    GLenum type;
+};
+
+constexpr Transfer kTransfers[] = {
+    {GL_RGBA8, GL_RGBA, GL_UNSIGNED_BYTE},
+    {GL_RGB8, GL_RGB, GL_UNSIGNED_BYTE},
+    {GL_SRGB8_ALPHA8, GL_RGBA, GL_UNSIGNED_BYTE},
+    {GL_RGB565, GL_RGB, GL_UNSIGNED_SHORT_5_6_5},
+    {GL_RGB5_A1, GL_RGBA, GL_UNSIGNED_SHORT_5_5_5_1},
+    {GL_RGBA4, GL_RGBA, GL_UNSIGNED_SHORT_4_4_4_4},
+    {GL_RGB10_A2, GL_RGBA, GL_UNSIGNED_INT_2_10_10_10_REV},
+    {GL_RGBA16F, GL_RGBA, GL_HALF_FLOAT},
+    {GL_RGB16F, GL_RGB, GL_HALF_FLOAT},
+};
+
+const Transfer* transferOf(GLenum internal) {
+    for (const Transfer& transfer : kTransfers) {
+        if (transfer.internal == internal) return &transfer;
+    }
+    return nullptr;
+}
+
+bool hasAlpha(GLenum internal) {
+    const Transfer* transfer = transferOf(internal);
+    return transfer != nullptr && transfer->format == GL_RGBA;
+}
+
+}  // namespace
+
+bool ScaledGl::wantsFilter() const {
+    const Filter filter = activation->filterChoice().filter;
+    return filter != Filter::Bilinear && painter.serves(filter);
+}
+
+// And has none yet, though its format can have one.
+bool ScaledGl::needsTexture(const Target& target) const {
+    return !target.hasTexture && !target.textureRefused && wantsFilter() &&
+           transferOf(target.colorFormat) != nullptr;
+}
+
+GLuint ScaledGl::textureOf(int index) const {
+    return kTextureNamesOfNobody + static_cast<GLuint>(index);
+}
+
+// An image of the same name replaces the one before, also where other contexts of the
+// group have it attached. False for a format without textures.
+bool ScaledGl::allocateTexture(int index) {
+    const Target& target = group->targets[index];
+    const Transfer* const transfer = transferOf(target.colorFormat);
+    if (transfer == nullptr || target.textureRefused) return false;
+    GLint bound = 0;
+    GLint unpacked = 0;  // where the first contents would be taken from
+    gl().glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
+    gl().glGetIntegerv(GL_PIXEL_UNPACK_BUFFER_BINDING, &unpacked);
+    gl().glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
+    gl().glBindTexture(GL_TEXTURE_2D, textureOf(index));
+    gl().glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(transfer->internal),
+                      target.scale.target.width, target.scale.target.height, 0, transfer->format,
+                      transfer->type, nullptr);
+    gl().glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, 0);
+    gl().glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(bound));
+    gl().glBindBuffer(GL_PIXEL_UNPACK_BUFFER, static_cast<GLuint>(unpacked));
+    return true;
+}
+
+// A picture of the window's size is left to a blit, which copies it.
+bool ScaledGl::wantsPainting(const Target& target) const {
+    return target.hasTexture && !target.scale.isIdentity() && wantsFilter();
+}
+
+// The window is bound for drawing, the scissor box set, and no condition of rendering is
+// in force. False where it is left to a blit.
+bool ScaledGl::paintWindowFrom(const Target& target) {
+    const Size& window = target.scale.window;
+    if (!painter.mayPaint(gl())) return false;
+    const WindowPainter::Picture picture{
+        textureOf(static_cast<int>(&target - group->targets.data())), target.scale.target.width,
+        target.scale.target.height, setFlip != nullptr, hasAlpha(target.colorFormat)};
+    const ErrorsKept errors(*this);
+    gl().glViewport(0, 0, window.width, window.height);
+    const bool painted =
+        painter.paint(gl(), picture, window.width, window.height, activation->filterChoice());
+    applyViewport();
+    return painted;
+}
+
+}  // namespace android::any
