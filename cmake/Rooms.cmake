@@ -41,14 +41,15 @@ room(rig/loader/plugin platform/device platform/loader rig/device rig/loader/dri
     GameImpl/AnyProgram/ScaledGl.h GameImpl/GenshinImpact/GenshinImpactImpl.h GameImpl/sgame/SGAMEImpl.h)
 room(rig/loader/statistics platform platform/loader rig/device rig/loader/driver
     rig/loader/tables rig/loader/thread)
-room(rig/loader/frames platform/loader rig/device rig/loader/driver rig/loader/plugin
-    rig/loader/statistics rig/loader/thread)
+room(rig/loader/limits platform platform/loader rig/loader/driver rig/loader/tables)
+room(rig/loader/frames platform/loader rig/device rig/loader/driver rig/loader/limits
+    rig/loader/plugin rig/loader/statistics rig/loader/thread)
 room(rig/loader/entries platform platform/loader rig/device rig/loader/driver
-    rig/loader/frames rig/loader/plugin rig/loader/tables rig/loader/thread
-    hook/GPUVeskoMode.h)
+    rig/loader/frames rig/loader/limits rig/loader/plugin rig/loader/tables
+    rig/loader/thread hook/GPUVeskoMode.h)
 room(rig/loader/core platform/loader rig/device rig/loader/driver rig/loader/entries
-    rig/loader/frames rig/loader/plugin rig/loader/quirks rig/loader/statistics
-    rig/loader/tables rig/loader/thread)
+    rig/loader/frames rig/loader/limits rig/loader/plugin rig/loader/quirks
+    rig/loader/statistics rig/loader/tables rig/loader/thread)
 room(rig/loader/exports platform rig/loader/core/interface.h rig/loader/thread/slots.h)
 
 # What is played under the rig knows neither it nor the library.

@@ -2,7 +2,7 @@
 // to be 64x48 and prints what it learnt, one "name value" a line.
 //
 // usage: gles_probe [loaded|procs] [es1|desktop] [facts] [clock] [rebind] [deleted]
-//                   [handler] [loading] [frames N] [pause MS] [limit MS]
+//                   [handler] [loading] [habit NAME] [frames N] [pause MS] [limit MS]
 //   loaded, procs   take the entries by dlsym, or by eglGetProcAddress alone
 //   es1, desktop    draw with an OpenGL ES 1, or a desktop GL context
 //   facts           print what the driver quirks change, after the first frame
@@ -13,6 +13,7 @@
 //                   print the GL error that each swap leaves
 //   handler         print a line when exit runs the program's handlers
 //   loading         fill textures meanwhile, on a thread with a shared context
+//   habit NAME      do what some programs do: see drawFrame and endFrame
 //   pause, limit    sleep after each frame: once, or a millisecond at a time until
 //                   so much time has passed since the last one
 #define EGL_NO_X11
@@ -31,10 +32,14 @@
 #include <cstring>
 #include <ctime>
 #include <thread>
+#include <vector>
 
 namespace {
 
 bool onlyProcs;
+const char* habit = "";
+
+bool does(const char* name) { return strcmp(habit, name) == 0; }
 
 #ifdef PROBE_LINKED
 template <class Function>
@@ -145,15 +150,68 @@ GLuint makeProgram() {
     return program;
 }
 
-void drawFrame(bool rebind, int x) {
-    CALL(glBindFramebuffer)(GL_FRAMEBUFFER, 0);
-    CALL(glViewport)(x, 0, 64, 48);
-    CALL(glClearColor)(0.5f, 0, 0, 1);
-    CALL(glClear)(GL_COLOR_BUFFER_BIT);
-    CALL(glBindBuffer)(GL_ARRAY_BUFFER, 0);
+void setArrays() {
+    if (!does("client")) CALL(glBindBuffer)(GL_ARRAY_BUFFER, 0);
     CALL(glVertexAttribPointer)(0, 2, GL_FLOAT, GL_FALSE, 0, kTriangle);
     CALL(glEnableVertexAttribArray)(0);
+}
+
+void makeArrays() {
+    GLuint buffer = 0;
+    CALL(glGenBuffers)(1, &buffer);
+    CALL(glBindBuffer)(GL_ARRAY_BUFFER, buffer);
+    CALL(glBufferData)(GL_ARRAY_BUFFER, sizeof kTriangle, kTriangle, GL_STATIC_DRAW);
+    CALL(glVertexAttribPointer)(0, 2, GL_FLOAT, GL_FALSE, 0, nullptr);
+    CALL(glEnableVertexAttribArray)(0);
+}
+
+void fillStorage() {
+    static const std::vector<char> pixels(size_t{1440} * 648 * 4);
+    GLuint texture = 0;
+    CALL(glGenTextures)(1, &texture);
+    CALL(glBindTexture)(GL_TEXTURE_2D, texture);
+    CALL(glTexStorage2D)(GL_TEXTURE_2D, 1, GL_RGBA8, 1440, 648);
+    CALL(glTexSubImage2D)
+    (GL_TEXTURE_2D, 0, 0, 0, 1440, 648, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+    CALL(glDeleteTextures)(1, &texture);
+}
+
+// What the window is asked for while it is drawn to.
+void useWindow() {
+    GLint box[4] = {};
+    GLint bound = 0;
+    const GLenum color = GL_COLOR;
+    const GLenum none = GL_NONE;
+    CALL(glGetIntegerv)(GL_VIEWPORT, box);
+    CALL(glGetIntegerv)(GL_FRAMEBUFFER_BINDING, &bound);
+    if (does("box")) CALL(glViewport)(box[0], box[1], box[2], box[3]);
+    if (does("restore")) CALL(glBindFramebuffer)(GL_FRAMEBUFFER, static_cast<GLuint>(bound));
+    if (does("read")) CALL(glReadPixels)(0, 0, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, box);
+    if (does("invalidate")) CALL(glInvalidateFramebuffer)(GL_FRAMEBUFFER, 1, &color);
+    if (does("none")) CALL(glDrawBuffers)(1, &none);
+}
+
+// What is on at the swap.
+void endFrame() {
+    if (does("corner")) CALL(glScissor)(0, 0, 8, 8);
+    if (does("divisor")) CALL(glVertexAttribDivisor)(1, 1);
+    if (does("discard")) CALL(glEnable)(GL_RASTERIZER_DISCARD);
+    if (does("clockwise")) CALL(glEnable)(GL_CULL_FACE), CALL(glFrontFace)(GL_CW);
+    if (does("fill")) fillStorage();
+}
+
+void drawFrame(bool rebind, int x, bool first) {
+    CALL(glDisable)(GL_RASTERIZER_DISCARD);
+    CALL(glBindFramebuffer)(GL_FRAMEBUFFER, 0);
+    CALL(glViewport)(x, 0, 64, 48);
+    if (first || !does("color")) CALL(glClearColor)(0.5f, 0, 0, 1);
+    CALL(glClear)(GL_COLOR_BUFFER_BIT);
+    if (does("corner")) CALL(glEnable)(GL_SCISSOR_TEST);
+    if (!does("once")) setArrays();
+    if (does("once") && first) makeArrays();
     CALL(glDrawArrays)(GL_TRIANGLES, 0, 3);
+    useWindow();
+    endFrame();
     if (!rebind) return;
     CALL(glBindFramebuffer)(GL_FRAMEBUFFER, 0);
     CALL(glViewport)(0, 0, 16, 12);
@@ -280,6 +338,7 @@ int main(int argc, char** argv) {
         rebind = rebind || strcmp(argv[i], "rebind") == 0;
         loading = loading || strcmp(argv[i], "loading") == 0;
         deleted = deleted || strcmp(argv[i], "deleted") == 0;
+        if (strcmp(argv[i], "habit") == 0) habit = argv[i + 1];
         if (strcmp(argv[i], "handler") == 0) atexit([] { puts("exit handler"); });
         if (strcmp(argv[i], "limit") == 0) limit = atoi(argv[i + 1]);
         if (strcmp(argv[i], "frames") == 0) frames = atoi(argv[i + 1]);
@@ -297,7 +356,7 @@ int main(int argc, char** argv) {
         } else if (desktop) {
             drawFrameDesktop();
         } else {
-            drawFrame(rebind, x);
+            drawFrame(rebind, x, frame == 1);
         }
         if (deleted && frame == 1) CALL(glDeleteProgram)(program);
         require(CALL(eglSwapBuffers)(display, surface), "eglSwapBuffers");

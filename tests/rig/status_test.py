@@ -3,14 +3,23 @@
 usage: status_test.py VESKO_RUN DIRECTORY_OF_THE_PROBES
 """
 import json
+import re
 import time
 from collections.abc import Sequence
+from pathlib import Path
 from typing import Any
 
 from tests.rig import rig_test
 from tests.rig.rig_test import Rig, probe
 
 STEP = 250
+ROOT = Path(__file__).parents[2]
+ROWS = ROOT / "rig" / "loader" / "limits" / "limits.in"
+LIMITS = ROOT / "docs" / "limits.md"
+
+
+def read(file: Path) -> str:
+    return file.read_text(encoding="utf-8")
 
 
 class Status(Rig):
@@ -51,10 +60,39 @@ class Status(Rig):
             (("--game", "any", "--quirk", "incomplete-framebuffer", *half), {},
              "the window is the driver's own"),
             (("--quirk", "incomplete-framebuffer", *half), {}, "target could not be made"),
+            (("--quirk", "shader-compile", *half), {}, "not redirected: the driver refuses the "
+             "blit's program, so the window is black (docs/limits.md, What the blit draws with)"),
             (("--game", "genshin"), {}, "nothing is wider than the target 1440x648"),
             (half, {"command": ["sleep", "1.3"]}, "has made no EGL call")]
         for options, more, why in cases:
             self.assertIn(why, self.status(*options, **more), options)
+
+    def test_the_limits_that_a_program_meets_are_told_with_their_section(self) -> None:
+        half = ("--set", "FB0Factor=50")
+        with open(self.path("qogl"), "w") as stream:
+            stream.write("yuanshen 1080 486 0\n")
+        genshin = ("--game", "genshin", "--config", self.path("qogl"))
+        rows = {name: f"{words} (docs/limits.md, {section})" for name, section, words in
+                re.findall(r'^LIMIT\((\w+), "([^"]+)", "([^"]+)"', read(ROWS), re.M)}
+        headings = re.findall(r"^## (.*)$", read(LIMITS), re.M)
+        for row in rows.values():
+            self.assertIn(re.findall(r"limits.md, (.*)\)$", row)[0], headings)
+        cases: list[tuple[Sequence[str], Sequence[str], list[str]]] = [
+            (half, [], []), (genshin, [], []), (("--game", "any", *half), ["rebind"], []),
+            (("--bare", *half), [], ["Program"]), (half, ["rebind"], ["WipedDraws"]),
+            (genshin, ["habit", "fill"], ["Upload"]),
+            *((half, ["habit", habit], [row]) for habit, row in (
+                ("client", "ClientArrays"), ("once", "VertexArrays"), ("color", "ClearColor"),
+                ("corner", "ScissorBox"), ("box", "BoxScaledTwice"), ("read", "WindowRead"),
+                ("restore", "RestoredBinding"), ("invalidate", "BackRefused"),
+                ("none", "BackRefused"), ("divisor", "Divisor"), ("discard", "Discard"),
+                ("clockwise", "Culling")))]
+        for options, more, expected in cases:
+            # Less than a second long: the line is the one at the end.
+            line = self.status(*options, command=[*probe("linked"), *more])
+            told = re.findall(r", but drawn wrongly: (.*); [\d.]+ frames/s$", line)
+            self.assertEqual(told, ["; ".join(rows[name] for name in expected)] if expected else [],
+                             (options, more, line))
 
     def test_statistics_time_the_blit_and_tell_wiped_draws(self) -> None:
         def scaled(*more: str) -> tuple[Any, Any]:

@@ -38,6 +38,11 @@ bool isSwap(int entry) {
            entry == android::kEntry_eglSwapBuffersWithDamageKHR;
 }
 
+// A program that is scaled as itself meets none of them.
+bool watchesLimits(const Settings& settings) {
+    return settings.status && !settings.noPlugin && settings.game != kAnyProgram;
+}
+
 }  // namespace
 
 Loader::Loader(const std::string& libraries)
@@ -51,13 +56,15 @@ Loader::Loader(const std::string& libraries)
       statistics(settings.statsFile.empty()
                      ? nullptr
                      : new Statistics(settings, driver, tables.direct.gl, outcome)),
-      status(settings.status ? new Status : nullptr),
+      limits(watchesLimits(settings) ? new Limits(driver, tables.direct.gl) : nullptr),
+      status(settings.status ? new Status(limits.get()) : nullptr),
       parameters(settings, plugin),
       filterChanges(settings, plugin),
       frames({settings, driver, plugin, parameters, filterChanges, frame, statistics.get(),
-              status.get(), outcome}),
+              limits.get(), status.get(), outcome}),
       guard(driver, !settings.noPlugin && !settings.bare && settings.game != kAnyProgram),
-      ownEntries(makeOwnEntries({settings, driver, plugin, tables, frames, ownEgl, ownGles2})) {
+      ownEntries(makeOwnEntries(
+          {settings, driver, plugin, tables, frames, limits.get(), ownEgl, ownGles2})) {
     makeTables();
     applicationTable = &ownEntries;
     if (!settings.noPlugin) applicationTable = countedServing(startPlugin(plugin, connection));
@@ -111,6 +118,7 @@ unsigned Loader::beforeSwap(int entry) {
 
 void Loader::afterSwap(unsigned programInUse) {
     guard.useAgain(programInUse);
+    frames.afterPresentation();
     frames.endAfterLastFrame();
 }
 

@@ -17,6 +17,7 @@
 #include "rig/loader/frames/frames.h"
 #include "rig/loader/frames/program_guard.h"
 #include "rig/loader/frames/status.h"
+#include "rig/loader/limits/limits.h"
 #include "rig/loader/plugin/filter_changes.h"
 #include "rig/loader/plugin/parameters.h"
 #include "rig/loader/plugin/plugin.h"
@@ -52,6 +53,7 @@ private:
     const Plugin plugin;
     ContextTables tables;
     std::unique_ptr<Statistics> statistics;  // null without --stats
+    std::unique_ptr<Limits> limits;          // null without --status or a game's renderer
     std::unique_ptr<Status> status;          // null without --status
     Parameters parameters;
     FilterChanges filterChanges;

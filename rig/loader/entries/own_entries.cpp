@@ -45,6 +45,7 @@ void installTable(ContextApi api) {
     } else if (api == ContextApi::Es2 && parts->plugin.entryObject != nullptr) {
         parts->plugin.entryObject->setGLHooksThreadSpecific(&parts->tables.forPlugin,
                                                             a::egl_connection_t::GLESv2_INDEX);
+        if (parts->limits != nullptr) parts->limits->watchServedCalls();
         countServedCalls();
     } else {
         a::writeGLSlot(&parts->tables.direct);
@@ -54,7 +55,9 @@ void installTable(ContextApi api) {
 a::EGLBoolean makeCurrent(a::EGLDisplay display, a::EGLSurface draw, a::EGLSurface read,
                           a::EGLContext context) {
     if (!driverEntries().eglMakeCurrent(display, draw, read, context)) return EGL_FALSE;
-    installTable(context != EGL_NO_CONTEXT ? apiOf(display, context) : ContextApi::None);
+    const ContextApi api = context != EGL_NO_CONTEXT ? apiOf(display, context) : ContextApi::None;
+    installTable(api);
+    if (api == ContextApi::Es2 && parts->limits != nullptr) parts->limits->contextBegins();
     return EGL_TRUE;
 }
 

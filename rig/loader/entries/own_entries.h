@@ -5,6 +5,7 @@
 #include "rig/device/settings.h"
 #include "rig/loader/driver/driver.h"
 #include "rig/loader/frames/frames.h"
+#include "rig/loader/limits/limits.h"
 #include "rig/loader/plugin/plugin.h"
 
 namespace rig {
@@ -23,6 +24,7 @@ struct OwnEntriesParts {
     const Plugin& plugin;
     const ContextTables& tables;
     Frames& frames;
+    const Limits* limits;  // null: nobody asks
     // Our libraries, of which eglGetProcAddress answers the exported entries.
     void* ownEgl;
     void* ownGles2;

@@ -52,9 +52,16 @@ void Frames::beforePresentation(SwapKind swap) {
     if (parts.status == nullptr && parts.statistics == nullptr) return;
     const PluginState state = observePlugin(parts.driver, parts.plugin, parts.parameters, swap);
     if (parts.status != nullptr) parts.status->swap(state);
+    if (parts.limits != nullptr && state.api == ContextApi::Es2) {
+        parts.limits->beforeSwap(state.redirected);
+    }
     if (parts.statistics == nullptr) return;
     std::lock_guard<std::mutex> lock(mutex);
     parts.statistics->presentationBegins(whyNotScaled(state));
+}
+
+void Frames::afterPresentation() {
+    if (parts.limits != nullptr && currentApi() == ContextApi::Es2) parts.limits->afterSwap();
 }
 
 void Frames::beforeSwap(void* display, void* surface) {
@@ -94,6 +101,7 @@ void Frames::endAfterLastFrame() {
     const int last = parts.settings.frames;
     if (last == 0 || parts.number <= last) return;
     if (parts.statistics != nullptr) parts.statistics->save();
+    if (parts.status != nullptr) parts.status->end();
     flushOutput();
     _exit(EXIT_SUCCESS);
 }

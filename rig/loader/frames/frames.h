@@ -13,6 +13,7 @@
 #include "rig/device/settings.h"
 #include "rig/loader/driver/driver.h"
 #include "rig/loader/frames/status.h"
+#include "rig/loader/limits/limits.h"
 #include "rig/loader/plugin/filter_changes.h"
 #include "rig/loader/plugin/parameters.h"
 #include "rig/loader/plugin/plugin.h"
@@ -32,6 +33,7 @@ public:
         FilterChanges& filterChanges;
         std::atomic<int>& number;  // of the frame being drawn, from 1; swap N ends frame N
         Statistics* statistics;    // null without --stats
+        const Limits* limits;      // null: nobody asks
         Status* status;            // null without --status
         RunOutcome* outcome;       // null: nobody asks
     };
@@ -43,6 +45,8 @@ public:
     void begin();
     // At the application's swap, before the plug-in presents the frame.
     void beforePresentation(SwapKind swap);
+    // Once the plug-in is done with it.
+    void afterPresentation();
     void beforeSwap(void* display, void* surface);
     void afterSwap();
     // Ends the process after the last frame asked for, once the application's swap

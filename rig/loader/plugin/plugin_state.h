@@ -27,6 +27,8 @@ struct PluginState {
     bool enabled = false;     // SGAME: scaling is switched on
     bool redirected = false;  // this swap presents a target
     bool targetMade = false;
+    bool blitRefused = false;  // the driver refuses the blit's program
+    std::string limits;        // that the program has met, as --status tells them
     int boundFramebuffer = 0;
     SwapKind swap = SwapKind::Plain;
 };

@@ -17,7 +17,8 @@ constexpr int kWidestInternalSize = 1440;
 void observeSgame(const android::Impl& bound, PluginState& state) {
     const auto& impl = static_cast<const android::SGAMEImpl&>(bound);
     state.enabled = impl.enabled;
-    state.redirected = impl.frameRedirected;
+    state.blitRefused = impl.graphicsReady && impl.fboProgram == 0;
+    state.redirected = impl.frameRedirected && !state.blitRefused;
     state.targetMade = impl.fboReady;
     state.render = impl.fboReady ? Size{impl.fboWidth, impl.fboHeight} : state.window;
 }
@@ -39,6 +40,11 @@ std::string whyNotPresented(const PluginState& s) {
         return "the program swaps with eglSwapBuffersWithDamageKHR, which is passed on as it is";
     }
     if (s.redirected) return "";
+    if (s.blitRefused) {
+        return "the driver refuses the blit's program, so the window is black (docs/limits.md, "
+               "What "
+               "the blit draws with)";
+    }
     if (!s.targetMade) return "the scaled target could not be made (see the plug-in's log)";
     return "the frame ends with framebuffer " + std::to_string(s.boundFramebuffer) +
            " bound, so that the scaled target is not presented";
@@ -46,6 +52,10 @@ std::string whyNotPresented(const PluginState& s) {
 
 std::string whySgameDoesNotScale(const PluginState& s) {
     return s.enabled ? whyNotPresented(s) : whyNotSwitchedOn(s);
+}
+
+std::string drawnWrongly(const PluginState& s) {
+    return s.limits.empty() ? "" : ", but drawn wrongly: " + s.limits;
 }
 
 void observeGenshinImpact(const android::Impl& bound, PluginState& state) {
@@ -60,8 +70,9 @@ std::string whyNotLowered(const PluginState& s) {
 }
 
 std::string describeLowered(const PluginState& s, const std::string& why) {
-    return why.empty() ? ", lowers internal sizes to " + sizeText(s.render)
-                       : ", lowers nothing: " + why;
+    return (why.empty() ? ", lowers internal sizes to " + sizeText(s.render)
+                        : ", lowers nothing: " + why) +
+           drawnWrongly(s);
 }
 
 // A thread that swaps has a context, and each context of the API has a renderer.
@@ -100,7 +111,8 @@ const RendererView* findRenderer(ImplFactory::GAME game) {
 
 std::string describeScaled(const PluginState& s, const std::string& why) {
     return ", renders " + sizeText(s.render) + ", factor " + std::to_string(s.factor) +
-           (s.redirected ? ", redirected" : ", not redirected") + (why.empty() ? "" : ": " + why);
+           (s.redirected ? ", redirected" : ", not redirected") + (why.empty() ? "" : ": " + why) +
+           drawnWrongly(s);
 }
 
 }  // namespace rig

@@ -12,21 +12,6 @@ namespace rig {
 
 namespace {
 
-enum class Kind { Other, Draw, Clear, Attach };
-
-constexpr Kind kindOf(std::string_view name) {
-    if (startsWith(name, "glDrawBuffer") || startsWith(name, "glDrawTex")) return Kind::Other;
-    if (startsWith(name, "glDraw") || startsWith(name, "glMultiDraw") ||
-        startsWith(name, "glBlitFramebuffer")) {
-        return Kind::Draw;
-    }
-    if (startsWith(name, "glClearBuffer")) return Kind::Clear;
-    if (startsWith(name, "glFramebuffer") || startsWith(name, "glBindFramebuffer")) {
-        return Kind::Attach;
-    }
-    return Kind::Other;
-}
-
 // Entries get no argument of ours, so what they need is kept here.
 const Driver* driver;
 FrameRecord* record;
