@@ -68,13 +68,17 @@ void drawWhileTheRendererEnds(const std::string& line) {
     ImplFactory::getImpl(ImplFactory::SGAME)->glBindFramebuffer(GL_FRAMEBUFFER, 0);
 }
 
-// As threads do that come to draw when all is over.
+// As threads do that come to draw when all is over. No std::thread: that may take a
+// thread key of its own, of which none may be left.
 void drawOnANewThread() {
-    std::thread([] {
+    const auto draw = [](void*) -> void* {
         pthread_setname_np(pthread_self(), "UnityGfx");
         makeCurrent();
         drawFrame();
-    }).join();
+        return nullptr;
+    };
+    pthread_t thread;
+    if (pthread_create(&thread, nullptr, draw, nullptr) == 0) pthread_join(thread, nullptr);
 }
 
 // Registered before any library is initialised, by the preinit array, and with

@@ -20,8 +20,10 @@ if(BUILD_TESTING)
         "SHELL:-isystem ${CMAKE_SYSROOT}/usr/lib/llvm-14/include/c++/v1")
     # What is linked in serves the program alone; the library has the stand-ins.
     target_link_options(platform_cxx INTERFACE -nostdlib++ -Wl,--exclude-libs,ALL)
+    # That of the C++ library is named here, so that it comes before the GNU one, which
+    # Debian's libutils needs and which has the same runtime functions.
     target_link_libraries(platform_cxx INTERFACE ${CMAKE_SYSROOT}/usr/lib/llvm-14/lib/libc++.a
-        ${CMAKE_SYSROOT}/usr/lib/llvm-14/lib/libc++abi.a -l:libatomic.a)
+        ${CMAKE_SYSROOT}/usr/lib/llvm-14/lib/libc++abi.a -l:libatomic.a stand_in_c++)
     set(googletest ${CMAKE_SYSROOT}/usr/src/googletest/googletest)
     configure_file(${googletest}/src/gtest-all.cc ${CMAKE_BINARY_DIR}/googletest/gtest-all.cc COPYONLY)
     add_library(platform_gtest STATIC ${CMAKE_BINARY_DIR}/googletest/gtest-all.cc)

@@ -80,6 +80,8 @@ class Loading(unittest.TestCase):
             rows = [line.split() for line in path.read_text().splitlines()]
             listed = {row[1]: row[2] if len(row) > 2 else "" for row in rows}
             stand_in = ARM / f"platform/lib{path.stem}.so"
+            if path.stem == "c++":  # its names have a version here alone
+                listed = dict.fromkeys(listed, "PLATFORM")
             self.assertEqual(exports(stand_in), listed, path.stem)
             self.assertEqual(soname(stand_in), f"lib{path.stem}.so")
 
