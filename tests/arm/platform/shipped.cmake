@@ -10,6 +10,7 @@ list(APPEND CMAKE_CROSSCOMPILING_EMULATOR -E
     LD_LIBRARY_PATH=${CMAKE_BINARY_DIR}/platform:${CMAKE_SYSROOT}/usr/lib/arm-linux-gnueabi/android)
 # Under the rig nothing but the stand-ins serves it.
 add_compile_definitions(RIG_PLUGIN_SCOPE=RTLD_DEEPBIND)
+enable_testing()  # a folder that is added before it would have no tests
 add_subdirectory(tests/arm/platform)
 
 # Test programs share the library's C++ classes, and so are built with a C++ library of
