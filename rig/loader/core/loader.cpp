@@ -99,9 +99,12 @@ const android::platform_impl_t* Loader::tableFor(int entry) const {
     return applicationTable;
 }
 
-void Loader::beforeMakeCurrent(void* context) const {
+// The renderer of any program has the factor from the first frame on.
+void Loader::beforeMakeCurrent(void* context) {
+    if (context == nullptr) return;
     const std::string& name = settings.threadName;
-    if (context != nullptr && !name.empty()) prctl(PR_SET_NAME, name.c_str());
+    if (!name.empty()) prctl(PR_SET_NAME, name.c_str());
+    if (settings.game == kAnyProgram) parameters.awaitAll();
 }
 
 void Loader::afterMakeCurrent(void* context) {

@@ -36,7 +36,7 @@ public:
 
     // Around an application's eglMakeCurrent and its swaps; afterSwap gets what
     // beforeSwap has returned.
-    void beforeMakeCurrent(void* context) const;
+    void beforeMakeCurrent(void* context);
     void afterMakeCurrent(void* context);
     unsigned beforeSwap(int entry);
     void afterSwap(unsigned programInUse);

@@ -32,7 +32,7 @@ public:
 
     // Both write the node and, when the plug-in monitors it, wait, at most two
     // seconds, until the plug-in has taken the values in; they warn where it does
-    // not. awaitAll, after a context has become current, also serves values that
+    // not. awaitAll, when a context becomes current, also serves values that
     // were never taken in; awaitChanges costs one load where nothing changed.
     void awaitAll();
     void awaitChanges();
