@@ -160,6 +160,13 @@ void ScaledGl::copyFromWindow(const Target& target, const Box& part, unsigned ma
     bindRead();
 }
 
+// All that it holds, whatever scissor box the program has.
+void ScaledGl::takeOverWindow(const Target& target) {
+    setCopyScissor(whole(target.scale.target));
+    copyFromWindow(target, whole(target.scale.window), target.copied);
+    applyScissor();
+}
+
 void ScaledGl::glFlush() {
     if (showsAtOnce()) present(false);
     gl().glFlush();

@@ -18,16 +18,16 @@ bool isAdded(const char* name) {
 
 void ScaledGl::glGetProgramiv(GLuint program, GLenum name, GLint* values) {
     gl().glGetProgramiv(program, name, values);
-    const PixelProgram* pixels = group->shaders.program(program);
-    if (pixels == nullptr) return;
-    if (name == GL_ACTIVE_UNIFORMS) *values -= pixels->hiddenCount;
-    if (name == GL_ACTIVE_UNIFORM_MAX_LENGTH) *values = pixels->longestName;
+    const AddedUniforms* added = group->shaders.added(program);
+    if (added == nullptr) return;
+    if (name == GL_ACTIVE_UNIFORMS) *values -= added->hiddenCount;
+    if (name == GL_ACTIVE_UNIFORM_MAX_LENGTH) *values = added->longestName;
 }
 
 void ScaledGl::glGetActiveUniform(GLuint program, GLuint index, GLsizei size, GLsizei* length,
                                   GLint* count, GLenum* type, GLchar* name) {
-    if (const PixelProgram* pixels = group->shaders.program(program)) {
-        index = pixels->driverIndex(index);
+    if (const AddedUniforms* added = group->shaders.added(program)) {
+        index = added->driverIndex(index);
     }
     gl().glGetActiveUniform(program, index, size, length, count, type, name);
 }
@@ -36,15 +36,15 @@ void ScaledGl::glGetActiveUniform(GLuint program, GLuint index, GLsizei size, GL
 void ScaledGl::glGetActiveUniformsiv(GLuint program, GLsizei count, const GLuint* indices,
                                      GLenum name, GLint* values) {
     constexpr int kPart = 64;
-    const PixelProgram* pixels = group->shaders.program(program);
-    if (pixels == nullptr || count <= 0) {
+    const AddedUniforms* added = group->shaders.added(program);
+    if (added == nullptr || count <= 0) {
         gl().glGetActiveUniformsiv(program, count, indices, name, values);
         return;
     }
     GLint active = 0;
     gl().glGetProgramiv(program, GL_ACTIVE_UNIFORMS, &active);
     const auto isWrong = [&](GLuint index) {
-        return pixels->driverIndex(index) >= static_cast<GLuint>(active);
+        return added->driverIndex(index) >= static_cast<GLuint>(active);
     };
     if (std::any_of(indices, indices + count, isWrong)) {
         const GLuint wrong = GL_INVALID_INDEX;
@@ -55,7 +55,7 @@ void ScaledGl::glGetActiveUniformsiv(GLuint program, GLsizei count, const GLuint
     for (int done = 0; done < count; done += kPart) {
         const int part = std::min(kPart, count - done);
         std::transform(indices + done, indices + done + part, shifted,
-                       [=](GLuint index) { return pixels->driverIndex(index); });
+                       [=](GLuint index) { return added->driverIndex(index); });
         gl().glGetActiveUniformsiv(program, part, shifted, name, values + done);
     }
 }
@@ -63,63 +63,70 @@ void ScaledGl::glGetActiveUniformsiv(GLuint program, GLsizei count, const GLuint
 void ScaledGl::glGetUniformIndices(GLuint program, GLsizei count, const GLchar* const* names,
                                    GLuint* indices) {
     gl().glGetUniformIndices(program, count, names, indices);
-    const PixelProgram* pixels = group->shaders.program(program);
-    for (int i = 0; i < count && pixels != nullptr; ++i) {
+    const AddedUniforms* added = group->shaders.added(program);
+    for (int i = 0; i < count && added != nullptr; ++i) {
         if (indices[i] == GL_INVALID_INDEX) continue;
-        indices[i] = isAdded(names[i]) ? GL_INVALID_INDEX : pixels->programIndex(indices[i]);
+        indices[i] = isAdded(names[i]) ? GL_INVALID_INDEX : added->programIndex(indices[i]);
     }
 }
 
+// What the program is told of a location of the driver's.
+GLint ScaledGl::programLocation(GLuint program, const char* name, GLint location) {
+    const AddedUniforms* added = group->shaders.added(program);
+    if (added == nullptr || location < 0) return location;
+    return isAdded(name) ? -1 : added->programLocation(location);
+}
+
 GLint ScaledGl::glGetUniformLocation(GLuint program, const GLchar* name) {
-    if (isAdded(name) && group->shaders.program(program) != nullptr) return -1;
-    return gl().glGetUniformLocation(program, name);
+    return programLocation(program, name, gl().glGetUniformLocation(program, name));
 }
 
 void ScaledGl::glGetActiveUniformBlockiv(GLuint program, GLuint block, GLenum name, GLint* values) {
     gl().glGetActiveUniformBlockiv(program, block, name, values);
-    const PixelProgram* pixels = group->shaders.program(program);
-    if (pixels == nullptr || name != GL_UNIFORM_BLOCK_ACTIVE_UNIFORM_INDICES) return;
+    const AddedUniforms* added = group->shaders.added(program);
+    if (added == nullptr || name != GL_UNIFORM_BLOCK_ACTIVE_UNIFORM_INDICES) return;
     GLint count = 0;
     gl().glGetActiveUniformBlockiv(program, block, GL_UNIFORM_BLOCK_ACTIVE_UNIFORMS, &count);
     for (int i = 0; i < count; ++i) {
-        values[i] = static_cast<GLint>(pixels->programIndex(static_cast<GLuint>(values[i])));
+        values[i] = static_cast<GLint>(added->programIndex(static_cast<GLuint>(values[i])));
     }
 }
 
 void ScaledGl::glGetProgramInterfaceiv(GLuint program, GLenum kind, GLenum name, GLint* values) {
     gl().glGetProgramInterfaceiv(program, kind, name, values);
-    const PixelProgram* pixels = kind == GL_UNIFORM ? group->shaders.program(program) : nullptr;
-    if (pixels == nullptr) return;
-    if (name == GL_ACTIVE_RESOURCES) *values -= pixels->hiddenCount;
-    if (name == GL_MAX_NAME_LENGTH) *values = pixels->longestName;
+    const AddedUniforms* added = kind == GL_UNIFORM ? group->shaders.added(program) : nullptr;
+    if (added == nullptr) return;
+    if (name == GL_ACTIVE_RESOURCES) *values -= added->hiddenCount;
+    if (name == GL_MAX_NAME_LENGTH) *values = added->longestName;
 }
 
 GLuint ScaledGl::glGetProgramResourceIndex(GLuint program, GLenum kind, const GLchar* name) {
     const GLuint index = gl().glGetProgramResourceIndex(program, kind, name);
-    const PixelProgram* pixels = kind == GL_UNIFORM ? group->shaders.program(program) : nullptr;
-    if (pixels == nullptr || index == GL_INVALID_INDEX) return index;
-    return isAdded(name) ? GL_INVALID_INDEX : pixels->programIndex(index);
+    const AddedUniforms* added = kind == GL_UNIFORM ? group->shaders.added(program) : nullptr;
+    if (added == nullptr || index == GL_INVALID_INDEX) return index;
+    return isAdded(name) ? GL_INVALID_INDEX : added->programIndex(index);
 }
 
 void ScaledGl::glGetProgramResourceName(GLuint program, GLenum kind, GLuint index, GLsizei size,
                                         GLsizei* length, GLchar* name) {
-    const PixelProgram* pixels = kind == GL_UNIFORM ? group->shaders.program(program) : nullptr;
-    if (pixels != nullptr) index = pixels->driverIndex(index);
+    const AddedUniforms* added = kind == GL_UNIFORM ? group->shaders.added(program) : nullptr;
+    if (added != nullptr) index = added->driverIndex(index);
     gl().glGetProgramResourceName(program, kind, index, size, length, name);
 }
 
-// Uniforms are told of their blocks by index too, one property at a time, since the
-// number of values of each is known by then only.
+// Blocks tell of their uniforms by index, uniforms of their locations. One property at
+// a time: only then is it known where the values of each are.
 void ScaledGl::glGetProgramResourceiv(GLuint program, GLenum kind, GLuint index, GLsizei count,
                                       const GLenum* properties, GLsizei size, GLsizei* length,
                                       GLint* values) {
-    const PixelProgram* pixels = group->shaders.program(program);
-    if (pixels != nullptr && kind == GL_UNIFORM) index = pixels->driverIndex(index);
-    const bool hasVariables =
-        pixels != nullptr && count > 0 && size > 0 &&
-        (kind == GL_UNIFORM_BLOCK || kind == GL_ATOMIC_COUNTER_BUFFER) &&
-        std::find(properties, properties + count, GL_ACTIVE_VARIABLES) != properties + count;
-    if (!hasVariables) {
+    const AddedUniforms* added = group->shaders.added(program);
+    if (added != nullptr && kind == GL_UNIFORM) index = added->driverIndex(index);
+    const GLenum told = kind == GL_UNIFORM ? GL_LOCATION : GL_ACTIVE_VARIABLES;
+    const bool isTold =
+        added != nullptr && count > 0 && size > 0 &&
+        (kind == GL_UNIFORM || kind == GL_UNIFORM_BLOCK || kind == GL_ATOMIC_COUNTER_BUFFER) &&
+        std::find(properties, properties + count, told) != properties + count;
+    if (!isTold) {
         gl().glGetProgramResourceiv(program, kind, index, count, properties, size, length, values);
         return;
     }
@@ -128,9 +135,11 @@ void ScaledGl::glGetProgramResourceiv(GLuint program, GLenum kind, GLuint index,
         GLsizei part = 0;
         gl().glGetProgramResourceiv(program, kind, index, 1, properties + i, size - written, &part,
                                     values + written);
-        for (int k = 0; k < part && properties[i] == GL_ACTIVE_VARIABLES; ++k) {
+        for (int k = 0; k < part && properties[i] == told; ++k) {
             GLint& value = values[written + k];
-            value = static_cast<GLint>(pixels->programIndex(static_cast<GLuint>(value)));
+            value = told == GL_LOCATION
+                        ? added->programLocation(value)
+                        : static_cast<GLint>(added->programIndex(static_cast<GLuint>(value)));
         }
         written += part;
     }
@@ -138,10 +147,8 @@ void ScaledGl::glGetProgramResourceiv(GLuint program, GLenum kind, GLuint index,
 }
 
 GLint ScaledGl::glGetProgramResourceLocation(GLuint program, GLenum kind, const GLchar* name) {
-    if (kind == GL_UNIFORM && isAdded(name) && group->shaders.program(program) != nullptr) {
-        return -1;
-    }
-    return gl().glGetProgramResourceLocation(program, kind, name);
+    const GLint location = gl().glGetProgramResourceLocation(program, kind, name);
+    return kind == GL_UNIFORM ? programLocation(program, name, location) : location;
 }
 
 }  // namespace android::any

@@ -10,7 +10,8 @@
 // before the program could have any.
 //
 // An object serves the thread that its context is current on. GL calls take no
-// lock and allocate nothing, with the exception of those that compile and link.
+// lock and allocate nothing, with the exception of those that compile and link, and of
+// the first draw to a scaled window with a program that works in its pixels.
 #pragma once
 
 #include <atomic>
@@ -139,20 +140,26 @@ private:
     void copyToWindow(const Box& part, unsigned mask);
     void copyToScratch();
     void copyFromWindow(const Target& target, const Box& part, unsigned mask);
+    void takeOverWindow(const Target& target);
     void blit(const int (&source)[4], const int (&drawn)[4], unsigned mask, unsigned filter,
               decltype(gl_hooks_t::gl_t::glBlitFramebuffer) call);
     bool readsSamples();
 
     // Shaders.
     const char* scalePrecision(GLenum kind);
-    bool changesShaders() const;
-    void undoShader(GLuint shader);
-    void learnProgram(GLuint program, bool changed);
+    std::vector<ShaderText> attachedTexts(GLuint program);
+    void learnProgram(GLuint program, std::vector<ShaderText> texts);
+    void workInPixels(GLuint program, PixelProgram& pixels, bool hasValues);
+    void learnAdded(GLuint program, PixelProgram& pixels,
+                    std::vector<std::pair<GLint, GLint>> moved);
     void learnBinary(GLuint program);
     template <class Strings, class Create>
     GLuint createProgram(GLenum kind, int count, Strings strings, Create create);
     void keepInPipelines(GLuint program);
     void setShaderScale(GLuint program, PixelProgram& pixels);
+    GLint driverLocation(GLuint program, GLint location);
+    GLint driverLocation(GLint location);
+    GLint programLocation(GLuint program, const char* name, GLint location);
 
     // Targets.
     void learnContext();
@@ -203,6 +210,7 @@ private:
     GLenum conditionalMode = 0;
     GLenum keptError = 0;
     GLuint usedProgram = 0;
+    const AddedUniforms* usedUniforms = nullptr;  // of that program
 
     WindowPainter painter;
     Coordinates coordinates;

@@ -1,10 +1,12 @@
-// ScaledGl: shaders that name gl_FragCoord or gl_PointSize get another text, in
-// which these are in window pixels. Where that does not compile or link, they get
-// their own again.
+// ScaledGl: programs whose shaders name gl_FragCoord or gl_PointSize. They are linked
+// from their own texts until they draw to a scaled window, then again from texts in
+// which these are in window pixels. Where those do not compile or link, the program
+// stays its own.
 #include <algorithm>
 #include <cstring>
 
-#include "GameImpl/AnyProgram/ScaledGl.h"
+#include "GameImpl/AnyProgram/Relinking.h"
+#include "GameImpl/AnyProgram/WindowBound.h"
 #include "GameImpl/AnyProgram/glsl_pixels.h"
 #include "platform/loader/gl_constants.h"
 
@@ -13,6 +15,8 @@ namespace android::any {
 namespace {
 
 using Lock = std::lock_guard<std::mutex>;
+
+constexpr const char* kAddedNames[] = {kFragmentScale, kPointScale};
 
 // As the driver puts it together.
 std::string joined(int count, const char* const* strings, const int* lengths) {
@@ -28,6 +32,11 @@ std::string joined(int count, const char* const* strings, const int* lengths) {
     return text;
 }
 
+bool namesPixels(const std::string& text) {
+    return text.find("gl_FragCoord") != std::string::npos ||
+           text.find("gl_PointSize") != std::string::npos;
+}
+
 }  // namespace
 
 // Of OpenGL ES 2 fragment shaders, which need not have the precision that a
@@ -40,89 +49,17 @@ const char* ScaledGl::scalePrecision(GLenum kind) {
     return bits > 0 ? "highp" : "mediump";
 }
 
-// At factor 100 a program's shaders are its own.
-bool ScaledGl::changesShaders() const {
-    if (!served) return false;
-    activation->refresh();
-    return activation->percent() != 100;
-}
-
 void ScaledGl::glShaderSource(GLuint shader, GLsizei count, const GLchar* const* strings,
                               const GLint* lengths) {
-    std::string text;
-    std::optional<std::string> other;
-    GLint kind = 0;
-    if (count > 0 && strings != nullptr && changesShaders() && gl().glIsShader(shader)) {
-        gl().glGetShaderiv(shader, GL_SHADER_TYPE, &kind);
-        text = joined(count, strings, lengths);
-        const auto known = static_cast<GLenum>(kind);
-        other = inWindowPixels(text, known, scalePrecision(known));
-    }
+    gl().glShaderSource(shader, count, strings, lengths);
+    if (!served || count <= 0 || strings == nullptr) return;
+    const bool isPixel = namesPixels(joined(count, strings, lengths));
     const Lock lock(group->shaders.mutex);
-    group->shaders.forgetShader(shader);
-    if (!other) {
-        gl().glShaderSource(shader, count, strings, lengths);
-        return;
+    if (isPixel) {
+        group->shaders.pixelShaders.insert(shader);
+    } else {
+        group->shaders.pixelShaders.erase(shader);
     }
-    const char* given = other->c_str();
-    const auto length = static_cast<GLint>(other->size());
-    gl().glShaderSource(shader, 1, &given, &length);
-    group->shaders.keepShader(shader, std::move(text));
-}
-
-// Gives the shader its own text again.
-void ScaledGl::undoShader(GLuint shader) {
-    const std::string* own = group->shaders.shader(shader);
-    if (own == nullptr) return;
-    const char* given = own->c_str();
-    const auto length = static_cast<GLint>(own->size());
-    gl().glShaderSource(shader, 1, &given, &length);
-    gl().glCompileShader(shader);
-    group->shaders.forgetShader(shader);
-}
-
-void ScaledGl::glCompileShader(GLuint shader) {
-    gl().glCompileShader(shader);
-    const Lock lock(group->shaders.mutex);
-    if (group->shaders.shader(shader) == nullptr) return;
-    GLint compiled = 0;
-    gl().glGetShaderiv(shader, GL_COMPILE_STATUS, &compiled);
-    if (!compiled) undoShader(shader);
-}
-
-void ScaledGl::glDeleteShader(GLuint shader) {
-    gl().glDeleteShader(shader);
-    if (!group->shaders.hasChanged()) return;
-    const Lock lock(group->shaders.mutex);
-    // One that is attached lives on.
-    if (!gl().glIsShader(shader)) group->shaders.forgetShader(shader);
-}
-
-void ScaledGl::glGetShaderSource(GLuint shader, GLsizei size, GLsizei* length, GLchar* text) {
-    const Lock lock(group->shaders.mutex);
-    const std::string* own = group->shaders.shader(shader);
-    if (own == nullptr || size < 0) {
-        gl().glGetShaderSource(shader, size, length, text);
-        return;
-    }
-    const size_t copied =
-        size > 0 ? std::min(strlen(own->c_str()), static_cast<size_t>(size) - 1) : 0;
-    if (size > 0 && text != nullptr) {
-        memcpy(text, own->data(), copied);
-        text[copied] = '\0';
-    }
-    if (length != nullptr) *length = static_cast<GLsizei>(copied);
-}
-
-void ScaledGl::glGetShaderiv(GLuint shader, GLenum name, GLint* values) {
-    if (name == GL_SHADER_SOURCE_LENGTH) {
-        const Lock lock(group->shaders.mutex);
-        if (const std::string* own = group->shaders.shader(shader)) {
-            *values = static_cast<GLint>(strlen(own->c_str()) + 1);
-            return;
-        }
-    }
-    gl().glGetShaderiv(shader, name, values);
 }
 
 void ScaledGl::glTransformFeedbackVaryings(GLuint program, GLsizei count,
@@ -142,71 +79,106 @@ void ScaledGl::glTransformFeedbackVaryings(GLuint program, GLsizei count,
 }
 
 void ScaledGl::glLinkProgram(GLuint program) {
-    if (!group->shaders.hasChanged()) {
-        gl().glLinkProgram(program);
-        return;
-    }
-    const Lock lock(group->shaders.mutex);
-    constexpr int kMostShaders = 8;
-    GLuint attachedShaders[kMostShaders] = {};
-    GLsizei count = 0;
-    if (gl().glIsProgram(program)) {
-        gl().glGetAttachedShaders(program, kMostShaders, &count, attachedShaders);
-    }
-    bool changed = false;
-    for (int i = 0; i < count; ++i) {
-        changed = changed || group->shaders.shader(attachedShaders[i]) != nullptr;
-    }
-    const bool mayChange = group->shaders.capturesPointSize.count(program) == 0;
-    const auto undo = [&] {
-        for (int i = 0; i < count; ++i) undoShader(attachedShaders[i]);
-        changed = false;
-    };
-    if (changed && !mayChange) undo();
     gl().glLinkProgram(program);
-    if (changed) {
-        GLint linked = 0;
-        gl().glGetProgramiv(program, GL_LINK_STATUS, &linked);
-        if (!linked) {
-            undo();
-            gl().glLinkProgram(program);
-        }
-    }
-    learnProgram(program, changed);
+    if (!served) return;
+    const Lock lock(group->shaders.mutex);
+    learnProgram(program, attachedTexts(program));
 }
 
-// What was added to the program, if anything.
-void ScaledGl::learnProgram(GLuint program, bool changed) {
-    static constexpr const char* kNames[] = {kFragmentScale, kPointScale};
-    group->shaders.removeProgramUniforms(program);
-    if (!changed) return;
-    GLint locations[PixelProgram::kMost];
-    bool any = false;
-    for (int i = 0; i < PixelProgram::kMost; ++i) {
-        locations[i] = gl().glGetUniformLocation(program, kNames[i]);
-        any = any || locations[i] >= 0;
+// Empty where none of them names what is in window pixels, or they are not linked.
+std::vector<ShaderText> ScaledGl::attachedTexts(GLuint program) {
+    constexpr int kMostShaders = 8;
+    const std::set<GLuint>& pixelShaders = group->shaders.pixelShaders;
+    std::vector<ShaderText> texts;
+    if (pixelShaders.empty() || !gl().glIsProgram(program)) return texts;
+    GLint linked = 0;
+    gl().glGetProgramiv(program, GL_LINK_STATUS, &linked);
+    GLuint shaders[kMostShaders] = {};
+    GLsizei count = 0;
+    gl().glGetAttachedShaders(program, kMostShaders, &count, shaders);
+    const bool isPixel = std::any_of(
+        shaders, shaders + count, [&](GLuint shader) { return pixelShaders.count(shader) != 0; });
+    for (int i = 0; i < count && isPixel && linked; ++i) {
+        GLint kind = 0;
+        GLint size = 0;
+        gl().glGetShaderiv(shaders[i], GL_SHADER_TYPE, &kind);
+        gl().glGetShaderiv(shaders[i], GL_SHADER_SOURCE_LENGTH, &size);
+        std::string text(static_cast<size_t>(std::max(size, 1)), '\0');
+        gl().glGetShaderSource(shaders[i], static_cast<GLsizei>(text.size()), &size, text.data());
+        text.resize(static_cast<size_t>(size));
+        texts.push_back({static_cast<GLenum>(kind), std::move(text)});
     }
-    PixelProgram* made = any ? group->shaders.makeProgram(program) : nullptr;
+    return texts;
+}
+
+// After it was linked from these texts; none for a program that is left as it is. The
+// lock is held.
+void ScaledGl::learnProgram(GLuint program, std::vector<ShaderText> texts) {
+    group->shaders.removeProgram(program);
+    if (program == usedProgram) usedUniforms = nullptr;
+    PixelProgram* made = texts.empty() ? nullptr : group->shaders.makeProgram(program);
     if (made == nullptr) return;
-    GLuint indices[PixelProgram::kMost] = {GL_INVALID_INDEX, GL_INVALID_INDEX};
-    gl().glGetUniformIndices(program, PixelProgram::kMost, kNames, indices);
-    std::sort(indices, indices + PixelProgram::kMost);
-    made->hiddenCount = 0;
-    for (int i = 0; i < PixelProgram::kMost; ++i) {
-        made->locations[i] = locations[i];
-        if (indices[i] != GL_INVALID_INDEX) made->hidden[made->hiddenCount++] = indices[i];
+    made->texts = std::move(texts);
+    made->exists.store(true, std::memory_order_release);
+    activation->refresh();
+    if (activation->percent() == 100) return;
+    workInPixels(program, *made, false);
+    if (program == usedProgram) setShaderScale(program, *made);
+}
+
+// Links it from texts in window pixels. The lock is held.
+void ScaledGl::workInPixels(GLuint program, PixelProgram& pixels, bool hasValues) {
+    if (pixels.added != nullptr || pixels.leftAlone || pixels.texts.empty()) return;
+    const bool capturesPoints = group->shaders.capturesPointSize.count(program) != 0;
+    std::vector<ShaderText> texts = pixels.texts;
+    bool changed = false;
+    for (ShaderText& shader : texts) {
+        if (capturesPoints && shader.kind != GL_FRAGMENT_SHADER) continue;
+        auto other = inWindowPixels(shader.text, shader.kind, scalePrecision(shader.kind));
+        if (!other) continue;
+        shader.text = std::move(*other);
+        changed = true;
     }
+    pixels.leftAlone = !changed;
+    if (!changed) return;
+    const ErrorsKept errors(*this);
+    Relinking relinking(gl(), program, hasValues);
+    const bool linked = relinking.link(texts);
+    if (errors.failed()) return;  // while its vertices are captured, say
+    if (linked) {
+        learnAdded(program, pixels, relinking.movedUniforms());
+    } else {
+        pixels.leftAlone = true;
+        relinking.link(pixels.texts);
+    }
+    if (!hasValues) return;
+    if (program != usedProgram) gl().glUseProgram(program);
+    relinking.restoreValues();
+    if (program != usedProgram) gl().glUseProgram(usedProgram);
+}
+
+// What the linked program has been given, if anything. The lock is held.
+void ScaledGl::learnAdded(GLuint program, PixelProgram& pixels,
+                          std::vector<std::pair<GLint, GLint>> moved) {
+    auto added = std::make_unique<AddedUniforms>();
+    GLuint indices[AddedUniforms::kMost] = {GL_INVALID_INDEX, GL_INVALID_INDEX};
+    gl().glGetUniformIndices(program, AddedUniforms::kMost, kAddedNames, indices);
+    std::sort(indices, indices + AddedUniforms::kMost);
+    for (int i = 0; i < AddedUniforms::kMost; ++i) {
+        added->locations[i] = gl().glGetUniformLocation(program, kAddedNames[i]);
+        if (indices[i] != GL_INVALID_INDEX) added->hidden[added->hiddenCount++] = indices[i];
+    }
+    if (added->hiddenCount == 0) return;
     GLint active = 0;
     gl().glGetProgramiv(program, GL_ACTIVE_UNIFORMS, &active);
-    made->longestName = 0;
     for (GLuint i = 0; i < static_cast<GLuint>(active); ++i) {
         GLint length = 0;
         gl().glGetActiveUniformsiv(program, 1, &i, GL_UNIFORM_NAME_LENGTH, &length);
-        if (!made->hides(i)) made->longestName = std::max(made->longestName, length);
+        if (!added->hides(i)) added->longestName = std::max(added->longestName, length);
     }
-    std::fill(made->scales, made->scales + 3, 0.0f);
-    made->exists.store(true, std::memory_order_release);
-    if (program == usedProgram) setShaderScale(program, *made);
+    added->moved = std::move(moved);
+    if (program == usedProgram) usedUniforms = added.get();
+    group->shaders.publish(pixels, std::move(added));
 }
 
 void ScaledGl::glProgramBinary(GLuint program, GLenum format, const void* binary, GLsizei size) {
@@ -219,31 +191,30 @@ void ScaledGl::glProgramBinaryOES(GLuint program, GLenum format, const void* bin
     learnBinary(program);
 }
 
+// It has added uniforms where the program that it was taken from had.
 void ScaledGl::learnBinary(GLuint program) {
     GLint linked = 0;
     if (!served || !gl().glIsProgram(program)) return;
     gl().glGetProgramiv(program, GL_LINK_STATUS, &linked);
     const Lock lock(group->shaders.mutex);
-    learnProgram(program, linked != 0);
+    learnProgram(program, {});
+    PixelProgram* made = linked ? group->shaders.makeProgram(program) : nullptr;
+    if (made == nullptr) return;
+    learnAdded(program, *made, {});
+    made->exists.store(made->added != nullptr, std::memory_order_release);
 }
 
 template <class Strings, class Create>
 GLuint ScaledGl::createProgram(GLenum kind, int count, Strings strings, Create create) {
-    std::optional<std::string> other;
-    if (count > 0 && strings != nullptr && changesShaders()) {
-        other = inWindowPixels(joined(count, strings, nullptr), kind, scalePrecision(kind));
-    }
-    if (!other) return create(kind, count, strings);
-    const char* given = other->c_str();
-    const GLuint made = create(kind, 1, &given);
+    const GLuint made = create(kind, count, strings);
+    if (!served || made == 0 || count <= 0) return made;
+    std::string text = joined(count, strings, nullptr);
     GLint linked = 0;
-    if (made != 0) gl().glGetProgramiv(made, GL_LINK_STATUS, &linked);
-    if (!linked) {
-        gl().glDeleteProgram(made);
-        return create(kind, count, strings);
-    }
+    gl().glGetProgramiv(made, GL_LINK_STATUS, &linked);
     const Lock lock(group->shaders.mutex);
-    learnProgram(made, true);
+    std::vector<ShaderText> texts;
+    if (linked && namesPixels(text)) texts.push_back({kind, std::move(text)});
+    learnProgram(made, std::move(texts));
     return made;
 }
 
@@ -265,6 +236,7 @@ void ScaledGl::glDeleteProgram(GLuint program) {
 void ScaledGl::glUseProgram(GLuint program) {
     gl().glUseProgram(program);
     usedProgram = program;
+    usedUniforms = group->shaders.added(program);
     if (PixelProgram* pixels = group->shaders.program(program)) setShaderScale(program, *pixels);
 }
 
@@ -308,11 +280,16 @@ void ScaledGl::setShaderScale(GLuint program, PixelProgram& pixels) {
         scales[0] = 1 / scale().horizontal() - 1;
         scales[1] = 1 / scale().vertical() - 1;
         scales[2] = scale().vertical() - 1;
+        if (pixels.added.load(std::memory_order_acquire) == nullptr && !pixels.leftAlone) {
+            const std::unique_lock lock(group->shaders.mutex);
+            workInPixels(program, pixels, true);
+        }
     }
-    if (std::equal(scales, scales + 3, pixels.scales)) return;
-    std::copy(scales, scales + 3, pixels.scales);
-    const int fragment = pixels.locations[0];
-    const int point = pixels.locations[1];
+    AddedUniforms* const added = pixels.added.load(std::memory_order_acquire);
+    if (added == nullptr || std::equal(scales, scales + 3, added->scales)) return;
+    std::copy(scales, scales + 3, added->scales);
+    const int fragment = added->locations[0];
+    const int point = added->locations[1];
     if (hasES31) {
         if (fragment >= 0) gl().glProgramUniform2f(program, fragment, scales[0], scales[1]);
         if (point >= 0) gl().glProgramUniform1f(program, point, scales[2]);

@@ -286,8 +286,7 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
         gl().glBlitFramebuffer(0, 0, 1, 1, 0, 0, 1, 1, part, GL_NEAREST);
         if (!errors.failed()) target.copied |= part;
     }
-    copyFromWindow(target, {0, 0, target.scale.window.width, target.scale.window.height},
-                   target.copied);
+    takeOverWindow(target);
     return errors.failed() ? "it cannot be copied" : nullptr;
 }
 
@@ -326,9 +325,7 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
             why = build(index, framebuffer);
         } else {
             attach(index, framebuffer);
-            if (!holds && !separateRead) {
-                copyFromWindow(target, {0, 0, window.width, window.height}, target.copied);
-            }
+            if (!holds && !separateRead) takeOverWindow(target);
         }
         surface->holder = group;
         surface->drawnBy = handle;

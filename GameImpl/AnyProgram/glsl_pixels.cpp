@@ -156,8 +156,8 @@ private:
 
 }  // namespace
 
-// The uniforms come last in the text: those of the program then have the locations
-// that they would have without them, as far as the driver counts in that order.
+// The uniforms come last in the text: where the driver counts in that order, those of
+// the program keep their locations and need no translation.
 std::optional<std::string> inWindowPixels(std::string_view text, unsigned kind,
                                           const char* precision) {
     const Rewriter shader(text);

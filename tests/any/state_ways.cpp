@@ -291,10 +291,12 @@ void stateAtASwap(Player& p) {
 void objectsOfShaders(Player& p) {
     static const char kVertex[] =
         "attribute vec4 place; uniform vec4 moved;\n"
-        "void main() { gl_Position = place + moved; }\n";
+        "void main() { gl_Position = place + moved; gl_PointSize = 20.0; }\n";
     static const char kFragment[] =
-        "precision mediump float; uniform vec4 tint; uniform vec2 size;\n"
-        "void main() { gl_FragColor = tint + vec4(gl_FragCoord.xy / size, 0.0, 1.0); }\n";
+        "precision mediump float; uniform vec4 tint[2]; uniform vec2 size; uniform mat2 turn;\n"
+        "uniform sampler2D image;\n"
+        "void main() { gl_FragColor = tint[0] + tint[1] + texture2D(image, vec2(0.0)) +\n"
+        "  vec4(turn * gl_FragCoord.xy / size, 0.0, 1.0); }\n";
     const unsigned made = p.program(kVertex, kFragment);
     int active = 0, longest = 0;
     p.gl.glGetProgramiv(made, GL_ACTIVE_UNIFORMS, &active);
@@ -323,12 +325,15 @@ void objectsOfShaders(Player& p) {
     p.gl.glGetProgramInterfaceiv(made, GL_UNIFORM, GL_ACTIVE_RESOURCES, &count);
     p.gl.glGetProgramInterfaceiv(made, GL_UNIFORM, GL_MAX_NAME_LENGTH, &length);
     p.note("interface", count * 1000 + length);
-    const char* names[] = {"tint", "size", "moved", "place", "nothing"};
-    unsigned indices[5] = {};
-    p.gl.glGetUniformIndices(made, 5, names, indices);
+    const char* names[] = {"tint[0]", "size", "moved", "turn", "image", "tint[1]", "place"};
+    constexpr int kNames = 7;
+    unsigned indices[kNames] = {};
+    p.gl.glGetUniformIndices(made, kNames, names, indices);
     for (unsigned index : indices) p.note("index", index);
     for (const char* name : names) {
         p.note("resource index", p.gl.glGetProgramResourceIndex(made, GL_UNIFORM, name));
+        p.note("location", p.gl.glGetUniformLocation(made, name));
+        p.note("resource location", p.gl.glGetProgramResourceLocation(made, GL_UNIFORM, name));
     }
     unsigned shaders[4] = {};
     int attached = 0;
@@ -344,13 +349,34 @@ void objectsOfShaders(Player& p) {
     }
     p.note("used", p.ask(GL_CURRENT_PROGRAM));
     p.gl.glUseProgram(made);
+    const float tints[] = {0.1f, 0.2f, 0.3f, 0.4f, 0, 0.1f, 0, 0.2f};
+    const float turned[] = {0.9f, 0.1f, -0.1f, 0.8f};
     p.gl.glUniform2f(p.gl.glGetUniformLocation(made, "size"), 100, 70);
-    p.gl.glUniform4f(p.gl.glGetUniformLocation(made, "tint"), 0.1f, 0.2f, 0.3f, 0.4f);
+    p.gl.glUniform4fv(p.gl.glGetUniformLocation(made, "tint"), 2, tints);
+    p.gl.glUniformMatrix2fv(p.gl.glGetUniformLocation(made, "turn"), 1, GL_FALSE, turned);
+    p.gl.glUniform1i(p.gl.glGetUniformLocation(made, "image"), 3);
     static const float kPlaces[] = {-1, -1, 3, -1, -1, 3};
     p.gl.glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, 0, kPlaces);
     p.gl.glEnableVertexAttribArray(0);
-    p.gl.glDrawArrays(GL_TRIANGLES, 0, 3);
-    p.picture("shaded");
+    const auto draws = [&] {
+        p.gl.glDrawArrays(GL_TRIANGLES, 0, 3);
+        p.gl.glDrawArrays(GL_POINTS, 0, 3);
+        p.picture("shaded");
+        for (const char* name : names) {
+            float values[4] = {-77, -77, -77, -77};
+            p.gl.glGetUniformfv(made, p.gl.glGetUniformLocation(made, name), values);
+            for (const float value : values) p.note(name, std::to_string(value));
+            p.error(name);
+        }
+        p.note("place", p.gl.glGetAttribLocation(made, "place"));
+        p.gl.glGetAttachedShaders(made, 4, &attached, shaders);
+        p.note("attached", attached * 10000 + static_cast<int>(shaders[0] * 100 + shaders[1]));
+    };
+    draws();
+    p.swap();
+    draws();
+    p.gl.glUniform4f(p.gl.glGetUniformLocation(made, "moved"), 0.3f, 0.2f, 0, 0);
+    draws();
     int size = 0;
     unsigned format = 0;
     p.gl.glGetProgramiv(made, GL_PROGRAM_BINARY_LENGTH, &size);

@@ -36,12 +36,16 @@ double meanDifference(const Picture& x, const Picture& y) {
     return x.bytes.empty() ? 0 : sum / static_cast<double>(x.bytes.size());
 }
 
+struct Factor {
+    int atFirst, afterASwap;
+};
+
 class Ways : public ::testing::TestWithParam<Way> {
 protected:
-    Record play(bool hooked, int percent) {
+    Record play(bool hooked, Factor factor) {
         Loader& loader = Loader::instance();
         Record record;
-        loader.ask(percent);
+        loader.ask(factor.atFirst);
         const auto& gl = loader.gl(hooked);
         host::takeLog();
         loader.beforeSwap = [] {};
@@ -52,7 +56,10 @@ protected:
             return record;
         }
         player.egl.eglSwapBuffers(player.display, player.surface);
-        loader.beforeSwap = [&record] { record.pictures.push_back(shown()); };
+        loader.beforeSwap = [&] {
+            loader.ask(factor.afterASwap);
+            record.pictures.push_back(shown());
+        };
         gl.glClearColor(0.1f, 0.1f, 0.1f, 0.5f);
         gl.glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
         GetParam().play(player);
@@ -66,16 +73,17 @@ protected:
 
 TEST_P(Ways, LookTheSame) {
     ASSERT_TRUE(Loader::instance().driver.ok()) << "no OpenGL ES 3 driver with pbuffers";
-    const Record native = play(false, 100);
+    const Record native = play(false, {100, 100});
     if (native.answers.front() == "no config") GTEST_SKIP() << "the driver has no such config";
-    for (const int percent : {100, 75}) {
-        SCOPED_TRACE("factor " + std::to_string(percent));
-        const Record scaled = play(true, percent);
+    for (const Factor factor : {Factor{100, 100}, Factor{75, 75}, Factor{100, 75}}) {
+        const bool changes = factor.atFirst != factor.afterASwap;
+        SCOPED_TRACE("factor " + std::to_string(factor.atFirst) + (changes ? ", then 75" : ""));
+        const Record scaled = play(true, factor);
         EXPECT_EQ(log.find("not scaled") != std::string::npos, GetParam().bound == 0) << log;
         EXPECT_EQ(scaled.answers, native.answers);
         ASSERT_EQ(scaled.pictures.size(), native.pictures.size());
         for (size_t i = 0; i < native.pictures.size(); ++i) {
-            const double bound = percent == 100 ? 0 : GetParam().bound;
+            const double bound = factor.afterASwap == 100 ? 0 : GetParam().bound;
             EXPECT_LE(meanDifference(scaled.pictures[i], native.pictures[i]), bound)
                 << native.pictures[i].name << " " << i;
         }
