@@ -22,6 +22,7 @@ class Frame:
     """One frame as the driver saw it."""
 
     number: int
+    ended: float  # seconds since 1970
     milliseconds: float
     window: Size
     window_drawn: bool
@@ -64,6 +65,7 @@ def _frame(record: dict[str, Any]) -> Frame:
     offscreen = [f for f in drawn if f["name"] != 0]
     return Frame(
         number=record["frame"],
+        ended=record["endedAt"],
         milliseconds=record["ms"],
         window=_size(record["window"]),
         window_drawn=len(offscreen) < len(drawn),

@@ -11,6 +11,8 @@ namespace {
 
 using nlohmann::json;
 
+using WallClock = std::chrono::system_clock;
+
 constexpr auto kSaveInterval = std::chrono::seconds(2);
 constexpr auto kSavePatience = std::chrono::seconds(1);
 
@@ -109,6 +111,7 @@ void Statistics::frameEnds() {
     const Clock::time_point now = Clock::now();
     spent += now - since;
     frame["ms"] = milliseconds(spent);
+    frame["endedAt"] = std::chrono::duration<double>(WallClock::now().time_since_epoch()).count();
     {
         std::lock_guard<std::mutex> lock(record.mutex);
         frame["framebuffers"] = describe(record);
