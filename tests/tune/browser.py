@@ -14,10 +14,11 @@ FLAGS = ("--headless=new", "--no-sandbox", "--disable-gpu", "--disable-quic", "-
 
 
 class Browser:
-    """Use as a context; `phone` emulates a small touch screen."""
+    """Use as a context; `phone` emulates a small touch screen; without `scripts` a page's
+    own do not run."""
 
     def __init__(self, page: Path, phone: bool = False,
-                 size: tuple[int, int] = (1100, 900)) -> None:
+                 size: tuple[int, int] = (1100, 900), scripts: bool = True) -> None:
         self._folder = tempfile.TemporaryDirectory()
         options = webdriver.ChromeOptions()
         for flag in (*FLAGS, f"--user-data-dir={self._folder.name}",
@@ -28,7 +29,9 @@ class Browser:
             options.add_experimental_option("mobileEmulation", {
                 "deviceMetrics": {"width": 360, "height": 740, "pixelRatio": 2.0, "touch": True}})
         self.driver = webdriver.Chrome(options=options, service=Service("/usr/bin/chromedriver"))
-        self.driver.get(page.absolute().as_uri())
+        if not scripts:
+            self.driver.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": True})
+        self.open(page)
 
     def __enter__(self) -> "Browser":
         return self
@@ -36,6 +39,9 @@ class Browser:
     def __exit__(self, *_: object) -> None:
         self.driver.quit()
         self._folder.cleanup()
+
+    def open(self, page: Path) -> None:
+        self.driver.get(page.absolute().as_uri())
 
     def script(self, text: str, *arguments: object) -> Any:
         return self.driver.execute_script(text, *arguments)

@@ -1,20 +1,24 @@
 """The command line, and the checks that it shares with profiles."""
 
 import argparse
-import re
 from collections.abc import Callable, Sequence
 from dataclasses import dataclass
 from pathlib import Path
 from typing import Any
 
-from tools.common import cli, sizes
+from tools.common import cli
 from tools.common.cli import DRIVERS, number
+from tools.common.errors import Refused
+from tools.common.filters import FILTERS
+from tools.tune import times, values
+from tools.tune.moment import WAYS_TO_START
+from tools.tune.values import between, factors, one_of
 from tools.tune.ways import WAYS
 
 DESCRIPTION = (
     "Runs a GLES program, or replays a trace of one, natively and at a list of scale factors, "
-    "measures times and pictures, and recommends the factors to put on the device. Everything "
-    "after -- is the program and its arguments.")
+    "measures times and pictures, and recommends a factor and a filter for the device, or to leave "
+    "scaling off. Everything after -- is the program and its arguments.")
 
 NOTES = """\
 {width} and {height} in the program's arguments become those of --size.
@@ -22,17 +26,18 @@ NOTES = """\
 examples:
   ./dev tune -- vesko-scene
   ./dev tune --size 640x480 --factors 100,80,60 -- glmark2-es2 -b terrain
+  ./dev tune --target-fps 60 -- glmark2-es2 -b jellyfish
   ./dev tune --trace game.trace --min-ssim 0.9 --save game
-  ./dev tune --profile game --frames 60"""
+  ./dev tune --profile game --from-frame 600 --seconds 10"""
 
+EXIT_OFF = 4
 EXITS = {
-    0: "a factor is recommended",
-    1: "measured, but no factor below 100 can be recommended, which the result explains",
+    0: "a factor and a filter are recommended",
+    1: "measured, but there is no answer, which the result explains",
     2: "an option or a profile was refused",
     3: "a tool is missing or the program failed",
+    EXIT_OFF: "the answer is to leave scaling off: nothing is gained, or nothing keeps the picture",
     130: "ended early with Ctrl-C, with the results so far written where there were any"}
-
-MOST_FACTORS = 24
 
 
 class Options(argparse.Namespace):
@@ -40,11 +45,19 @@ class Options(argparse.Namespace):
 
     factors: list[int]
     hdr_factors: list[int]
-    frames: int
+    filters: list[str] | None
+    target_ms: float | None
+    target_fps: float | None
+    min_ssim: float | None
+    frames: int | None
+    seconds: float | None
+    budget: int
+    from_frame: int | None
+    start: str
     warmup: int
     rounds: int
     pictures: int
-    min_ssim: float
+    region: str | None
     size: str | None
     game: str
     thread_name: str | None
@@ -59,67 +72,9 @@ class Options(argparse.Namespace):
     build: Path
 
 
-def factors(text: str) -> list[int]:
-    values = text.split(",")
-    if not all(re.fullmatch(r"\s*\d{1,3}\s*", v) for v in values):
-        raise argparse.ArgumentTypeError(
-            f"'{text}' is not a list of percentages: write whole numbers with commas between, "
-            "such as 100,75,50")
-    numbers = [int(v) for v in values]
-    if not all(10 <= n <= 100 for n in numbers):
-        raise argparse.ArgumentTypeError(
-            f"'{text}' holds a factor that is not from 10 to 100 percent")
-    if len(set(numbers)) > MOST_FACTORS:
-        raise argparse.ArgumentTypeError(f"'{text}' holds more than {MOST_FACTORS} factors")
-    return sorted(set(numbers), reverse=True)
-
-
-def similarity(text: str) -> float:
-    try:
-        value = float(text)
-    except ValueError:
-        value = -1.0
-    if 0.0 < value <= 1.0:
-        return value
-    raise argparse.ArgumentTypeError(
-        f"'{text}' is not a similarity: write a number above 0 and up to 1, such as 0.95")
-
-
-def size(text: str) -> str:
-    parsed = sizes.parse(text)
-    if parsed and all(16 <= n <= 8192 for n in parsed):
-        return sizes.text_size(parsed)
-    raise argparse.ArgumentTypeError(
-        f"'{text}' is not a size: write WIDTHxHEIGHT, each from 16 to 8192, such as 1280x720")
-
-
-def clock(text: str) -> str:
-    match = re.fullmatch(r"real|step:(\d+(?:\.\d+)?)", text)
-    if match and (match[1] is None or 0.001 <= float(match[1]) <= 10000):
-        return text
-    raise argparse.ArgumentTypeError(
-        f"'{text}' is neither 'real' nor 'step:MS', such as step:16.667")
-
-
-def profile_name(text: str) -> str:
-    if re.fullmatch(r"[A-Za-z0-9_-]{1,60}", text):
-        return text
-    raise argparse.ArgumentTypeError(
-        f"'{text}' is not a name for a profile: use letters, digits, '-' and '_'")
-
-
-def thread_name(text: str) -> str:
-    if len(text) <= 15:
-        return text
-    raise argparse.ArgumentTypeError(f"'{text}' is longer than 15 characters")
-
-
-def one_of(*names: str) -> Callable[[str], str]:
-    def check(text: str) -> str:
-        if text in names:
-            return text
-        raise argparse.ArgumentTypeError(f"'{text}' is none of {', '.join(names)}")
-    return check
+MOST_FRAMES = 10000
+# Tried where --filters does not say.
+TRIED = ("bilinear", "sharp")
 
 
 @dataclass(frozen=True)
@@ -144,23 +99,44 @@ SETTINGS = (
     Option("hdr-factors", "LIST", factors, "100",
            "percentages for the program's own high-precision framebuffer "
            "(gameInternalFBOFactor), each tried with each of --factors"),
-    Option("frames", "N", number(3, 10000), "12", "frames measured in each run"),
+    Option("filters", "LIST", values.some_of(*FILTERS), "",
+           "filters to try with each factor: " + ", ".join(FILTERS), unset=",".join(TRIED)),
+    Option("target-ms", "MS", between(0.1, 10000, "a time in milliseconds"), "",
+           "find the best picture whose frames take at most MS, 99 of 100", unset="none"),
+    Option("target-fps", "N", between(0.1, 10000, "a rate"), "",
+           "the same, in frames per second", unset="none"),
+    Option("min-ssim", "X", between(0.01, 1, "a structural similarity"), "",
+           "find the fewest pixels that keep this structural similarity in every compared picture",
+           unset="none"),
+    Option("frames", "N", number(3, MOST_FRAMES), "", "frames measured in each run",
+           unset=f"{times.ENOUGH}, fewer where --budget is short"),
+    Option("seconds", "S", between(0.05, 600, "a time in seconds"), "",
+           "in place of --frames: seconds measured, by the program's clock", unset="see --frames"),
+    Option("budget", "S", number(5, 86400), "300",
+           "seconds that all runs together should take; the frames of a run follow"),
+    Option("from-frame", "N", number(2, 90000), "", "the first frame that is measured",
+           unset="the one after --warmup"),
+    Option("start", "HOW", one_of(*WAYS_TO_START), WAYS_TO_START[0],
+           "what tells the first measured frame: frame (--from-frame), or in a first run that you "
+           "watch, a line on standard input or the signal SIGUSR1"),
     Option("warmup", "N", number(2, 10000), "4", "frames before them that do not count"),
-    Option("rounds", "N", number(1, 100), "5", "runs of each factor, taken in turns"),
+    Option("rounds", "N", number(1, 100), "3", "runs of each factor and filter, taken in turns"),
     Option("pictures", "N", number(1, 20), "3", "frames whose pictures are compared"),
-    Option("min-ssim", "X", similarity, "0.95",
-           "structural similarity that every compared picture must keep"),
-    Option("size", "WxH", size, "", "size of the window", unset="the program's own"),
+    Option("region", "LIST", values.region, "",
+           "parts of the window that weigh more, less, or with 0 nothing when pictures are "
+           "compared, as X,Y,WxH:WEIGHT, with + between; rest:WEIGHT is the rest",
+           unset="all the same"),
+    Option("size", "WxH", values.size, "", "size of the window", unset="the program's own"),
     Option("game", "GAME", one_of(*WAYS), "any", "whose tuning to try: " +
            ", ".join(f"{game} {way.effect}" for game, way in WAYS.items())),
-    Option("thread-name", "NAME", thread_name, "",
+    Option("thread-name", "NAME", values.thread_name, "",
            "name given to threads that make a context current; '' gives none",
            unset="that of the game's renderer"),
     Option("driver", "DRIVER", one_of(*DRIVERS), "system",
            "Mesa's driver: llvmpipe, softpipe, zink or system"),
     Option("display", "MODE", one_of("auto", "xvfb", "none"), "auto",
            "window system: auto, xvfb or none"),
-    Option("clock", "CLOCK", clock, "step:16.667",
+    Option("clock", "CLOCK", values.clock, "step:16.667",
            "the program's clock: step:MS moves by MS each frame, so that every run shows the "
            "same; real"),
     Option("timeout", "S", number(1, 86400), "900",
@@ -179,9 +155,9 @@ def parser() -> argparse.ArgumentParser:
                         help="replay this apitrace recording with eglretrace as the program")
     result.add_argument("--out", metavar="DIR", type=Path,
                         help="folder for the results (tune- with date and time)")
-    result.add_argument("--save", metavar="NAME", type=profile_name,
+    result.add_argument("--save", metavar="NAME", type=values.profile_name,
                         help="keep these settings and the program as a profile, then run")
-    result.add_argument("--profile", metavar="NAME", type=profile_name,
+    result.add_argument("--profile", metavar="NAME", type=values.profile_name,
                         help="start from a kept profile; options given here win")
     cli.add_build(result)
     return result
@@ -212,3 +188,22 @@ def complete(options: Options) -> None:
     for option in SETTINGS:
         if getattr(options, option.key) is None:
             setattr(options, option.key, option.check(option.default) if option.default else None)
+
+
+def check(options: Options) -> None:
+    """Refuses what does not go together, and takes the filters that the game has."""
+    way = WAYS[options.game]
+    if not way.has_hdr and options.hdr_factors != [100]:
+        raise Refused(f"--hdr-factors: --game {options.game} has no such factor; leave it out, or "
+                      "name another game")
+    if not way.has_filters and options.filters is not None:
+        raise Refused(f"--filters: --game {options.game} has no choice of filters; leave it "
+                      "out, or name another game")
+    for one, other in (("target-ms", "target-fps"), ("frames", "seconds")):
+        if all(getattr(options, name.replace("-", "_")) is not None for name in (one, other)):
+            raise Refused(f"--{one} and --{other} say the same in two ways; leave one out")
+    if options.from_frame is not None and options.start != "frame":
+        raise Refused(f"--from-frame and --start {options.start} both name the first frame; leave "
+                      "one out")
+    if options.filters is None:
+        options.filters = list(TRIED) if way.has_filters else [""]

@@ -2,75 +2,131 @@
 (() => {
   const data = JSON.parse(document.getElementById("pictures").textContent);
   const byId = (id) => document.getElementById(id);
-  const [stage, under, over, native, scaled, amount, shown, caption] =
-    ["stage", "under", "over", "native", "scaled", "amount", "shown", "caption"].map(byId);
-  const chosen = (name) => document.querySelector(`input[name=${name}]:checked`).value;
-  const position = { slider: 50, difference: 4 };
+  const [stage, amounts, caption] = ["stage", "amounts", "caption"].map(byId);
+  const make = (tag, kind) => Object.assign(document.createElement(tag), { className: kind });
+  // A choice of one is not offered.
+  const chosen = (name) => document.querySelector(`input[name=${name}]:checked`)?.value;
+  const factor = () => chosen("factor") ?? Object.keys(data.scaled)[0];
+  const frame = () => chosen("frame") ?? data.frames[0];
+  const scaled = () => data.scaled[factor()][frame()];
+  // Pictures that the page shows on paper are in it once, as elements.
+  const source = (text) => text.startsWith("#") ? document.querySelector(text).src : text;
+  const splits = {};  // by how many lie beside the native picture, in percent
+  let gain = 4;
 
-  function showAmount() {
-    const mode = chosen("mode");
-    amount.disabled = mode === "side";
-    if (mode === "side") { shown.textContent = ""; return; }
-    position[mode] = Number(amount.value);
-    if (mode === "slider") stage.style.setProperty("--split", `${amount.value}%`);
-    else stage.style.setProperty("--gain", amount.value);
-    shown.textContent = mode === "slider" ? `${amount.value} % native` : `${amount.value} times`;
+  function image(text, kind) {
+    const result = make("img", kind);
+    result.src = source(text);
+    result.alt = kind === "base" ? "" : "picture";
+    return result;
+  }
+
+  function layer(name, picture, base) {
+    const result = make("div", "layer");
+    if (base) result.append(image(base, "base"));
+    result.append(image(picture, "own"));
+    const tag = make("span", "tag");
+    tag.textContent = name;
+    result.append(tag);
+    result.addEventListener("scroll", () => {
+      for (const other of stage.querySelectorAll(".layer")) {
+        other.scrollLeft = result.scrollLeft;
+        other.scrollTop = result.scrollTop;
+      }
+    });
+    return result;
+  }
+
+  function showPictures() {
+    const native = data.native[frame()];
+    stage.replaceChildren(layer("native", native, null),
+      ...scaled().map((s) => layer(s.name, s.image, native)));
+    caption.textContent = `Frame ${frame()}: native` +
+      scaled().map((s) => `; ${s.name}: ${s.text}`).join("") + ".";
+    showMode();
+  }
+
+  function split() {
+    const count = scaled().length;
+    splits[count] ??= scaled().map((_, i) => Math.round(100 * (i + 1) / (count + 1)));
+    return splits[count];
+  }
+
+  function showSplits() {
+    const at = [0, ...split(), 100];
+    stage.querySelectorAll(".layer").forEach((one, i) => {
+      one.style.setProperty("--from", `${at[i]}%`);
+      one.style.setProperty("--to", `${100 - at[i + 1]}%`);
+    });
+    stage.querySelectorAll(".divider").forEach((one, i) => one.style.left = `${at[i + 1]}%`);
+    amounts.querySelectorAll("input").forEach((one, i) => one.value = at[i + 1]);
+  }
+
+  function move(index, value) {
+    const all = split();
+    all[index] = value;
+    // The others give way.
+    for (let i = 0; i < all.length; ++i)
+      all[i] = i < index ? Math.min(all[i], value) : Math.max(all[i], value);
+    showSplits();
+  }
+
+  function range(label, min, max, value, change) {
+    const result = Object.assign(make("input", "amount"), { type: "range", min, max, value });
+    result.setAttribute("aria-label", label);
+    result.addEventListener("input", () => change(Number(result.value)));
+    return result;
+  }
+
+  function showGain() {
+    stage.style.setProperty("--gain", gain);
+    amounts.querySelector("output").textContent = `${gain} times`;
   }
 
   function showMode() {
     const mode = chosen("mode");
     stage.dataset.mode = mode;
-    [amount.min, amount.max] = mode === "difference" ? [1, 20] : [0, 100];
-    if (mode !== "side") amount.value = position[mode];
-    amount.setAttribute("aria-label", mode === "difference" ? "amplification" : "position of the slider");
+    stage.querySelectorAll(".divider").forEach((one) => one.remove());
+    amounts.replaceChildren();
+    if (mode === "slider") {
+      stage.append(...split().map(() => make("div", "divider")));
+      amounts.append(...scaled().map((s, i) =>
+        range(`where ${s.name} begins`, 0, 100, split()[i], (value) => move(i, value))));
+      showSplits();
+    } else if (mode === "difference") {
+      amounts.append(range("amplification", 1, 20, gain, (value) => { gain = value; showGain(); }),
+        document.createElement("output"));
+      showGain();
+    }
     showZoom();
-    showAmount();
   }
 
-  // Side by side, each half scrolls over its own picture; else both lie on each
-  // other and the viewport scrolls.
+  // With the slider all lie on each other and the viewport scrolls; else each scrolls
+  // over its own picture.
   function showZoom() {
     const zoom = chosen("zoom");
-    const side = chosen("mode") === "side";
+    const slider = chosen("mode") === "slider";
     const width = zoom === "fit" ? "100%" : `${data.width * Number(zoom) / window.devicePixelRatio}px`;
-    stage.style.width = side ? "100%" : width;
-    native.style.width = scaled.style.width = side ? width : "100%";
+    stage.style.width = slider ? width : "100%";
+    stage.querySelectorAll("img").forEach((one) => one.style.width = slider ? "100%" : width);
     stage.classList.toggle("pixels", zoom !== "fit");
-  }
-
-  function scrollTogether(one, other) {
-    one.addEventListener("scroll", () => {
-      other.scrollLeft = one.scrollLeft;
-      other.scrollTop = one.scrollTop;
-    });
-  }
-
-  function showPictures() {
-    const [factor, frame] = [chosen("factor"), chosen("frame")];
-    const picture = data.scaled[factor][frame];
-    native.src = data.native[frame];
-    scaled.src = picture.image;
-    caption.textContent = `Frame ${frame}: native on the left, ${data.titles[factor]} on the right; ` +
-      `SSIM ${picture.ssim}, PSNR ${picture.psnr}.`;
   }
 
   function drag(event) {
     if (chosen("mode") !== "slider" || (event.type === "pointermove" && event.buttons === 0)) return;
     const box = stage.getBoundingClientRect();
-    amount.value = Math.round((event.clientX - box.left) / box.width * 100);
-    showAmount();
+    const value = Math.max(0, Math.min(100, Math.round((event.clientX - box.left) / box.width * 100)));
+    const away = split().map((at) => Math.abs(at - value));
+    move(away.indexOf(Math.min(...away)), value);
   }
 
-  for (const name of ["factor", "frame"])
-    document.querySelectorAll(`input[name=${name}]`).forEach((i) => i.addEventListener("change", showPictures));
-  document.querySelectorAll("input[name=mode]").forEach((i) => i.addEventListener("change", showMode));
-  document.querySelectorAll("input[name=zoom]").forEach((i) => i.addEventListener("change", showZoom));
-  amount.addEventListener("input", showAmount);
-  scrollTogether(under, over);
-  scrollTogether(over, under);
+  for (const [names, show] of [[["factor", "frame"], showPictures], [["mode"], showMode], [["zoom"], showZoom]])
+    for (const name of names)
+      document.querySelectorAll(`input[name=${name}]`).forEach((i) => i.addEventListener("change", show));
   stage.addEventListener("pointerdown", drag);
   stage.addEventListener("pointermove", drag);
   stage.addEventListener("dragstart", (event) => event.preventDefault());
+  document.documentElement.classList.add("js");
+  byId("viewer").hidden = false;
   showPictures();
-  showMode();
 })();

@@ -1,13 +1,13 @@
 """The results as one page that needs nothing but itself."""
 
 import html
-import json
-from collections.abc import Iterable
+from collections.abc import Iterable, Sequence
 from pathlib import Path
 
 from tools.common import texts
-from tools.tune import pictures, plot
-from tools.tune.report import Report, device_texts, noise_sentence, rows
+from tools.tune import estimates, frames_plot, front_plot, pictures, plot, quality, times, viewer
+from tools.tune import report as r
+from tools.tune.report import Report
 from tools.tune.ways import DeviceText
 
 HERE = Path(__file__).resolve().parent
@@ -32,50 +32,16 @@ def _device(label: str, of: DeviceText) -> str:
 
 def _answer(report: Report) -> str:
     verdict = report.verdict
-    factor = verdict.chosen.setting.title if verdict.chosen else "off"
+    kind = "factor" if verdict.chosen else "none"
     partial = ("" if report.complete else
                '<p class="card partial">Partial: ended before all rounds were through. What was '
                "measured until then is shown.</p>")
     return f"""{partial}<section class="card" id="recommendation">
-<div class="answer"><div class="factor">{_e(factor)}</div><p>{_e(verdict.headline)}</p></div>
-{"".join(_device(*shown) for shown in device_texts(verdict.device))}
+<div class="answer"><div class="{kind}">{_e(r.answer(verdict))}</div>
+<p>{_e(verdict.headline)}</p></div>
+{"".join(_device(*shown) for shown in r.device_texts(verdict.device))}
 {_paragraphs([verdict.pixels])}{_paragraphs(verdict.remarks + report.notes, "remark")}
 </section>"""
-
-
-def _choices(name: str, label: str, values: Iterable[tuple[object, str]],
-             checked: object) -> str:
-    buttons = "".join(
-        f'<label><input type="radio" name="{name}" value="{_e(value)}"'
-        f'{" checked" if value == checked else ""}><span>{_e(text)}</span></label>'
-        for value, text in values)
-    return f"<fieldset><legend>{label}</legend>{buttons}</fieldset>"
-
-
-def _viewer(report: Report) -> str:
-    data = pictures.collect(report.results)
-    if data is None:
-        return "<p>No pictures were compared.</p>"
-    chosen = report.verdict.chosen
-    slugs = list(data["scaled"])
-    first = chosen.setting.slug if chosen and chosen.setting.slug in slugs else slugs[-1]
-    factors = [(slug, data["titles"][slug].removeprefix("factor ")) for slug in slugs]
-    frames = [(frame, str(frame)) for frame in data["frames"]]
-    modes = [("slider", "slider"), ("side", "side by side"), ("difference", "difference")]
-    zooms = [("fit", "fit"), ("1", "1:1"), ("3", "3:1")]
-    # Data in a script element must not be able to end it.
-    carried = json.dumps(data).replace("<", "\\u003c")
-    return f"""<div class="choices">{_choices("factor", "factor", factors, first)}
-{_choices("frame", "frame", frames, data["frames"][0])}
-{_choices("mode", "view", modes, "slider")}{_choices("zoom", "zoom", zooms, "fit")}</div>
-<div id="viewport"><div id="stage"><div id="under"><img id="native" alt="native"></div>
-<div id="over"><img id="scaled" alt="scaled"></div></div></div>
-<div class="amount"><input type="range" id="amount" min="0" max="100" value="50">
-<output id="shown"></output></div>
-<p id="caption"></p>
-<noscript><p>The comparison needs JavaScript; the pictures are in the folder runs.</p></noscript>
-<script type="application/json" id="pictures">{carried}</script>
-<script>{(HERE / "page.js").read_text(encoding="utf-8")}</script>"""
 
 
 def _definitions(pairs: Iterable[tuple[str, object]]) -> str:
@@ -86,23 +52,52 @@ def _shown(value: object) -> object:
     return ", ".join(map(str, value)) if isinstance(value, list) else value
 
 
-def _all_factors(report: Report) -> str:
-    """The marks come first, so that a narrow screen shows them."""
-    return texts.html_table([(f"{row[0]} {row[-1]}".strip(), *row[1:-1]) for row in rows(report)])
+def _marked_first(rows: Sequence[texts.Row]) -> str:
+    """A table; the marks come first, so that a narrow screen shows them."""
+    return '<div class="scroll">' + texts.html_table(
+        [(f"{row[0]} {row[-1]}".strip(), *row[1:-1]) for row in rows]) + "</div>"
 
 
-COLUMNS = """Times are of whole frames until the driver has finished them, the swap included,
-over all rounds. To native compares the best of rounds: each frame at its fastest over the rounds,
-without what else the machine did, and the median over frames. Blit: the part of a frame in which
-the plug-in stretches the scaled picture over the window; clearing the target for the next frame is
-not in it.
-SSIM (structure) and PSNR (mean error) compare with the native picture of the same frame; the least
-similar one counts. Resized SSIM is what the native picture keeps when it is merely resized to the
-render size and back: a scaled picture that stays far below it was drawn wrongly."""
+def _estimates(report: Report) -> str:
+    shown = report.shown
+    if shown is None or not shown.blit:
+        return ""
+    head = ("", "a frame", f"a second of {report.rate:.0f} frames")
+    rows = estimates.rows(shown.window, shown.render_size, report.rate)
+    return f"""<section class="estimates">
+<h2>Estimates for factor {_e(shown.setting.size_title)}</h2>
+<div class="scroll">{texts.html_table([head, *rows])}</div><p>{ESTIMATES}</p></section>"""
+
+
+def _frames(report: Report) -> str:
+    shown = [x for x in (report.results[0], report.shown) if x is not None]
+    return frames_plot.draw(shown, report.first_frame, report.wish.target)
+
+
+COLUMNS = f"""Times are of whole frames until the driver has finished them, the swap included,
+over all rounds. 1 % low: the frames a second of the slowest hundredth. Stutters: frames of more
+than {times.STUTTER:g} medians. To native compares the best of rounds: each frame at its fastest
+over the rounds, without what else the machine did, and the median over frames. Blit: the part of a
+frame in which the plug-in stretches the scaled picture over the window; clearing the target for
+the next frame is not in it."""
+
+PICTURES = f"""All compare with the native picture of the same frame, and the picture that does
+worst counts. SSIM: structure. Resized: the SSIM that the native picture keeps when it is merely
+resized to the render size and back; a scaled picture that stays far below it was drawn wrongly.
+Worst tile: the square of {quality.TILE} pixels that keeps least SSIM, and its upper left corner.
+PSNR: mean error. Butteraugli (3-norm): how far a person sees a difference; up to about 1 nobody
+does. Flicker: by how many levels of 255 the picture changes to the next frame beyond what the
+native one changes."""
+
+ESTIMATES = """Estimated from sizes alone, not measured: 4 bytes for a pixel, on a GPU that draws
+in tiles, where depth never reaches memory and each texel of the target is read from it once."""
 
 
 def write(report: Report, path: Path) -> None:
-    chart = plot.draw(report.results, report.verdict.chosen, report.settings["min-ssim"])
+    chosen = report.verdict.chosen
+    chart = plot.draw(report.results, chosen, report.wish.min_ssim)
+    front = front_plot.draw(report.results, report.verdict.front, chosen)
+    compared = pictures.collect(report.results, report.shown)
     path.write_text(f"""<!doctype html>
 <html lang="en"><head><meta charset="utf-8">
 <meta name="viewport" content="width=device-width, initial-scale=1">
@@ -113,18 +108,25 @@ def write(report: Report, path: Path) -> None:
 <body><main>
 <h1>Tuning <code>{_e(report.program)}</code></h1>
 {_answer(report)}
-<h2>Time and quality</h2>
-{chart}
-<h2>Pictures</h2>
-{_viewer(report)}
-<h2>All factors</h2>
-<div class="scroll">{_all_factors(report)}</div>
-<p>{COLUMNS}</p>
-{_paragraphs([noise_sentence(report.noise)])}
-<h2>Measured on</h2>
+<section><h2>Time and quality</h2>
+<div class="charts"><div>{chart}</div><div>{front}</div></div></section>
+<section><h2>Pictures</h2>
+{viewer.draw(compared)}</section>
+<section><h2>Frames</h2>
+{_frames(report)}
+<p>{_e(r.frames_sentence(report))}</p></section>
+<section><h2>All times</h2>
+{_marked_first(r.time_rows(report))}
+<p>{COLUMNS}</p></section>
+<section><h2>All pictures</h2>
+{_marked_first(r.picture_rows(report))}
+<p>{PICTURES}</p>
+{_paragraphs([r.noise_sentence(report.noise)])}</section>
+{_estimates(report)}
+<section><h2>Measured on</h2>
 {_definitions([*report.machine.items(), *(("driver " + k, v) for k, v in report.driver.items())])}
-<h2>Settings</h2>
+</section><section><h2>Settings</h2>
 {_definitions([("command", " ".join(report.command)),
-               *((k, _shown(v)) for k, v in report.settings.items())])}
+               *((k, _shown(v)) for k, v in report.settings.items())])}</section>
 </main></body></html>
 """, encoding="utf-8")

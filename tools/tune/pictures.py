@@ -4,16 +4,35 @@ import base64
 import io
 import math
 from collections.abc import Sequence
+from dataclasses import dataclass
 from pathlib import Path
 from typing import Any
 
 from PIL import Image
 
 from tools.common.texts import decibels
+from tools.tune.quality import Comparison
 from tools.tune.results import Result
 
 # Bytes of all pictures together before they are written as text.
 BUDGET = 8_000_000
+
+
+@dataclass(frozen=True)
+class Still:
+    """A picture that the page shows without its script, and on paper."""
+
+    name: str
+    image: str
+    text: str
+
+
+@dataclass(frozen=True)
+class Pictures:
+    stills: list[Still]  # the native one first
+    frame: int  # theirs
+    # What the script needs. A text that begins with # names a still.
+    data: dict[str, Any]
 
 
 def _encoded(file: Path) -> bytes:
@@ -36,8 +55,21 @@ def _frames_by_loss(compared: Sequence[Result]) -> list[int]:
     return sorted(lost, key=lambda frame: (lost[frame], frame))
 
 
-def collect(results: Sequence[Result]) -> dict[str, Any] | None:
-    """What the page's script needs, or None where no pictures were compared.
+def _text(c: Comparison) -> str:
+    parts = [f"SSIM {c.ssim:.4f}", f"PSNR {decibels(c.psnr)}"]
+    if not math.isnan(c.butteraugli):
+        parts.append(f"Butteraugli {c.butteraugli:.2f}")
+    if not math.isnan(c.flicker):
+        parts.append(f"flicker {c.flicker:.3f}")
+    return ", ".join(parts)
+
+
+def _name(result: Result) -> str:
+    return result.setting.filter or f"factor {result.setting.size_title}"
+
+
+def collect(results: Sequence[Result], shown: Result | None) -> Pictures | None:
+    """None where no pictures were compared. The stills are those of the factor of `shown`.
 
     Frames are added, the one that lost most first, while they fit the budget;
     the first one always does.
@@ -46,24 +78,29 @@ def collect(results: Sequence[Result]) -> dict[str, Any] | None:
     frames = _frames_by_loss(compared) if compared else []
     if not frames:
         return None
-    data: dict[str, Any] = {
-        "width": compared[0].window[0], "frames": [], "native": {},
-        "titles": {r.setting.slug: f"factor {r.setting.title}" for r in compared},
-        "scaled": {r.setting.slug: {} for r in compared}}
+    sizes = list(dict.fromkeys(r.setting.size_title for r in compared))
+    still = shown.setting.size_title if shown and shown in compared else sizes[-1]
+    data: dict[str, Any] = {"width": compared[0].window[0], "frames": [], "native": {},
+                            "scaled": {size: {} for size in sizes}}
+    stills: list[Still] = []
     room = BUDGET
     for frame in frames:
-        own = {r.setting.slug: next(c for c in r.comparisons if c.frame == frame)
-               for r in compared}
-        native = _encoded(next(iter(own.values())).native)
-        images = {slug: _encoded(c.picture) for slug, c in own.items()}
-        room -= len(native) + sum(map(len, images.values()))
-        if room < 0 and data["frames"]:
+        own = [(r, next(c for c in r.comparisons if c.frame == frame)) for r in compared]
+        native, *images = map(_encoded, (own[0][1].native, *(c.picture for _, c in own)))
+        room -= len(native) + sum(map(len, images))
+        if room < 0 and stills:
             break
+        first = not stills
+        if first:
+            stills.append(Still("native", _uri(native), ""))
         data["frames"].append(frame)
-        data["native"][frame] = _uri(native)
-        for slug, c in own.items():
-            psnr = "infinite: identical" if math.isinf(c.psnr) else decibels(c.psnr)
-            data["scaled"][slug][frame] = {"image": _uri(images[slug]), "ssim": f"{c.ssim:.4f}",
-                                           "psnr": psnr}
+        data["native"][frame] = "#still-0" if first else _uri(native)
+        for (r, c), encoded in zip(own, images):
+            uri = _uri(encoded)
+            if first and r.setting.size_title == still:
+                stills.append(Still(r.setting.title, uri, _text(c)))
+                uri = f"#still-{len(stills) - 1}"
+            data["scaled"][r.setting.size_title].setdefault(frame, []).append(
+                {"name": _name(r), "image": uri, "text": _text(c)})
     data["frames"].sort()
-    return data
+    return Pictures(stills, frames[0], data)

@@ -6,7 +6,6 @@ import time
 from tqdm import tqdm
 
 from tools.common.cli import complain
-from tools.tune.settings import Setting
 
 NO_FRAME_SECONDS = 10
 BAR = "{desc} {bar} {n_fmt}/{total_fmt} runs, {elapsed} gone, {remaining} left"
@@ -28,10 +27,15 @@ class Progress:
         self._bar = tqdm(total=runs, bar_format=BAR, disable=not sys.stderr.isatty(), leave=False)
         self._total, self._done, self._began = runs, 0, time.monotonic()
 
-    def started(self, setting: Setting, number: int) -> None:
-        self._title = f"round {number + 1}, {setting.title}"
+    def announce(self, title: str) -> None:
+        """What is done besides the planned runs."""
+        self._title, self._run_began, self._warned = title, time.monotonic(), False
+        complain("tune", title)
+
+    def started(self, title: str, number: int) -> None:
+        self._title = f"round {number + 1}, {title}"
         self._run_began, self._warned = time.monotonic(), False
-        self._bar.set_description_str(f"{self._title:<22}")
+        self._bar.set_description_str(f"{self._title:<24}")
 
     def tick(self, has_frames: bool) -> None:
         """Called many times a second while a run is under way."""

@@ -8,12 +8,12 @@ from typing import Any
 from tools.common import texts
 from tools.common.machine import Machine
 from tools.common.sizes import text_size
-from tools.tune.results import Comparison, Result
+from tools.tune import estimates, times
+from tools.tune.choice import Answer, Wish
+from tools.tune.quality import Comparison
+from tools.tune.results import Result
 from tools.tune.verdict import Verdict
 from tools.tune.ways import DeviceText, DeviceTexts
-
-HEAD = ("factor", "render size", "median", "p95", "p99", "to native", "blit", "SSIM", "PSNR",
-        "resized SSIM", "")
 
 
 @dataclass
@@ -22,6 +22,9 @@ class Report:
     program: str
     command: list[str]
     settings: dict[str, Any]  # by the options' names
+    wish: Wish
+    first_frame: int
+    rate: float  # frames a second by the program's clock, for estimates
     machine: dict[str, Any]
     driver: dict[str, str]
     results: list[Result]  # the native one first
@@ -29,6 +32,13 @@ class Report:
     verdict: Verdict
     notes: list[str]
     complete: bool
+
+    @property
+    def shown(self) -> Result | None:
+        """What stands beside native in graphs and estimates: the recommended, or else the
+        fastest of those that were scaled."""
+        scaled = [r for r in self.results if r.setting.scales and not r.not_scaled]
+        return self.verdict.chosen or (min(scaled, key=lambda r: r.ratio) if scaled else None)
 
 
 def machine_record(machine: Machine) -> dict[str, Any]:
@@ -41,6 +51,13 @@ def machine_record(machine: Machine) -> dict[str, Any]:
     }
 
 
+def answer(verdict: Verdict) -> str:
+    """In a word or two."""
+    if verdict.chosen:
+        return verdict.chosen.setting.title
+    return "off" if verdict.answer is Answer.OFF else "no answer"
+
+
 def mark(result: Result, report: Report) -> str:
     chosen = report.verdict.chosen
     if chosen is not None and result.setting == chosen.setting:
@@ -50,16 +67,52 @@ def mark(result: Result, report: Report) -> str:
     return "drawn wrongly" if result.drawn_wrongly else ""
 
 
-def rows(report: Report) -> list[texts.Row]:
-    result: list[texts.Row] = [HEAD]
+def number(value: float, form: str) -> str:
+    """Empty where it is not known."""
+    return "" if math.isnan(value) else format(value, form)
+
+
+def time_rows(report: Report) -> list[texts.Row]:
+    target = report.wish.target
+    head = ["factor", "filter", "render size", "median", "p95", "p99", "1 % low", "stutters",
+            "to native", "blit"]
+    if target is not None:
+        head.insert(8, f"over {target:g} ms")
+    result: list[texts.Row] = [(*head, "")]
     for r in report.results:
-        compared = bool(r.comparisons)
-        result.append((
-            r.setting.title, text_size(r.render_size), f"{r.median:.1f} ms", f"{r.p95:.1f} ms",
-            f"{r.p99:.1f} ms", f"{r.ratio:.2f}", f"{r.blit_share:.0%}" if r.blit else "",
-            f"{r.ssim:.4f}" if compared else "", texts.decibels(r.psnr) if compared else "",
-            "" if math.isnan(r.resized_ssim) else f"{r.resized_ssim:.4f}", mark(r, report)))
+        t = r.times
+        row = [r.setting.size_title, r.setting.filter, text_size(r.render_size),
+               f"{t.median:.1f} ms", f"{t.p95:.1f} ms", f"{t.p99:.1f} ms", f"{t.low:.0f} fps",
+               f"{t.stutters}", f"{r.ratio:.2f}", f"{r.blit_share:.0%}" if r.blit else ""]
+        if target is not None:
+            row.insert(8, f"{t.above(target):.1%}")
+        result.append((*row, mark(r, report)))
     return result
+
+
+def picture_rows(report: Report) -> list[texts.Row]:
+    result: list[texts.Row] = [("factor", "filter", "SSIM", "resized", "worst tile", "at", "PSNR",
+                                "Butteraugli", "flicker", "")]
+    for r in report.results:
+        if not r.comparisons:
+            continue
+        tile = r.worst
+        result.append((
+            r.setting.size_title, r.setting.filter, f"{r.ssim:.4f}", number(r.resized_ssim, ".4f"),
+            f"{tile[1].ssim:.3f}" if tile else "",
+            f"{tile[1].left},{tile[1].top} of frame {tile[0]}" if tile else "",
+            texts.decibels(r.psnr), number(r.butteraugli, ".2f"), number(r.flicker, ".3f"),
+            mark(r, report)))
+    return result
+
+
+def frames_sentence(report: Report) -> str:
+    shape = report.results[0].times.rounds.shape
+    more = ("" if shape[0] * shape[1] >= times.ENOUGH else
+            f" Fewer than {times.ENOUGH} make a 99th percentile little more than the slowest "
+            "frame: raise --budget, --frames or --rounds.")
+    runs = "one run" if shape[0] == 1 else f"each of {shape[0]} runs"
+    return f"Measured: {shape[1]} frames in {runs} of each line.{more}"
 
 
 def noise_sentence(noise: Comparison | None) -> str:
@@ -71,10 +124,17 @@ def noise_sentence(noise: Comparison | None) -> str:
             f"{texts.decibels(noise.psnr)}. Smaller losses cannot be seen.")
 
 
+def estimate_sentences(report: Report) -> list[str]:
+    chosen = report.verdict.chosen
+    if chosen is None or not chosen.blit:
+        return []
+    return [estimates.sentence(chosen.window, chosen.render_size, report.rate)]
+
+
 def device_texts(texts_of: DeviceTexts) -> list[tuple[str, DeviceText]]:
     """With what each is called."""
     return [("node text", texts_of.node), ("configuration line", texts_of.config),
-            ("property", texts_of.property)]
+            ("property", texts_of.property), ("filter's property", texts_of.filter)]
 
 
 def device_lines(verdict: Verdict) -> str:
@@ -84,8 +144,13 @@ def device_lines(verdict: Verdict) -> str:
 
 def terminal(report: Report) -> str:
     verdict = report.verdict
-    parts = [texts.table(rows(report)), "", verdict.headline, verdict.pixels,
-             *verdict.remarks, *report.notes, noise_sentence(report.noise)]
+    parts = [texts.table(time_rows(report), left=2), ""]
+    pictures = picture_rows(report)
+    if len(pictures) > 1:
+        parts += [texts.table(pictures, left=2), ""]
+    parts += [f"Answer: {answer(verdict)}. {verdict.headline}", verdict.pixels, *verdict.remarks,
+              *report.notes, frames_sentence(report), noise_sentence(report.noise),
+              *estimate_sentences(report)]
     if not report.complete:
         parts.insert(0, "PARTIAL: ended before all rounds were through.\n")
     return "\n".join(parts)

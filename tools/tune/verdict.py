@@ -9,18 +9,16 @@ from scipy.optimize import nnls
 
 from tools.common.sizes import text_size
 from tools.tune import settings as s
-from tools.tune.results import Comparison, Result, repeatable
+from tools.tune.choice import Answer, Wish, choose, front, noise
+from tools.tune.quality import Comparison
+from tools.tune.results import Result, repeatable
 from tools.tune.ways import DeviceTexts, Way
 
 # The part of the frame's time that half the window's pixels must save before
 # the program counts as limited by them, and before it counts as hardly so.
 CLEARLY, HARDLY = 0.20, 0.08
-# What is reckoned with where the noise is not known.
-UNKNOWN_NOISE = 0.10
 # Noise beyond this makes the answer about pixels doubtful.
 NOISY = 0.10
-# A gain must be larger than this, and than the noise.
-LEAST_GAIN = 0.03
 
 
 @dataclass
@@ -44,8 +42,11 @@ class Fit:
 @dataclass
 class Verdict:
     device: DeviceTexts
+    answer: Answer = Answer.NONE
     chosen: Result | None = None
     headline: str = ""
+    # Native and what no other beats in both time and picture; the fastest last.
+    front: list[Result] = field(default_factory=list)
     pixels: str = ""
     fit: Fit | None = None
     remarks: list[str] = field(default_factory=list)
@@ -59,7 +60,7 @@ def fit_pixels(results: Sequence[Result]) -> Fit | None:
     share = np.array([[(r.setting.factor / 100) ** 2, (r.setting.hdr / 100) ** 2] for r in points])
     if len(points) < 3 or len({tuple(row) for row in share}) < 3:
         return None
-    times = np.array([r.best - r.blit for r in points])
+    times = np.array([r.times.best - r.blit for r in points])
     varies = [column for column in (0, 1) if len(set(share[:, column])) > 1]
     matrix = np.column_stack([np.ones(len(points)), share[:, varies]])
     answer, left = nnls(matrix, times)  # no part takes less than no time
@@ -75,7 +76,7 @@ def judge_pixels(fit: Fit | None, results: Sequence[Result]) -> str:
     saved = fit.saved_by_half
     measured = (f"drawing half the pixels would save {saved:.0%} of the native frame time, "
                 "the blit not counted")
-    known = [r.noise for r in results if not math.isnan(r.noise)]
+    known = [r.times.noise for r in results if not math.isnan(r.times.noise)]
     if saved < HARDLY:
         text = f"The program is hardly limited by its pixels: {measured}."
     elif saved < CLEARLY:
@@ -88,15 +89,6 @@ def judge_pixels(fit: Fit | None, results: Sequence[Result]) -> str:
         text += (f" Do not lean on this: the times of one factor differ by {max(known):.0%} "
                  "between rounds. Quieten the machine, or raise --rounds.")
     return text
-
-
-def _keeps(result: Result, minimum: float) -> bool:
-    return (result.setting.scales and not result.not_scaled and not result.drawn_wrongly
-            and bool(result.comparisons) and result.ssim >= minimum)
-
-
-def _pixels(result: Result) -> int:
-    return result.setting.factor ** 2 + result.setting.hdr ** 2
 
 
 def _cause(result: Result, way: Way) -> str:
@@ -126,37 +118,6 @@ def _explain_failures(results: Sequence[Result], way: Way) -> list[str]:
     return remarks
 
 
-def _gain(result: Result, native: Result) -> str:
-    noise = [UNKNOWN_NOISE if math.isnan(r.noise) else r.noise for r in (result, native)]
-    gained, least = 1 - result.ratio, max(LEAST_GAIN, *noise)
-    if gained > least:
-        return f"a frame takes {result.ratio:.0%} of the native time"
-    if gained < -least:
-        return (f"but it makes frames slower here ({result.ratio:.0%} of native): the blit costs "
-                "more than the pixels save")
-    return ("but it saves no time here that stands out of the noise "
-            f"({result.ratio:.0%} of native)")
-
-
-def _headline(chosen: Result | None, results: Sequence[Result], minimum: float) -> str:
-    scaled = [r for r in results if r.setting.scales]
-    if chosen is not None:
-        return (f"Factor {chosen.setting.title} is the lowest that keeps an SSIM of {minimum:g} "
-                f"(it has {chosen.ssim:.3f}); {_gain(chosen, results[0])}.")
-    if not scaled:
-        return "No factor below 100 was measured, so there is nothing to recommend."
-    if all(r.not_scaled for r in scaled):
-        return "The program was not scaled at any factor: leave scaling off."
-    working = [r for r in scaled if not r.not_scaled]
-    if all(r.drawn_wrongly for r in working):
-        return "The program is drawn wrongly at every factor below 100: leave scaling off."
-    if not any(r.comparisons for r in working):
-        return "No picture could be compared, so there is nothing to recommend."
-    best = max((r for r in working if r.comparisons), key=lambda r: (not r.drawn_wrongly, r.ssim))
-    return (f"No factor below 100 keeps an SSIM of {minimum:g}; the best is {best.setting.title} "
-            f"with {best.ssim:.3f}. Leave scaling off, or lower --min-ssim.")
-
-
 def _own_drawing(results: Sequence[Result], way: Way) -> list[str]:
     native = results[0]
     if not way.scales_whole_picture or not native.drawn:
@@ -168,25 +129,50 @@ def _own_drawing(results: Sequence[Result], way: Way) -> list[str]:
             f"what is drawn to the window{more}."]
 
 
-def judge(results: Sequence[Result], noise: Comparison | None, way: Way,
-          minimum: float) -> Verdict:
-    """What follows from the results, of which the native one is the first, where every
-    picture must keep an SSIM of `minimum`."""
+# Value, name, and whether more of it is better.
+MEASURES = (("ssim", "SSIM", True), ("butteraugli", "Butteraugli", False),
+            ("flicker", "flicker", False))
+
+
+def _other_filters(chosen: Result, results: Sequence[Result]) -> list[str]:
+    """Where another filter at the same size is better in something."""
+    remarks = []
+    for r in results:
+        same = (r.setting.factor, r.setting.hdr) == (chosen.setting.factor, chosen.setting.hdr)
+        if r is chosen or not same or r.setting.filter == chosen.setting.filter:
+            continue
+        better = [f"{name} ({getattr(r, value):.3g}, not {getattr(chosen, value):.3g})"
+                  for value, name, more in MEASURES
+                  if (getattr(r, value) > getattr(chosen, value)) == more
+                  and getattr(r, value) != getattr(chosen, value)
+                  and not math.isnan(getattr(r, value) + getattr(chosen, value))]
+        if 1 - r.ratio / chosen.ratio > noise(r, chosen):
+            better.append(f"time ({r.ratio:.0%} of native, not {chosen.ratio:.0%})")
+        if better:
+            remarks.append(f"{r.setting.filter.capitalize()} is better at this factor in "
+                           f"{', '.join(better)}.")
+    return remarks
+
+
+def judge(results: Sequence[Result], found: Comparison | None, way: Way, wish: Wish) -> Verdict:
+    """What follows from the results, of which the native one is the first; `found` is the
+    noise of the pictures."""
     verdict = Verdict(way.device_texts(s.Setting()), fit=fit_pixels(results))
-    trusted = repeatable(noise)
-    keeping = [r for r in results if _keeps(r, minimum)]
-    if trusted and keeping:
-        verdict.chosen = min(keeping, key=lambda r: (_pixels(r), r.best))
-    verdict.headline = _headline(verdict.chosen, results, minimum)
-    if noise is not None and not trusted:
+    if found is not None and not repeatable(found):
         verdict.headline = ("No factor can be recommended: the program does not show the same in "
                             "the same frame of two runs, so its pictures cannot be compared.")
         verdict.remarks.append(
-            f"Two native runs have an SSIM of {noise.ssim:.3f} at the same frame. "
+            f"Two native runs have an SSIM of {found.ssim:.3f} at the same frame. "
             "--clock step:16.667 makes programs repeatable that animate by time; a recording "
             "(--trace) always is.")
+    else:
+        choice = choose(results, wish)
+        verdict.answer, verdict.chosen = choice.answer, choice.chosen
+        verdict.headline = choice.headline
+        verdict.front = front(results)
     verdict.pixels = judge_pixels(verdict.fit, results)
     verdict.remarks += _explain_failures(results, way) + _own_drawing(results, way)
     if verdict.chosen:
         verdict.device = way.device_texts(verdict.chosen.setting)
+        verdict.remarks += _other_filters(verdict.chosen, results)
     return verdict

@@ -6,6 +6,7 @@ from dataclasses import dataclass
 from pathlib import Path
 
 from tools.common import games
+from tools.common.filters import FILTERS
 from tools.common.sizes import Size, scaled
 from tools.common.stats import Frame
 from tools.tune.settings import Setting
@@ -24,11 +25,28 @@ class DeviceTexts:
     node: DeviceText
     config: DeviceText
     property: DeviceText
+    filter: DeviceText
 
 
+NO_FILTER = DeviceText("", f"none: {FILTERS[0]} is what an unset property stands for")
+FIXED_FILTER = DeviceText("", "none: the game's own renderer has one way to stretch a picture")
+NO_STRETCHING = DeviceText("", "none: no picture is stretched")
 NO_NODE = DeviceText("", "none: Genshin Impact reads no node")
 NO_CONFIG = DeviceText("", "none: only Genshin Impact reads a file (--game genshin)")
 NO_PROPERTY = DeviceText("", "none: the games read none (--game any)")
+
+
+def filter_options(setting: Setting) -> list[str]:
+    """The launcher's, where the setting names another filter than what holds without."""
+    return ["--filter", setting.filter] if setting.filter in FILTERS[1:] else []
+
+
+def filter_text(setting: Setting) -> DeviceText:
+    if setting.filter not in FILTERS[1:]:
+        return NO_FILTER
+    return DeviceText(f"vendor.vesko.filter.NAME={setting.filter}",
+                      "to be set before the program starts; NAME is its process's name on the "
+                      "device, from behind its last slash")
 
 
 class Way(ABC):
@@ -36,6 +54,8 @@ class Way(ABC):
     effect: str
     # Whether gameInternalFBOFactor has an effect.
     has_hdr: bool
+    # Whether a picture is stretched over the window, with a filter.
+    has_filters: bool
     # Whether a scaled picture should look like the native one resized.
     scales_whole_picture: bool
     # Why a picture may be wrong where the rig saw no cause.
@@ -67,6 +87,7 @@ class Window(Way):
 
     effect = "scales the window"
     has_hdr = True
+    has_filters = False
     scales_whole_picture = True
     suspicion = ("The program may count on state that does not survive a presented frame: the "
                  "clear colour, vertex arrays, buffers or textures that it sets up once "
@@ -99,7 +120,7 @@ class Window(Way):
         node = DeviceText(f"status:7#enable:{enable}#FB0Factor:{setting.factor}#"
                           f"gameInternalFBOFactor:{setting.hdr}#",
                           "to be written by the kernel into its game parameter node")
-        return DeviceTexts(node, NO_CONFIG, NO_PROPERTY)
+        return DeviceTexts(node, NO_CONFIG, NO_PROPERTY, FIXED_FILTER)
 
 
 class AnyProgram(Window):
@@ -107,12 +128,13 @@ class AnyProgram(Window):
 
     effect = "scales the window of whatever program"
     has_hdr = False
+    has_filters = True
     suspicion = ("Nothing that the program does should make its picture wrong "
                  "(docs/limits.md, Any program). Compare the pictures, and see the plug-in's log "
                  "for what it could not do")
 
     def options(self, setting: Setting, folder: Path) -> list[str]:
-        return ["--set", f"FB0Factor={setting.factor}"]
+        return ["--set", f"FB0Factor={setting.factor}", *filter_options(setting)]
 
     def presents(self, setting: Setting, frame: Frame) -> bool:
         return not setting.native and self.render_size(setting, frame.window) in frame.offscreen
@@ -125,7 +147,8 @@ class AnyProgram(Window):
             asked = DeviceText(f"vendor.vesko.scale.NAME={setting.factor}",
                                "to be set before the program starts; NAME is its process's name on "
                                "the device, from behind its last slash")
-        return DeviceTexts(DeviceText("", "none: the property holds the factor"), NO_CONFIG, asked)
+        return DeviceTexts(DeviceText("", "none: the property holds the factor"), NO_CONFIG, asked,
+                           filter_text(setting))
 
 
 class InternalSizes(Way):
@@ -134,6 +157,7 @@ class InternalSizes(Way):
     WIDEST = (1440, 648)  # stands for 100 %
     effect = "lowers internal sizes"
     has_hdr = False
+    has_filters = False
     scales_whole_picture = False
     suspicion = "The program does not expect textures of another size than it asked for"
 
@@ -156,7 +180,7 @@ class InternalSizes(Way):
 
     def device_texts(self, setting: Setting) -> DeviceTexts:
         config = DeviceText(self._line(setting), "the line of /data/system/vkd/qogl")
-        return DeviceTexts(NO_NODE, config, NO_PROPERTY)
+        return DeviceTexts(NO_NODE, config, NO_PROPERTY, NO_STRETCHING)
 
     def _line(self, setting: Setting) -> str:
         width, height = scaled(self.WIDEST, setting.factor)
