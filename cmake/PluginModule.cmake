@@ -14,6 +14,6 @@ function(immortal_storage)
 endfunction()
 
 # Not linked: it holds static assertions only.
-if(VESKO_PROCESSOR STREQUAL arm)
+if(NOT VESKO_PROCESSOR STREQUAL other)
     plugin_module(arm_layout ${CMAKE_SOURCE_DIR}/arm/contract/layout.cpp)
 endif()

@@ -68,7 +68,7 @@ room(tools/tune tools/common)
 
 # Nothing but tests includes tests.
 room(tests/support ${library})
-room(tests/arm tests/support)
+room(tests/arm ${library} tests/support)
 room(tests/arm/platform platform/device)
 room(tests/unit ${library} tests/support)
 room(tests/faults ${library} tests/support)

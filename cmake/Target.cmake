@@ -26,3 +26,10 @@ endif()
 if(VESKO_PLATFORM STREQUAL desktop)
     add_compile_definitions(VESKO_PLATFORM_DESKTOP)
 endif()
+
+# Jumps to where no landing pad is and altered return addresses end the process, on
+# processors that look; new devices have pages of 16 KiB.
+if(VESKO_PROCESSOR STREQUAL arm64)
+    add_compile_options(-mbranch-protection=standard)
+    add_link_options(-Wl,-z,max-page-size=16384)
+endif()

@@ -1,7 +1,7 @@
 // What a GL call needs to find the driver, side by side in one hidden record, so
 // that a trampoline reaches all of it with one address: the thread-specific-data
 // lookup, its key, and the pass-through Impl, which is recognised by its place.
-// interception/gl_trampolines_arm.S knows this layout too.
+// interception/gl_trampolines_arm.S and gl_trampolines_arm64.S know this layout too.
 #pragma once
 
 #include <pthread.h>

@@ -12,7 +12,7 @@
 // A call through the pass-through leaves the stack and all argument registers as
 // they came, so arguments on the stack, floats (which the ABI passes in core
 // registers) and 64-bit pairs need no thought. interception/gl_trampolines.cpp
-// says the same in C++ for every other target.
+// says the same in C++ for processors that are not ARM's.
 //
 // Registers of a trampoline, from the lookup on:
 //     r0  the context, then its Impl      r4  the call record
@@ -23,6 +23,8 @@
 #if !defined(__arm__) || defined(__ARM_PCS_VFP)
 #error "for 32-bit ARM, with floating-point arguments in core registers"
 #endif
+
+#include "interception/count_arguments.h"
 
     .syntax unified
     .arch armv7-a
@@ -215,10 +217,6 @@ jump_or_return:
     .equ    position, position + 1
 .endm
 
-// COUNT_ARGUMENTS (a, b, c) is 3.
-#define COUNT_ARGUMENTS(...) \
-    SIXTEENTH(, ##__VA_ARGS__, 15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0)
-#define SIXTEENTH(_, a, b, c, d, e, f, g, h, i, j, k, l, m, n, o, count, ...) count
 #define EACH_ENTRY(name, arguments) entry name##_hook, COUNT_ARGUMENTS arguments;
 #define EACH_ENTRY_64(name) entry_64 name##_hook, name##_call;
 

@@ -21,6 +21,10 @@ inline void** threadPointerArray() {
     void** slots;
     __asm__("mrc p15, 0, %0, c13, c0, 3" : "=r"(slots));
     return slots;
+#elif defined(__aarch64__)
+    void** slots;
+    __asm__("mrs %0, tpidr_el0" : "=r"(slots));
+    return slots;
 #else
 #error "where this processor keeps the thread pointer is not known"
 #endif

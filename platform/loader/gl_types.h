@@ -1,5 +1,5 @@
 // The fundamental types behind the GL and EGL parameter types of the entry
-// lists, as the loader's 32-bit ARM ABI fixes them. They are declared here, in
+// lists, as the loader's ABI fixes them for both ARM processors. They are declared here, in
 // our own namespace, because a desktop's Khronos headers spell some of them
 // differently (a 64-bit GLuint64 as unsigned long) and the exported C++ names
 // must not depend on the machine that builds them.

@@ -20,11 +20,11 @@ HALF = (32, 24)
 
 def run(launcher: str, root: str, rig: str, probe: str, stats: Path,
         emulator: Sequence[str]) -> subprocess.CompletedProcess[str]:
-    libraries = f"{rig}:{root}/usr/lib/arm-linux-gnueabi/android"
+    [android] = Path(root).glob("usr/lib/*/android")
     return subprocess.run(
         [launcher, "--driver", "llvmpipe", "--display", "none", "--log", "debug",
          "--game", "sgame", "--set", "FB0Factor=50", "--at", "4:enable=0", "--stats", stats, "--",
-         *emulator, "-0", "com.tencent.tmgp.sgame", "-E", f"LD_LIBRARY_PATH={libraries}",
+         *emulator, "-0", "com.tencent.tmgp.sgame", "-E", f"LD_LIBRARY_PATH={rig}:{android}",
          "-E", f"LD_PRELOAD={rig}/libveskorig.so", probe, "frames", "6"],
         capture_output=True, text=True, timeout=120, check=False, stdin=subprocess.DEVNULL)
 

@@ -20,10 +20,10 @@ namespace {
 
 // Where it stands: a function that calls no other need not align its own stack.
 [[gnu::always_inline]] inline bool stackIsAligned() {
-#if defined(__arm__)
+#if defined(__arm__) || defined(__aarch64__)
     uintptr_t stack;
     __asm__ volatile("mov %0, sp" : "=r"(stack));
-    return stack % 8 == 0;
+    return stack % (2 * sizeof(void*)) == 0;
 #else
     return true;  // a compiler's work
 #endif
@@ -167,8 +167,8 @@ ptrdiff_t slotOf(Member member) {
     static_assert(sizeof(words) == sizeof(member));
     std::memcpy(words, &member, sizeof(words));
     // The mark of a virtual function is the lowest bit: of the second word on
-    // ARM, where the first bit of an address says Thumb, else of the first.
-#if defined(__arm__)
+    // ARM, where the first bit of an address may say Thumb, else of the first.
+#if defined(__arm__) || defined(__aarch64__)
     EXPECT_EQ(words[1], 1);
 #else
     --words[0];
