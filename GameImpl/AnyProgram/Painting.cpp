@@ -78,23 +78,27 @@ bool ScaledGl::allocateTexture(int index) {
     return true;
 }
 
-// A picture of the window's size is left to a blit, which copies it.
+// A picture of the window's size is left to a blit, which copies it, unless the window
+// is multisampled: blits cannot draw to that.
 bool ScaledGl::wantsPainting(const Target& target) const {
-    return target.hasTexture && !target.scale.isIdentity() && wantsFilter();
+    return target.samples > 0 || (target.hasTexture && !target.scale.isIdentity() && wantsFilter());
 }
 
 // The window is bound for drawing, the scissor box set, and no condition of rendering is
 // in force. False where it is left to a blit.
 bool ScaledGl::paintWindowFrom(const Target& target) {
-    const Size& window = target.scale.window;
-    if (!painter.mayPaint(gl())) return false;
-    const WindowPainter::Picture picture{
-        textureOf(static_cast<int>(&target - group->targets.data())), target.scale.target.width,
-        target.scale.target.height, setFlip != nullptr, hasAlpha(target.colorFormat)};
+    return (target.samples > 0 || painter.mayPaint(gl())) && paint(target, target.scale.window);
+}
+
+// What the texture holds over all of the bound framebuffer, which has this size.
+bool ScaledGl::paint(const Target& target, const Size& size) {
+    const WindowPainter::Picture picture{textureOf(indexOf(target)), target.scale.target.width,
+                                         target.scale.target.height, setFlip != nullptr,
+                                         hasAlpha(target.colorFormat)};
     const ErrorsKept errors(*this);
-    gl().glViewport(0, 0, window.width, window.height);
+    gl().glViewport(0, 0, size.width, size.height);
     const bool painted =
-        painter.paint(gl(), picture, window.width, window.height, activation->filterChoice());
+        painter.paint(gl(), picture, size.width, size.height, activation->filterChoice());
     applyViewport();
     return painted;
 }

@@ -26,50 +26,68 @@ Box clippedBox(int x, int y, int width, int height, const Size& window) {
     return clipped(x, y, end(x, width), end(y, height), window);
 }
 
+// Depths and stencils can be read with extensions.
+GLbitfield buffersOf(GLenum format) {
+    switch (format) {
+        case GL_DEPTH_COMPONENT:
+            return GL_DEPTH_BUFFER_BIT;
+        case GL_STENCIL_INDEX:
+            return GL_STENCIL_BUFFER_BIT;
+        case GL_DEPTH_STENCIL:
+            return GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT;
+        default:
+            return GL_COLOR_BUFFER_BIT;
+    }
+}
+
 }  // namespace
 
 WindowToRead::WindowToRead(ScaledGl& context, const Box& part, unsigned mask) : gl(context) {
     gl.copyToWindow(part, mask);
 }
 
-#define READ_WINDOW(call)                                                                        \
+#define READ_WINDOW(mask, call)                                                                  \
     if (!windowIsRead()) {                                                                       \
         gl().call;                                                                               \
         return;                                                                                  \
     }                                                                                            \
     const WindowToRead window(*this, clippedBox(x, y, width, height, readTarget().scale.window), \
-                              GL_COLOR_BUFFER_BIT);                                              \
+                              mask);                                                             \
     gl().call;
 
 void ScaledGl::glReadPixels(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format,
                             GLenum type, void* pixels){
-    READ_WINDOW(glReadPixels(x, y, width, height, format, type, pixels))}
-#define READ_N_PIXELS(name)                                                             \
-    void ScaledGl::name(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, \
-                        GLenum type, GLsizei size, void* pixels) {                      \
-        READ_WINDOW(name(x, y, width, height, format, type, size, pixels))              \
+    READ_WINDOW(buffersOf(format), glReadPixels(x, y, width, height, format, type, pixels))}
+#define READ_N_PIXELS(name)                                                                   \
+    void ScaledGl::name(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format,       \
+                        GLenum type, GLsizei size, void* pixels) {                            \
+        READ_WINDOW(buffersOf(format), name(x, y, width, height, format, type, size, pixels)) \
     }
 READ_N_PIXELS(glReadnPixels) READ_N_PIXELS(glReadnPixelsEXT) READ_N_PIXELS(glReadnPixelsKHR)
 
     void ScaledGl::glCopyTexImage2D(GLenum target, GLint level, GLenum format, GLint x, GLint y,
                                     GLsizei width, GLsizei height, GLint border) {
-    READ_WINDOW(glCopyTexImage2D(target, level, format, x, y, width, height, border))
+    READ_WINDOW(GL_COLOR_BUFFER_BIT,
+                glCopyTexImage2D(target, level, format, x, y, width, height, border))
 }
 
 void ScaledGl::glCopyTexSubImage2D(GLenum target, GLint level, GLint drawnX, GLint drawnY, GLint x,
                                    GLint y, GLsizei width, GLsizei height) {
-    READ_WINDOW(glCopyTexSubImage2D(target, level, drawnX, drawnY, x, y, width, height))
+    READ_WINDOW(GL_COLOR_BUFFER_BIT,
+                glCopyTexSubImage2D(target, level, drawnX, drawnY, x, y, width, height))
 }
 
 void ScaledGl::glCopyTexSubImage3D(GLenum target, GLint level, GLint drawnX, GLint drawnY,
                                    GLint layer, GLint x, GLint y, GLsizei width, GLsizei height) {
-    READ_WINDOW(glCopyTexSubImage3D(target, level, drawnX, drawnY, layer, x, y, width, height))
+    READ_WINDOW(GL_COLOR_BUFFER_BIT,
+                glCopyTexSubImage3D(target, level, drawnX, drawnY, layer, x, y, width, height))
 }
 
 void ScaledGl::glCopyTexSubImage3DOES(GLenum target, GLint level, GLint drawnX, GLint drawnY,
                                       GLint layer, GLint x, GLint y, GLsizei width,
                                       GLsizei height) {
-    READ_WINDOW(glCopyTexSubImage3DOES(target, level, drawnX, drawnY, layer, x, y, width, height))
+    READ_WINDOW(GL_COLOR_BUFFER_BIT,
+                glCopyTexSubImage3DOES(target, level, drawnX, drawnY, layer, x, y, width, height))
 }
 
 // Into the window goes straight into the target, with scaled edges. What the
@@ -80,6 +98,18 @@ void ScaledGl::blit(const int (&source)[4], const int (&drawn)[4], unsigned mask
         call(source[0], source[1], source[2], source[3], d[0], d[1], d[2], d[3], mask, filter);
     };
     const bool fromWindow = windowIsRead();
+    // To samples it is an error, from samples a copy without another scale.
+    const bool toSamples = windowIsDrawn() && drawTarget().samples > 0;
+    const bool fromSamples = fromWindow && readTarget().samples > 0;
+    if (toSamples || (fromSamples && readTarget().scale.isIdentity())) {
+        pass(drawn);
+        return;
+    }
+    if (fromSamples && !std::equal(source, source + 4, drawn)) {
+        const WindowBound window(*this, kReadSide);
+        pass(drawn);
+        return;
+    }
     if (!windowIsDrawn()) {
         if (!fromWindow) {
             pass(drawn);

@@ -51,12 +51,6 @@ void ScaledGl::copyImages(const Box& from, const Box& to, unsigned mask) {
     copy(mask & ~GLbitfield{GL_COLOR_BUFFER_BIT}, GL_NEAREST);
 }
 
-namespace {
-
-Box whole(const Size& size) { return {0, 0, size.width, size.height}; }
-
-}  // namespace
-
 // Tilers: what is not needed is invalidated while it is still on the chip, and the
 // window's old contents before they would be loaded.
 void ScaledGl::present(bool last) {
@@ -86,24 +80,31 @@ void ScaledGl::drawWindowFrom(const Target& target, const Box& part, unsigned ma
     static constexpr GLenum kBack = GL_BACK;
     static constexpr GLenum kNone = GL_NONE;
     if (drawnToNone) gl().glDrawBuffers(1, &kBack);
+    if (target.samples > 0) {
+        resolve(indexOf(target), own(kDrawn));
+        gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+        gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kDrawn));
+    }
     setCopyScissor(part);
     if ((mask & GL_COLOR_BUFFER_BIT) != 0 && wantsPainting(target)) {
         const Unconditional always(gl(), conditionalQuery, conditionalMode);
         if (paintWindowFrom(target)) mask &= ~GLbitfield{GL_COLOR_BUFFER_BIT};
     }
-    copyImages(whole(target.scale.target), whole(target.scale.window), mask);
+    if (target.samples == 0) {
+        copyImages(whole(target.scale.target), whole(target.scale.window), mask);
+    }
     applyScissor();
     if (drawnToNone) gl().glDrawBuffers(1, &kNone);
 }
 
 // Leaves bound for reading what the program is to read.
 void ScaledGl::copyToWindow(const Box& part, unsigned mask) {
-    if (separateRead) {
+    Target& target = readTarget();
+    mask &= target.copied;
+    if ((separateRead || target.samples > 0) && mask != 0) {
         copyToScratch();
         return;
     }
-    Target& target = readTarget();
-    mask &= target.copied;
     if (part.width > 0 && part.height > 0 && mask != 0) {
         gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kDrawn));
         gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
@@ -111,39 +112,6 @@ void ScaledGl::copyToWindow(const Box& part, unsigned mask) {
         bindDraw();
     }
     gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
-}
-
-// A window that is read while another one is drawn to cannot be drawn to itself.
-void ScaledGl::copyToScratch() {
-    Target& target = readTarget();
-    if (target.scale.isIdentity()) {
-        gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kReadFrom));
-        return;
-    }
-    const Size& window = target.scale.window;
-    gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, own(kScratch));
-    if (target.scratch != window) {
-        const GLuint image = group->nameOf(readStand.target, Target::kScratch);
-        GLint bound = 0;
-        gl().glGetIntegerv(GL_RENDERBUFFER_BINDING, &bound);
-        gl().glBindRenderbuffer(GL_RENDERBUFFER, image);
-        gl().glRenderbufferStorage(GL_RENDERBUFFER, target.colorFormat, window.width,
-                                   window.height);
-        gl().glBindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(bound));
-        target.scratch = window;
-        attached[kScratch] = -1;
-    }
-    if (attached[kScratch] != readStand.target) {
-        attached[kScratch] = readStand.target;
-        gl().glFramebufferRenderbuffer(GL_DRAW_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER,
-                                       group->nameOf(readStand.target, Target::kScratch));
-    }
-    gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kReadFrom));
-    setCopyScissor(whole(window));
-    copyImages(whole(target.scale.target), whole(window), GL_COLOR_BUFFER_BIT);
-    bindDraw();
-    applyScissor();
-    gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kScratch));
 }
 
 // Into what stands in for the window that is drawn to, which is bound afterwards,
@@ -161,7 +129,12 @@ void ScaledGl::copyFromWindow(const Target& target, const Box& part, unsigned ma
 }
 
 // All that it holds, whatever scissor box the program has.
-void ScaledGl::takeOverWindow(const Target& target) {
+void ScaledGl::takeOverWindow(int index) {
+    const Target& target = group->targets[index];
+    if (target.samples > 0) {
+        takeOverSamples(index);
+        return;
+    }
     setCopyScissor(whole(target.scale.target));
     copyFromWindow(target, whole(target.scale.window), target.copied);
     applyScissor();
@@ -207,7 +180,7 @@ void ScaledGl::windowMayHaveChanged(const Box& viewport) {
     if (std::find(triedSizes, triedSizes + kTriedSizes, size) != triedSizes + kTriedSizes) return;
     triedSizes[nextTriedSize] = size;
     nextTriedSize = (nextTriedSize + 1) % kTriedSizes;
-    if (!separateRead) copyToWindow({0, 0, 1, 1}, GL_COLOR_BUFFER_BIT);
+    if (!separateRead && drawTarget().samples == 0) copyToWindow({0, 0, 1, 1}, GL_COLOR_BUFFER_BIT);
     bindRead();
     if (windowSizeChanged()) rebuild();
 }

@@ -24,6 +24,8 @@
 
 namespace android::any {
 
+class ErrorsKept;
+
 class ScaledGl final : public ScaledEgl {
 public:
     // Null where there is no memory.
@@ -74,8 +76,8 @@ private:
     friend class ErrorsKept;
 
     // The framebuffers that stand in for the window: what is drawn to, what is read
-    // from where that is another window, and one for copies.
-    enum OwnFramebuffer { kDrawn, kReadFrom, kScratch, kOwnCount };
+    // from where that is another window, one for what was resolved, and one for copies.
+    enum OwnFramebuffer { kDrawn, kReadFrom, kResolved, kScratch, kOwnCount };
     enum Side { kNoSide = 0, kDrawSide = 1, kReadSide = 2 };
 
     struct Stand {  // what stands in for the window on one side
@@ -135,12 +137,19 @@ private:
     void setCopyScissor(const Box& box);
     bool wantsPainting(const Target& target) const;
     bool paintWindowFrom(const Target& target);
+    bool paint(const Target& target, const Size& size);
     void copyImages(const Box& from, const Box& to, unsigned mask);
     void drawWindowFrom(const Target& target, const Box& part, unsigned mask);
     void copyToWindow(const Box& part, unsigned mask);
     void copyToScratch();
+    void bindScratch(int index);
+    void resolve(int index, GLuint from);
+    void takeOverSamples(int index);
     void copyFromWindow(const Target& target, const Box& part, unsigned mask);
-    void takeOverWindow(const Target& target);
+    void takeOverWindow(int index);
+    int indexOf(const Target& target) const {
+        return static_cast<int>(&target - group->targets.data());
+    }
     void blit(const int (&source)[4], const int (&drawn)[4], unsigned mask, unsigned filter,
               decltype(gl_hooks_t::gl_t::glBlitFramebuffer) call);
     bool readsSamples();
@@ -166,8 +175,10 @@ private:
     void stand(Stand& side, const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer);
     int targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer);
     int freeTarget();
+    void learnCopies(Target& target, const ErrorsKept& errors);
     const char* build(int index, OwnFramebuffer framebuffer);
     const char* describeWindow(Target& target, GLenum side);
+    GLint samplesOf(const Surface& surface, GLenum side);
     void allocate(int index);
     bool wantsFilter() const;
     bool needsTexture(const Target& target) const;

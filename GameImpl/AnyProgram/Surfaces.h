@@ -52,6 +52,7 @@ struct Target {
     bool textureRefused = false;
     GLenum depthFormat = 0;    // 0: none
     GLenum stencilFormat = 0;  // 0: none, or within the depth's
+    GLint samples = 0;         // of each image but the texture and the scratch one
     GLbitfield copied = 0;     // which buffers blits between it and the window can copy
     Size scratch;
 };

@@ -1,5 +1,5 @@
-// ScaledGl: what stands in for the window of the context: when, of which format,
-// and how it is made.
+// ScaledGl: what stands in for the window of the context: of which format, and how it
+// is made.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -20,6 +20,8 @@ constexpr GLenum kFloatComponents = GL_FLOAT;
 
 constexpr char kNoSize[] = "it has no size yet";
 constexpr char kNothingAlike[] = "no framebuffer is like it";
+// Drivers disagree on what a program reads from samples, and nothing has to be scaled.
+constexpr char kOwnSamples[] = "it is multisampled";
 constexpr char kNoMemory[] = "there is no memory for its images";
 
 constexpr GLuint kNamesOfNobody = 0xFFFFFE00;
@@ -174,6 +176,7 @@ const char* ScaledGl::describeWindow(Target& target, GLenum side) {
     target.colorFormat = color->format;
     target.depthFormat = found->format;
     target.stencilFormat = found->stencilFormat;
+    target.samples = samplesOf(*target.surface, side);
     return nullptr;
 }
 
@@ -184,11 +187,16 @@ void ScaledGl::allocate(int index) {
     const auto image = [&](Target::Image which, GLenum format) {
         if (format == 0) return;
         gl().glBindRenderbuffer(GL_RENDERBUFFER, group->nameOf(index, which));
-        gl().glRenderbufferStorage(GL_RENDERBUFFER, format, target.scale.target.width,
-                                   target.scale.target.height);
+        const Size& size = target.scale.target;
+        if (target.samples > 0) {
+            gl().glRenderbufferStorageMultisample(GL_RENDERBUFFER, target.samples, format,
+                                                  size.width, size.height);
+        } else {
+            gl().glRenderbufferStorage(GL_RENDERBUFFER, format, size.width, size.height);
+        }
     };
-    target.hasTexture = wantsFilter() && allocateTexture(index);
-    if (!target.hasTexture) image(Target::kColor, target.colorFormat);
+    target.hasTexture = (target.samples > 0 || wantsFilter()) && allocateTexture(index);
+    if (!target.hasTexture || target.samples > 0) image(Target::kColor, target.colorFormat);
     image(Target::kDepth, target.depthFormat);
     image(Target::kStencil, target.stencilFormat);
     gl().glBindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(bound));
@@ -207,15 +215,18 @@ void ScaledGl::attach(int index, OwnFramebuffer framebuffer) {
         return exists ? group->nameOf(index, image) : 0;
     };
     const bool combined = hasStencil(target.depthFormat);
-    if (target.hasTexture) {
+    const bool isResolved = framebuffer == kResolved;
+    if (isResolved || (target.hasTexture && target.samples == 0)) {
         gl().glFramebufferTexture2D(GL_DRAW_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D,
                                     textureOf(index), 0);
     } else {
         put(GL_COLOR_ATTACHMENT0, group->nameOf(index, Target::kColor));
     }
-    put(GL_DEPTH_ATTACHMENT, nameIf(target.depthFormat != 0, Target::kDepth));
-    put(GL_STENCIL_ATTACHMENT, combined ? group->nameOf(index, Target::kDepth)
-                                        : nameIf(target.stencilFormat != 0, Target::kStencil));
+    if (!isResolved) {
+        put(GL_DEPTH_ATTACHMENT, nameIf(target.depthFormat != 0, Target::kDepth));
+        put(GL_STENCIL_ATTACHMENT, combined ? group->nameOf(index, Target::kDepth)
+                                            : nameIf(target.stencilFormat != 0, Target::kStencil));
+    }
     if (setFlip != nullptr) setFlip(GL_DRAW_FRAMEBUFFER, kFlipY, GL_TRUE);
 }
 
@@ -246,6 +257,18 @@ int ScaledGl::freeTarget() {
     return -1;
 }
 
+// Whether depths and stencils can be copied too.
+void ScaledGl::learnCopies(Target& target, const ErrorsKept& errors) {
+    if (target.samples > 0) return;
+    const auto probe = [&](bool exists, GLbitfield part) {
+        if (!exists) return;
+        gl().glBlitFramebuffer(0, 0, 1, 1, 0, 0, 1, 1, part, GL_NEAREST);
+        if (!errors.failed()) target.copied |= part;
+    };
+    probe(target.depthFormat != 0, GL_DEPTH_BUFFER_BIT);
+    probe(target.stencilFormat != 0 || hasStencil(target.depthFormat), GL_STENCIL_BUFFER_BIT);
+}
+
 // The reason why not, or null. The window is bound for reading; leaves the
 // framebuffer bound for drawing. What the window held is taken over, where that is
 // bound for reading.
@@ -256,6 +279,7 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
     gl().glBindFramebuffer(side, 0);
     if (const char* why = describeWindow(target, side)) return why;
     if (errors.failed()) return "its format cannot be asked for";
+    if (target.samples > 0 && target.scale.isIdentity()) return kOwnSamples;
     allocate(index);
     if (errors.failed()) {
         // Few drivers have the first, which their windows may have. The other is no
@@ -268,7 +292,7 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
     attached[framebuffer] = -1;
     attach(index, framebuffer);
     if (!isLikeTheWindow(framebuffer)) {
-        if (!target.hasTexture) return kNothingAlike;
+        if (!target.hasTexture || target.samples > 0) return kNothingAlike;
         target.textureRefused = true;
         allocate(index);
         attached[framebuffer] = -1;
@@ -277,16 +301,8 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
     }
     target.copied = GL_COLOR_BUFFER_BIT;
     if (separateRead) return nullptr;
-    for (const GLbitfield part : {GL_DEPTH_BUFFER_BIT, GL_STENCIL_BUFFER_BIT}) {
-        const bool isDepth = part == GL_DEPTH_BUFFER_BIT;
-        if (isDepth ? target.depthFormat == 0
-                    : target.stencilFormat == 0 && !hasStencil(target.depthFormat)) {
-            continue;
-        }
-        gl().glBlitFramebuffer(0, 0, 1, 1, 0, 0, 1, 1, part, GL_NEAREST);
-        if (!errors.failed()) target.copied |= part;
-    }
-    takeOverWindow(target);
+    learnCopies(target, errors);
+    takeOverWindow(index);
     return errors.failed() ? "it cannot be copied" : nullptr;
 }
 
@@ -325,7 +341,7 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
             why = build(index, framebuffer);
         } else {
             attach(index, framebuffer);
-            if (!holds && !separateRead) takeOverWindow(target);
+            if (!holds && !separateRead) takeOverWindow(index);
         }
         surface->holder = group;
         surface->drawnBy = handle;
@@ -335,10 +351,10 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
     if (why == nullptr) return index;
     surface->refusedScale = scale;
     attached[framebuffer] = -1;
-    if (why != surface->loggedRefusal) {
+    if (why != surface->loggedRefusal && why != kOwnSamples) {
         HOOK_LOG(ERROR, "a window of %d x %d is not scaled: %s", window.width, window.height, why);
     }
-    surface->loggedRefusal = why;
+    if (why != kOwnSamples) surface->loggedRefusal = why;
     return -1;
 }
 
@@ -349,100 +365,6 @@ void ScaledGl::release(int index) {
     target.surface = nullptr;
     target.scale = {};
     allocate(index);
-}
-
-void ScaledGl::stand(Stand& side, const std::shared_ptr<Surface>& surface,
-                     OwnFramebuffer framebuffer) {
-    side.surface = surface;
-    side.target = -1;
-    if (surface == nullptr) return;
-    const bool wanted = surface->kind == SurfaceKind::Window ||
-                        (surface->kind == SurfaceKind::Pbuffer && activation->pbuffersToo());
-    if (wanted) side.target = targetFor(surface, framebuffer);
-}
-
-// The driver gives a context its boxes with its first surface.
-void ScaledGl::learnBoxes() {
-    if (viewportIsKnown) return;
-    viewportIsKnown = drawStand.surface != nullptr;
-    int box[4] = {};
-    gl().glGetIntegerv(GL_VIEWPORT, box);
-    std::copy(box, box + 4, coordinates.viewports[0]);
-    gl().glGetIntegerv(GL_SCISSOR_BOX, box);
-    std::copy(box, box + 4, coordinates.scissors[0]);
-}
-
-void ScaledGl::enter(EGLDisplay, EGLContext context, const std::shared_ptr<Surface>& draw,
-                     const std::shared_ptr<Surface>& read) {
-    handle = context;
-    if (!learnt) {
-        const std::lock_guard<std::mutex> lock(Surfaces::instance().mutex);
-        learnContext();
-    }
-    if (!served) return;
-    const bool hadScale = drawStand.exists() && !scale().isIdentity();
-    const auto wasOrIsOurs = [this] { return drawStand.exists() || readStand.exists() || tried; };
-    tried = false;
-    const bool had = wasOrIsOurs();
-    const bool drewOwn = drawStand.exists();
-    separateRead = draw != read;
-    drawStand.surface = draw;
-    readStand = {};
-    learnBoxes();
-    stand(drawStand, draw, kDrawn);
-    if (separateRead) {
-        stand(readStand, read, kReadFrom);
-    } else {
-        readStand = drawStand;
-    }
-    if (!had && !wasOrIsOurs()) return;
-    bindStands(drewOwn);
-    if (hadScale || (drawStand.exists() && !scale().isIdentity())) applyCoordinates();
-}
-
-// What stands in for the windows now, or the windows themselves. While none did, the
-// window alone knew of the program's draw buffer.
-void ScaledGl::bindStands(bool drewOwn) {
-    if (drawStand.exists()) {
-        learnBuffering();
-        if (!drewOwn) {
-            GLint buffer = GL_BACK;
-            gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
-            gl().glGetIntegerv(GL_DRAW_BUFFER0, &buffer);
-            drawnToNone = buffer == GL_NONE;
-            gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, own(kDrawn));
-            chooseDrawBuffer();
-        }
-    }
-    bindDraw();
-    bindRead();
-}
-
-void ScaledGl::beforeLeaving() {
-    if (drawStand.exists() && drawStand.surface->manyGroups) present(false);
-}
-
-void ScaledGl::leave() {
-    current = false;
-    if (abandoned) abandon();
-}
-
-void ScaledGl::rebuild() {
-    const bool drewOwn = drawStand.exists();
-    stand(drawStand, std::shared_ptr<Surface>(drawStand.surface), kDrawn);
-    if (!separateRead) readStand = drawStand;
-    bindStands(drewOwn);
-    applyCoordinates();
-}
-
-// After a swap of a window that is the driver's own.
-void ScaledGl::retry(EGLSurface surface) {
-    const std::shared_ptr<Surface>& drawn = drawStand.surface;
-    if (drawStand.exists() || drawn == nullptr || drawn->handle != surface) return;
-    if (drawn->refusal == nullptr) return;
-    activation->refresh();
-    const Size window = sizeOf(*drawn);
-    if (!(drawn->refusedScale == Scale{window, scaledBy(window, activation->percent())})) rebuild();
 }
 
 }  // namespace android::any

@@ -23,6 +23,8 @@ struct Box {
     int height = 0;
 };
 
+inline Box whole(const Size& size) { return {0, 0, size.width, size.height}; }
+
 // The nearest target edge of a window edge. Each edge goes its own way, so boxes
 // that share one in the window share one in the target.
 inline int scaledEdge(long long edge, int from, int to) {

@@ -245,8 +245,11 @@ const std::vector<Way> kPixelWays = {
     {"AlphaOfAWindowWithout", {8, 8, 8, 0, 24, 8}, alphaOfTheWindow, 12},
     {"AlphaOfA565Window", {5, 6, 5, 0, 24, 8}, alphaOfTheWindow, 12},
     {"SRGBWindow", {8, 8, 8, 8, 24, 8, 0, false, true}, sRGBControl, 12},
-    {"MultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, draws, 0},
-    {"ReadsAMultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, readsBoxes, 0},
+    {"MultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, draws, 12},
+    {"ReadsAMultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, readsBoxes, 20},
+    {"CopiesFromAMultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, copiesToTextures, 14},
+    {"BlitsFromAMultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, blitsFromTheWindow, 18},
+    {"BlitsToAMultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, blitsToTheWindow, 14},
     {"ShadersInWindowPixels", {}, shadersInWindowPixels, 12},
 };
 

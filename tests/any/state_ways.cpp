@@ -398,7 +398,7 @@ void objectsOfShaders(Player& p) {
 const std::vector<Way> kStateWays = {
     {"AsksAboutTheWindow", {}, asksAboutTheWindow},
     {"AsksAboutAnSRGBWindow", {8, 8, 8, 8, 24, 8, 0, false, true}, asksAboutTheWindow},
-    {"AsksAboutAMultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, asksAboutTheWindow, 0},
+    {"AsksAboutAMultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, asksAboutTheWindow},
     {"AsksAboutA565Window", {5, 6, 5, 0, 16, 0}, asksAboutTheWindow},
     {"BindsAndNames", {}, bindsAndNames},
     {"ChoosesBuffers", {}, choosesBuffers},
