@@ -78,7 +78,7 @@ room(tests/any ${library} rig/real_driver tests/support)
 room(tests/device ${library} tests/support)
 room(tests/rig rig/loader/statistics tests/support)
 room(tests/android tests/rig tests/support tools/common)
-room(tests/conform tools/conform)
+room(tests/conform tests/support tools/common tools/conform)
 room(tests/structure)
 room(tests/tune tests/support tools/common tools/tune)
 

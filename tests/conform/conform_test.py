@@ -2,7 +2,9 @@
 
 usage: conform_test.py
 """
+import json
 import re
+import tempfile
 import unittest
 from collections.abc import Mapping, Sequence
 from pathlib import Path
@@ -10,11 +12,15 @@ from pathlib import Path
 import numpy as np
 from PIL import Image
 
+from tools.common.measure import Picture
 from tools.conform import compare, likeness, modes, state
 from tools.conform.cases import ANYTHING, Case, Counts, Documented, Expected, Run
 from tools.conform.compare import Difference
+from tools.conform.displays import Displays
 from tools.conform.engine import Checker, Result
 from tools.conform.modes import Mode
+from tools.conform.program_list import PROGRAMS, WAYLAND, X11, Program
+from tools.conform.programs import Played, Verdict, table
 
 
 Calls = Sequence[str]
@@ -79,9 +85,7 @@ class Comparison(unittest.TestCase):
 
 class Pictures(unittest.TestCase):
     def test_lost_detail_is_alike_and_damage_is_not(self) -> None:
-        random = np.random.default_rng(7)
-        coarse = Image.fromarray(random.integers(0, 255, (9, 16, 3), np.uint8))
-        native = np.asarray(coarse.resize((640, 360), Image.BICUBIC))
+        native = native_picture((640, 360))
         for factor in (75, 50):
             small = Image.fromarray(native).resize((640 * factor // 100, 360 * factor // 100))
             seen = np.asarray(small.resize((640, 360), Image.NEAREST))
@@ -94,6 +98,92 @@ class Pictures(unittest.TestCase):
         plain = np.full_like(native, 3)
         self.assertIn("too plain", likeness.compare(plain, plain).problem)
         self.assertIn("320x360", likeness.compare(native[:, :320], native).problem)
+
+
+def native_picture(size: tuple[int, int] = (320, 180)) -> Picture:
+    random = np.random.default_rng(7)
+    coarse = Image.fromarray(random.integers(0, 255, (9, 16, 3), np.uint8))
+    return np.asarray(coarse.resize(size, Image.BICUBIC))
+
+
+class FakePlays:
+    """Leaves what a run would: a picture, statistics and what the rig said."""
+
+    def __init__(self, out: Path, scaled: Picture | None, **left: str | list[str]) -> None:
+        self.out = out
+        self._pictures = {"native": native_picture(), "any-75": scaled, "any-50": scaled}
+        self._left = left
+
+    def run(self, case: Case, mode: Mode, tag: str, displays: Displays | None = None) -> Run:
+        prefix = self.out / f"{tag}."
+        picture = self._pictures[tag]
+        if picture is not None:
+            Image.fromarray(picture).save(f"{prefix}picture.png")
+        code, why, factor = "0", "", int(tag[4:]) if tag != "native" else 100
+        if tag == self._left.get("mode", "any-50"):
+            code, why = str(self._left.get("code", "0")), str(self._left.get("why", ""))
+            factor = int(str(self._left.get("drawn", factor)))
+        size = {"width": 320 * factor // 100, "height": 180 * factor // 100}
+        frame = {"frame": 1, "ms": 1, "window": {"width": 320, "height": 180},
+                 "whyNotScaled": why, "framebuffers": [
+                     {"name": 1, "draws": 1, "wiped": 0, "clears": 1, "viewports": [], **size}],
+                 "textureStorage": [], "FB0Factor": factor, "gameInternalFBOFactor": 100,
+                 "internalEnable": 1, "blitMs": 0, "endedAt": 0}
+        Path(f"{prefix}stats.json").write_text(json.dumps(
+            {"driver": {"vendor": "", "renderer": "", "version": ""}, "frames": [frame],
+             "framesLeftOut": 0}))
+        Path(f"{prefix}err").write_text("vesko-run: there is no picture of frame 20\nnoise\n")
+        return Run([], {}, None, prefix, code, None)
+
+
+class Programs(unittest.TestCase):
+    def problems(self, scaled: Picture | None, **left: str) -> list[str]:
+        program = Program("case", "its-package", 20, {X11: (left.pop("command", "true"),)})
+        with tempfile.TemporaryDirectory() as folder:
+            played = Played(FakePlays(Path(folder), scaled, **left), program, X11, Path(), None)
+            return [v.problem for v in played.check()]
+
+    def test_nothing_but_the_native_picture_with_fewer_pixels_passes(self) -> None:
+        native = native_picture()
+        self.assertEqual(self.problems(native), ["", ""])
+        missing = "exit code 4, vesko-run: there is no picture of frame 20"
+        cases: list[tuple[Picture | None, dict[str, str], tuple[str, str]]] = [
+            (native, {"why": "it is the driver's"}, ("", "it is the driver's")),
+            (native, {"drawn": "100"}, ("", "nothing at the scaled size")),
+            (native, {"code": "4"}, ("", missing)),
+            (native, {"code": "139"}, ("", "exit code 139")),
+            (None, {}, ("there is no picture",) * 2),
+            (native, {"mode": "native", "code": "4"},
+             (f"does not run here natively: {missing}",) * 2),
+            (native, {"command": "no-such-program"}, ("not installed: its-package",) * 2)]
+        cases += [(wrong, {}, ("is off by", "is off by"))
+                  for _, wrong in likeness.damaged(native)]
+        for scaled, left, expected in cases:
+            for problem, part in zip(self.problems(scaled, **left), expected, strict=True):
+                self.assertIn(part, problem, left)
+                self.assertEqual(problem == "", part == "", (left, problem))
+
+    def test_the_table_has_every_display_and_every_failure(self) -> None:
+        first, other = PROGRAMS[0], next(p for p in PROGRAMS if p.without)
+        rows = table([Verdict(first, X11, 75, "", "64x48", 1.23, 22.0),
+                      Verdict(first, X11, 50, "", "64x48", 2.0, 21.0),
+                      Verdict(first, WAYLAND, 75, "", "64x48", 3.0, 22.0),
+                      Verdict(first, WAYLAND, 50, "it | ended", "", 0, 0),
+                      Verdict(other, WAYLAND, 75, "", "8x8", 1.0, 5.0)]).splitlines()[2:]
+        self.assertEqual(rows, [
+            f"| {first.name} | 64x48 | 1.2 | 2.0 | 3.0 | FAILED | 21.0 | Wayland at 50: "
+            "it / ended |",
+            f"| {other.name} | 8x8 |  |  | 1.0 |  | 5.0 | alike ({other.without}) |"])
+
+    def test_all_that_is_promised_is_played(self) -> None:
+        scenes = [p for p in PROGRAMS if p.name.startswith("glmark2 ")]
+        self.assertEqual(len({p.commands[X11][-1] for p in scenes}), 33)
+        for program in PROGRAMS:
+            self.assertTrue(program.without or set(program.commands) == {X11, WAYLAND}, program)
+        script = (state.LIMITS.parent.parent / "dev").read_text(encoding="utf-8")
+        packages = set(re.findall(r"[\w-]+", script))
+        self.assertEqual({name for p in PROGRAMS for name in p.package.split()} - packages,
+                         set())
 
 
 class Documentation(unittest.TestCase):

@@ -40,7 +40,15 @@ void* Plugin::find(const char* symbol) const {
 
 const android::gl_hooks_t::gl_t& Plugin::bindThread(const android::gl_hooks_t& driver) {
     egl->eglGetCurrentContext();
+    handOver(driver);
+    return threadTable();
+}
+
+void Plugin::handOver(const android::gl_hooks_t& driver) const {
     entry->setGLHooksThreadSpecific(&driver, android::egl_connection_t::GLESv2_INDEX);
+}
+
+const android::gl_hooks_t::gl_t& Plugin::threadTable() {
     void* const table = android::threadPointerArray()[android::TLS_SLOT_OPENGL_API];
     if (table == nullptr) abort();
     return static_cast<const android::gl_hooks_t*>(table)->gl;

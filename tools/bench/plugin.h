@@ -17,6 +17,10 @@ public:
     // table for this driver, which must outlive the thread's calls.
     const android::gl_hooks_t::gl_t& bindThread(const android::gl_hooks_t& driver);
 
+    // The second half of that, and what the thread's calls go through since.
+    void handOver(const android::gl_hooks_t& driver) const;
+    static const android::gl_hooks_t::gl_t& threadTable();
+
     // An exported variable of the library.
     template <typename T>
     T& variable(const char* symbol) const {

@@ -8,8 +8,13 @@ import numpy as np
 Size = tuple[int, int]
 
 
+def rounded(size: Size, percent: int) -> Size:
+    """The scaled size of any program's window."""
+    return (size[0] * percent + 50) // 100, (size[1] * percent + 50) // 100
+
+
 def scaled(size: Size, percent: int) -> Size:
-    """The scaled size, in single precision and cut off, as a driver is given it."""
+    """That of a game's window, in single precision and cut off, as a driver is given it."""
     factor = np.float32(percent / 100.0)
     return int(np.float32(size[0]) * factor), int(np.float32(size[1]) * factor)
 

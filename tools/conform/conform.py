@@ -44,8 +44,9 @@ def parse(arguments: Sequence[str]) -> Options:
     parser.add_argument("--quick", action="store_true",
                         help="the short form: a sample of the tests, in about a minute")
     parser.add_argument("--programs", action="store_true",
-                        help="real programs instead, natively and at factors of 75 and 50: "
-                             "whether each shows the native picture with fewer pixels")
+                        help="real programs instead, natively and at factors of 75 and 50, on X11 "
+                             "and on Wayland: whether each shows the native picture with fewer "
+                             "pixels; with --quick the small ones")
     cli.add_out(parser, "conform-out", "the raw results and pictures")
     cli.add_build(parser)
     cli.add_driver(parser, "run")
@@ -153,5 +154,6 @@ def main(arguments: Sequence[str]) -> int:
     prepare(options.out)
     with Displays(options.jobs) as displays:
         if options.programs:
-            return programs.run(Runner(options.build, options.out, options.driver, displays))
+            runner = Runner(options.build, options.out, options.driver, displays)
+            return programs.run(runner, options.jobs, options.quick)
         return compare_all(options, displays)

@@ -4,10 +4,19 @@ import contextlib
 import os
 import queue
 import subprocess
-from collections.abc import Iterator
+import tempfile
+import time
+from collections.abc import Iterator, Mapping
+from pathlib import Path
 
 from tools.common import processes
 from tools.common.errors import CannotRun
+
+SIZE = "1280x1024"
+START_SECONDS = 20
+TICK_SECONDS = 0.05
+# What names a display to a program.
+VARIABLES = ("DISPLAY", "WAYLAND_DISPLAY")
 
 
 class Displays:
@@ -29,13 +38,13 @@ class Displays:
         return self
 
     def __exit__(self, *_: object) -> None:
-        for server in self._servers:
+        for server in reversed(self._servers):
             processes.stop(server)
 
     def _start(self) -> str:
         reader, writer = os.pipe()
         self._servers.append(subprocess.Popen(
-            [self._program, "-displayfd", str(writer), "-screen", "0", "1280x1024x24",
+            [self._program, "-displayfd", str(writer), "-screen", "0", f"{SIZE}x24",
              "-nolisten", "tcp", "-noreset"],
             pass_fds=[writer], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL, start_new_session=True))
@@ -54,3 +63,48 @@ class Displays:
             yield name
         finally:
             self._free.put(name)
+
+    def variables(self, name: str) -> Mapping[str, str]:
+        """What sends a program to it."""
+        return {"DISPLAY": name}
+
+
+class Compositors(Displays):
+    """The same of Weston, each in an Xvfb of its own.
+
+    Not Weston's headless backend, which has no seat: SDL 2.26 crashes without one.
+    """
+
+    def __init__(self, number: int) -> None:
+        super().__init__(number)
+        self._weston = processes.find_program("weston", "weston")
+        self._folder = tempfile.TemporaryDirectory(prefix="vesko-wayland-")
+
+    def __exit__(self, *_: object) -> None:
+        super().__exit__()
+        self._folder.cleanup()
+
+    def _start(self) -> str:
+        display = super()._start()
+        name = f"wayland-{display[1:]}"
+        width, height = SIZE.split("x")
+        log = Path(self._folder.name) / f"{name}.log"
+        environment = {k: v for k, v in os.environ.items() if k not in VARIABLES}
+        server = subprocess.Popen(
+            [self._weston, "--backend=x11-backend.so", "--use-pixman", "--no-config",
+             f"--socket={name}", f"--width={width}", f"--height={height}", "--idle-time=0",
+             f"--log={log}"],
+            env={**environment, "DISPLAY": display, "XDG_RUNTIME_DIR": self._folder.name},
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+            start_new_session=True)
+        self._servers.append(server)
+        until = time.monotonic() + START_SECONDS
+        while not (Path(self._folder.name) / name).exists():
+            if server.poll() is not None or time.monotonic() > until:
+                text = log.read_text(errors="replace") if log.exists() else ""
+                raise CannotRun(f"weston does not start:\n{text[-processes.CHARACTERS_SHOWN:]}")
+            time.sleep(TICK_SECONDS)
+        return name
+
+    def variables(self, name: str) -> Mapping[str, str]:
+        return {"WAYLAND_DISPLAY": name, "XDG_RUNTIME_DIR": self._folder.name}

@@ -3,64 +3,48 @@ pixels. Run by --programs, which leaves a contact sheet and a table."""
 
 import shutil
 import subprocess
-from collections.abc import Sequence
-from dataclasses import dataclass, field
+from collections.abc import Iterator, Mapping, Sequence
+from concurrent.futures import ThreadPoolExecutor
+from contextlib import ExitStack
+from dataclasses import dataclass
 from pathlib import Path
+from typing import Protocol
 
 from tools.common import measure, processes, sheet, stats
 from tools.common.cli import say
 from tools.common.errors import EXIT_FAILED, CannotRun
 from tools.common.launcher import Ended
-from tools.common.sizes import scaled
+from tools.common.sizes import rounded
 from tools.conform import likeness
 from tools.conform.cases import Case, Facts, Run
+from tools.conform.displays import Compositors, Displays
 from tools.conform.modes import Mode
+from tools.conform.program_list import CLIP, PROGRAMS, TOOLKITS, WAYLAND, X11, Program
 from tools.conform.runner import Runner
 
 FACTORS = (75, 50)
 SUITE = "programs"
 # Of the sheet, enlarged.
 PLACES = ((0.3, 0.4), (0.6, 0.7))
-CLIP_SECONDS = 60
+CLIP_SECONDS = 10
+# The film moves slowly: on which frame of it a frame of the program falls is not certain.
+SLOWED = 10
+NAME_SHOWN = 40  # what fits over a picture
+NATIVE = Mode("native", ("--no-plugin",))
 
 
-@dataclass(frozen=True)
-class Program:
-    name: str
-    package: str
-    command: tuple[str, ...]  # {clip} stands for a film
-    frame: int  # whose picture is compared
-    environment: dict[str, str] = field(default_factory=dict)
+class Plays(Protocol):
+    """What runs a program: a Runner."""
 
+    out: Path
 
-SDL = {"SDL_AUDIODRIVER": "dummy", "SDL_VIDEO_X11_FORCE_EGL": "1"}
-SDL_RENDERER = {**SDL, "SDL_RENDER_DRIVER": "opengles2"}
-PROGRAMS = (
-    Program("LÖVE: mrrescue", "mrrescue", ("love", "/usr/share/games/mrrescue/mrrescue.love"), 150,
-            {**SDL, "LOVE_GRAPHICS_USE_OPENGLES": "1", "ALSOFT_DRIVERS": "null"}),
-    Program("chocolate-doom", "chocolate-doom freedoom",
-            ("/usr/games/chocolate-doom", "-iwad", "/usr/share/games/doom/freedoom1.wad",
-             "-nosound", "-window", "-geometry", "640x480", "-nogui", "-warp", "1", "1"), 120,
-            SDL_RENDERER),
-    Program("SDL renderer: starfighter", "starfighter", ("/usr/games/starfighter",), 60,
-            SDL_RENDERER),
-    Program("mpv", "mpv", ("mpv", "--no-config", "--no-terminal", "--ao=null", "--vo=gpu",
-                           "--gpu-context=x11egl", "--opengl-es=yes", "--geometry=640x360",
-                           "{clip}"), 30),
-    Program("Warzone 2100", "warzone2100",
-            ("/usr/games/warzone2100", "--gfxbackend=opengles", "--window",
-             "--resolution=640x480", "--nosound"), 40, SDL),
-    Program("es2gears", "mesa-utils", ("es2gears_x11",), 20),
-    *(Program(f"glmark2 {scene}", "glmark2-es2-x11", ("glmark2-es2", "-s", "640x480", "-b", scene),
-              20) for scene in ("build", "texture", "shading", "bump", "effect2d", "pulsar",
-                                "desktop", "buffer", "ideas", "jellyfish", "terrain", "shadow",
-                                "refract", "conditionals", "function", "loop")),
-)
+    def run(self, case: Case, mode: Mode, tag: str, displays: Displays | None = None) -> Run: ...
 
 
 @dataclass
 class Verdict:
     program: Program
+    display: str
     factor: int
     problem: str  # empty: as it should be
     window: str = ""
@@ -68,12 +52,16 @@ class Verdict:
     bound: float = 0.0
     picture: Path | None = None
 
+    def __str__(self) -> str:
+        found = self.problem or f"{self.worst:.1f} of at most {self.bound:.1f}"
+        return (f"{'FAILED' if self.problem else 'alike '} {self.program.name} on {self.display} "
+                f"at {self.factor}: {found}")
+
 
 def make_clip(file: Path) -> None:
-    """A picture that stands still: which frame of a film is shown depends on the machine."""
     ffmpeg = processes.find_program("ffmpeg", "ffmpeg")
     processes.output([ffmpeg, "-y", "-loglevel", "error", "-f", "lavfi", "-i",
-                      "testsrc2=size=640x360:rate=30", "-vf", "trim=end_frame=1,loop=-1:1", "-t",
+                      "testsrc2=size=640x360:rate=30", "-vf", f"setpts={SLOWED}*PTS,fps=30", "-t",
                       str(CLIP_SECONDS), "-c:v", "mpeg4", "-q:v", "3", file])
 
 
@@ -81,77 +69,140 @@ def _facts(run: Run) -> Facts:
     return {}
 
 
-def _play(runner: Runner, program: Program, mode: Mode, clip: Path) -> Run:
-    home = runner.out / SUITE / "home"
-    home.mkdir(parents=True, exist_ok=True)
-    options = ("--clock", "step:16.667", "--frames", str(program.frame + 1), "--stats",
-               "{run}stats.json", "--capture", "{run}picture.png", "--frame", str(program.frame))
-    command = [word.replace("{clip}", str(clip)) for word in program.command]
-    case = Case(SUITE, program.name, command, _facts, options=options,
-                environment={**program.environment, "HOME": str(home), "vblank_mode": "0"})
-    return runner.run(case, mode, mode.name)
+class Played:
+    """One program on one display."""
+
+    def __init__(self, plays: Plays, program: Program, display: str, clip: Path,
+                 displays: Displays | None) -> None:
+        self._plays = plays
+        self._program = program
+        self._display = display
+        self._displays = displays
+        self._command = [word.replace(CLIP, str(clip)) for word in program.commands[display]]
+
+    def _verdict(self, factor: int, problem: str) -> Verdict:
+        return Verdict(self._program, self._display, factor, problem)
+
+    def _play(self, mode: Mode) -> Run:
+        home = self._plays.out / SUITE / "home"
+        home.mkdir(parents=True, exist_ok=True)
+        frame = self._program.frame
+        options = ("--clock", "step:16.667", "--frames", str(frame + 1), "--stats",
+                   "{run}stats.json", "--capture", "{run}picture.png", "--frame", str(frame))
+        case = Case(SUITE, f"{self._program.name} {self._display}", self._command, _facts,
+                    options=options,
+                    environment={**TOOLKITS[self._display], **self._program.environment,
+                                 "HOME": str(home), "vblank_mode": "0"})
+        return self._plays.run(case, mode, mode.name, self._displays)
+
+    def _seen(self, run: Run) -> tuple[stats.Frame | None, Path, str]:
+        """The last frame as the driver saw it and its picture; else why there is none."""
+        picture = Path(f"{run.prefix}picture.png")
+        errors = Path(f"{run.prefix}err")
+        if run.code != "0" or not picture.is_file():
+            text = errors.read_text(encoding="utf-8", errors="replace") if errors.is_file() else ""
+            told = [line for line in text.splitlines() if line.startswith("vesko-run: ")]
+            return None, picture, f"exit code {run.code}, {told[-1] if told else 'no picture'}"
+        try:
+            ended = Ended(run.command, 0, errors)
+            return stats.read(Path(f"{run.prefix}stats.json"), ended).frames[-1], picture, ""
+        except (CannotRun, IndexError):
+            return None, picture, "no frame was recorded"
+
+    def _judge(self, factor: int, native: Path) -> Verdict:
+        run = self._play(Mode(f"any-{factor}", ("--game", "any", "--set", f"FB0Factor={factor}")))
+        frame, picture, problem = self._seen(run)
+        if frame is None:
+            return self._verdict(factor, problem)
+        found = likeness.compare(measure.load(picture), measure.load(native))
+        problem = ("" if self._program.plain else found.problem) or frame.why_not_scaled
+        if not problem and rounded(frame.window, factor) not in frame.offscreen:
+            problem = "the driver drew nothing at the scaled size"
+        return Verdict(self._program, self._display, factor, problem,
+                       f"{frame.window[0]}x{frame.window[1]}", found.worst, found.bound, picture)
+
+    def check(self) -> list[Verdict]:
+        if shutil.which(self._command[0]) is None:
+            problem = f"not installed: {self._program.package}"
+            return [self._verdict(factor, problem) for factor in FACTORS]
+        frame, native, problem = self._seen(self._play(NATIVE))
+        if frame is None:
+            problem = f"it does not run here natively: {problem}"
+            return [self._verdict(factor, problem) for factor in FACTORS]
+        return [self._judge(factor, native) for factor in FACTORS]
 
 
-def _seen(run: Run) -> tuple[stats.Frame | None, Path]:
-    """The last frame as the driver saw it, and its picture."""
-    picture = Path(f"{run.prefix}picture.png")
-    if run.code != "0" or not picture.is_file():
-        return None, picture
-    ended = Ended(run.command, 0, Path(f"{run.prefix}err"))
-    return stats.read(Path(f"{run.prefix}stats.json"), ended).frames[-1], picture
-
-
-def _judge(program: Program, factor: int, native: Path, run: Run) -> Verdict:
-    frame, picture = _seen(run)
-    if frame is None:
-        return Verdict(program, factor, f"exit code {run.code}, or no picture of frame "
-                       f"{program.frame}; see {run.prefix}err")
-    found = likeness.compare(measure.load(picture), measure.load(native))
-    problem = found.problem or frame.why_not_scaled
-    if not problem and scaled(frame.window, factor) not in frame.offscreen:
-        problem = "the driver drew nothing at the scaled size"
-    return Verdict(program, factor, problem, f"{frame.window[0]}x{frame.window[1]}", found.worst,
-                   found.bound, picture)
-
-
-def check(runner: Runner, program: Program, clip: Path) -> list[Verdict]:
-    if shutil.which(program.command[0]) is None:
-        return [Verdict(program, factor, f"not installed: {program.package}")
-                for factor in FACTORS]
-    frame, native = _seen(_play(runner, program, Mode("native", ("--no-plugin",)), clip))
-    if frame is None:
-        return [Verdict(program, factor, "it does not run here natively") for factor in FACTORS]
-    return [_judge(program, factor, native, _play(
-        runner, program, Mode(f"any-{factor}", ("--set", f"FB0Factor={factor}")), clip))
-        for factor in FACTORS]
+def _row(program: Program, verdicts: Mapping[tuple[str, int], Verdict]) -> str:
+    """A line of the table: each cell how far a block moved."""
+    own = list(verdicts.values())
+    cells = [program.name, own[0].window]
+    for display in X11, WAYLAND:
+        for factor in FACTORS:
+            v = verdicts.get((display, factor))
+            cells.append("" if v is None else "FAILED" if v.problem else f"{v.worst:.1f}")
+    problems = sorted({f"{v.display} at {v.factor}: {v.problem}" for v in own if v.problem})
+    words = "; ".join(problems) or ("scaled; too plain to compare" if program.plain else "alike")
+    note = f" ({program.without})" if program.without else ""
+    bound = min((v.bound for v in own if not v.problem), default=0.0)
+    cells += [f"{bound:.1f}", words.replace("|", "/") + note]
+    return f"| {' | '.join(cells)} |"
 
 
 def table(verdicts: Sequence[Verdict]) -> str:
-    lines = ["| Program | Factor | Window | Block moved | At most | Verdict |",
-             "|---|---|---|---|---|---|"]
-    for v in verdicts:
-        lines.append(f"| {v.program.name} | {v.factor} | {v.window} | {v.worst:.1f} | "
-                     f"{v.bound:.1f} | {v.problem or 'alike'} |")
+    heads = ["Program", "Window", *(f"{display}, {factor}" for display in (X11, WAYLAND)
+                                    for factor in FACTORS), "At most", "Verdict"]
+    lines = [f"| {' | '.join(heads)} |", "|---" * len(heads) + "|"]
+    lines += [_row(program, {(v.display, v.factor): v for v in own})
+              for program, own in _by_program(verdicts)]
     return "\n".join(lines)
 
 
-def run(runner: Runner) -> int:
-    clip = runner.out / "clip.avi"
-    try:
-        make_clip(clip)
-    except (CannotRun, subprocess.SubprocessError) as error:
-        say(f"no film for mpv: {error}")
-    verdicts: list[Verdict] = []
+def _by_program(verdicts: Sequence[Verdict]) -> Iterator[tuple[Program, list[Verdict]]]:
     for program in PROGRAMS:
-        own = check(runner, program, clip)
-        verdicts += own
-        for v in own:
-            say(f"{'FAILED' if v.problem else 'alike '} {program.name} at {v.factor}: "
-                f"{v.problem or f'{v.worst:.1f} of at most {v.bound:.1f}'}")
+        own = [v for v in verdicts if v.program is program]
+        if own:
+            yield program, own
+
+
+def _draw_sheet(verdicts: Sequence[Verdict], file: Path) -> None:
+    """One picture of each program, at the smallest factor."""
+    entries = []
+    for program, own in _by_program(verdicts):
+        shown = [v for v in own if v.picture and v.factor == min(FACTORS)]
+        if shown:
+            wrong = any(v.problem for v in own)
+            displays = " and ".join(sorted({v.display for v in own}, reverse=True))
+            verdict = "FAILED" if wrong else "scaled" if program.plain else "alike"
+            entries.append(sheet.Entry(
+                program.name[:NAME_SHOWN], f"at {shown[0].factor}; {displays}: {verdict}",
+                shown[0].picture or Path(), PLACES))
+    if entries:
+        sheet.draw(entries, file)
+
+
+def run(runner: Runner, jobs: int, small: bool) -> int:
+    clip = runner.out / "clip.avi"
+    wanted = [(program, display) for program in PROGRAMS for display in program.commands
+              if not small or display in program.small]
+    if any(CLIP in program.commands[display] for program, display in wanted):
+        try:
+            make_clip(clip)
+        except (CannotRun, subprocess.SubprocessError) as error:
+            say(f"no film for mpv: {error}")
+    verdicts: list[Verdict] = []
+    with ExitStack() as stack:
+        compositors = stack.enter_context(Compositors(jobs))
+        pool = stack.enter_context(ThreadPoolExecutor(jobs))
+        displays = {X11: None, WAYLAND: compositors}
+        played = [Played(runner, program, display, clip, displays[display])
+                  for program, display in wanted]
+        for own in pool.map(Played.check, played):
+            verdicts += own
+            for v in own:
+                say(str(v))
     (runner.out / "programs.md").write_text(table(verdicts) + "\n", encoding="utf-8")
-    shown = [sheet.Entry(v.program.name, f"factor {v.factor}: {'FAILED' if v.problem else 'alike'}",
-                         v.picture, PLACES) for v in verdicts if v.picture]
-    if shown:
-        sheet.draw(shown, runner.out / "programs.png")
-    say(f"results: {runner.out}/programs.md, programs.png")
-    return EXIT_FAILED if any(v.problem for v in verdicts) else 0
+    _draw_sheet(verdicts, runner.out / "programs.png")
+    failed = sum(bool(v.problem) for v in verdicts)
+    say(f"{len(verdicts)} pictures, {failed} of them not alike; results: {runner.out}/programs.md, "
+        "programs.png")
+    return EXIT_FAILED if failed else 0

@@ -7,7 +7,7 @@ from tools.common import processes
 from tools.common.errors import CannotRun
 from tools.common.launcher import Launcher
 from tools.conform.cases import Case, Counts, Run
-from tools.conform.displays import Displays
+from tools.conform.displays import VARIABLES, Displays
 from tools.conform.modes import Mode
 
 LIMIT_SECONDS = 180
@@ -24,8 +24,9 @@ class Runner:
         if refusal:
             raise CannotRun(f"the rig cannot run here: {refusal}")
 
-    def run(self, case: Case, mode: Mode, tag: str) -> Run:
+    def run(self, case: Case, mode: Mode, tag: str, displays: Displays | None = None) -> Run:
         """Runs the case once; what it leaves begins with OUT/SUITE/CASE/TAG."""
+        displays = displays or self.displays
         folder = self.out / case.suite / case.slug
         folder.mkdir(parents=True, exist_ok=True)
         prefix = folder / f"{tag}."
@@ -35,9 +36,9 @@ class Runner:
         command = self.launcher.command(
             ["--driver", self._driver, "--log", "none", *mode.options, "--count", str(counts),
              *options], program)
-        with self.displays.one() as display:
-            environment = {**os.environ, **case.environment, "DISPLAY": display}
-            environment.pop("WAYLAND_DISPLAY", None)
+        outer = {name: value for name, value in os.environ.items() if name not in VARIABLES}
+        with displays.one() as display:
+            environment = {**outer, **case.environment, **displays.variables(display)}
             code = processes.run(command, Path(f"{prefix}out"), Path(f"{prefix}err"),
                                  limit=LIMIT_SECONDS, environment=environment,
                                  directory=case.directory)
