@@ -294,7 +294,7 @@ class CommandLine(unittest.TestCase):
         rows = re.findall(r"^\| `(--[a-z-]+)[^|]*\|[^|]*\| ([^|]*?) ?\|$", page, re.M)
         self.assertEqual({name for name, _ in rows}, in_help - {"--help"})
         in_text = set(re.findall(r"`[^`\n]*?(--[a-z][a-z-]+)", page))
-        self.assertLessEqual(in_text, in_help | {"--status", "--set"})
+        self.assertLessEqual(in_text, in_help | {"--status", "--no-plugin"})
         for option in o.SETTINGS:
             default = dict(rows)[f"--{option.name}"]
             self.assertEqual(default.strip("`"), option.default or option.unset, option.name)

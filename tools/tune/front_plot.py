@@ -15,6 +15,15 @@ def _range(values: Sequence[float]) -> tuple[float, float]:
     return min(values) - margin, max(values) + margin
 
 
+def _label(panel: Panel, r: Result) -> None:
+    """Above and to the left, where the front does not pass, as far as there is room."""
+    x, y = panel.x(r.ratio), panel.y(r.ssim)
+    if x > chart.WIDTH / 4:
+        panel.text(x - 8, y - 6, r.setting.title, "end", "note")
+    else:
+        panel.text(x + 8, y + 16, r.setting.title, "start", "note")
+
+
 def draw(results: Sequence[Result], front: Sequence[Result], chosen: Result | None) -> str:
     shown = [r for r in results if r.comparisons and not r.drawn_wrongly and not r.not_scaled]
     if len(shown) < 2:
@@ -32,6 +41,6 @@ def draw(results: Sequence[Result], front: Sequence[Result], chosen: Result | No
         panel.dot(kind + (" chosen" if r is chosen else ""), r.ratio, r.ssim,
                   f"{r.setting.title}: {r.ratio:.0%} of the native time, SSIM {r.ssim:.4f}")
         if r in front or r is chosen:
-            panel.text(panel.x(r.ratio) + 8, panel.y(r.ssim) - 8, r.setting.title, "start", "note")
+            _label(panel, r)
     panel.text(chart.WIDTH / 2, HEIGHT - 4, "faster to the left, better upwards", kind="note")
     return chart.svg([panel], HEIGHT, "SSIM over the frame time")

@@ -34,8 +34,8 @@ def _answer(report: Report) -> str:
     verdict = report.verdict
     kind = "factor" if verdict.chosen else "none"
     partial = ("" if report.complete else
-               '<p class="card partial">Partial: ended before all rounds were through. What was '
-               "measured until then is shown.</p>")
+               '<p class="card partial">Partial: ended early. What was measured and compared until '
+               "then is shown.</p>")
     return f"""{partial}<section class="card" id="recommendation">
 <div class="answer"><div class="{kind}">{_e(r.answer(verdict))}</div>
 <p>{_e(verdict.headline)}</p></div>

@@ -95,6 +95,11 @@ class Comparer:
     def __init__(self, region: str | None) -> None:
         self._region = region
         self._butteraugli = find_butteraugli()
+        self._given_up = False
+
+    def give_up(self) -> None:
+        """From now on nothing is compared."""
+        self._given_up = True
 
     def weights(self, picture: Picture) -> Values:
         result = regions.weights(self._region, *picture.shape[:2])
@@ -107,7 +112,7 @@ class Comparer:
                 size: Size | None) -> Comparison | None:
         """The first file against the second, the native one; `size` as resized_ssim
         says. None where the pictures cannot be compared."""
-        if not all(file.is_file() for file in files):
+        if self._given_up or not all(file.is_file() for file in files):
             return None
         own, native = map(measure.load, files)
         if own.shape != native.shape:

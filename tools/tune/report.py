@@ -115,6 +115,13 @@ def frames_sentence(report: Report) -> str:
     return f"Measured: {shape[1]} frames in {runs} of each line.{more}"
 
 
+def front_sentences(verdict: Verdict) -> list[str]:
+    if len(verdict.front) < 2:
+        return []
+    steps = ", ".join(f"{r.setting.title} ({r.ratio:.0%}, {r.ssim:.3f})" for r in verdict.front)
+    return [f"The front of time (of native) against SSIM: {steps}."]
+
+
 def noise_sentence(noise: Comparison | None) -> str:
     if noise is None:
         return "There was one native run, so it is not known how far its pictures repeat."
@@ -148,9 +155,10 @@ def terminal(report: Report) -> str:
     pictures = picture_rows(report)
     if len(pictures) > 1:
         parts += [texts.table(pictures, left=2), ""]
-    parts += [f"Answer: {answer(verdict)}. {verdict.headline}", verdict.pixels, *verdict.remarks,
+    parts += [f"Answer: {answer(verdict)}. {verdict.headline}",
+              *front_sentences(verdict), verdict.pixels, *verdict.remarks,
               *report.notes, frames_sentence(report), noise_sentence(report.noise),
               *estimate_sentences(report)]
     if not report.complete:
-        parts.insert(0, "PARTIAL: ended before all rounds were through.\n")
+        parts.insert(0, "PARTIAL: ended early.\n")
     return "\n".join(parts)

@@ -3,6 +3,8 @@
 import math
 from collections.abc import Callable
 from dataclasses import dataclass, field
+from functools import partial
+from typing import TypeVar
 
 import numpy as np
 
@@ -18,6 +20,7 @@ REPEATABLE = 0.999
 # How much less like the native picture than its plain resize a scaled one may
 # be; beyond it, drawing went wrong, since losing resolution explains less.
 WRONG_SSIM = 0.12
+Found = TypeVar("Found")
 
 
 @dataclass
@@ -88,6 +91,16 @@ def _compare(run: Run, native: Run, comparer: Comparer, frames: list[int],
     return result
 
 
+def _whole(session: Session, comparer: Comparer, work: Callable[[], Found]) -> Found:
+    """From an interruption on, nothing is compared, but times must not be lost with it."""
+    try:
+        return work()
+    except KeyboardInterrupt:
+        comparer.give_up()
+        session.complete = False
+        return work()
+
+
 def evaluate(setting: s.Setting, session: Session, way: Way, comparer: Comparer,
              comparable: bool) -> Result:
     runs, natives = session.runs[setting], session.runs[s.NATIVE]
@@ -120,7 +133,8 @@ def noise(session: Session, comparer: Comparer) -> Comparison | None:
     was one run only."""
     natives = session.runs.get(s.NATIVE, [])
     found = [c for run in natives[1:]
-             for c in _compare(run, natives[0], comparer, session.picture_frames)]
+             for c in _whole(session, comparer, partial(_compare, run, natives[0], comparer,
+                                                        session.picture_frames))]
     return min(found, key=lambda c: c.ssim) if found else None
 
 
@@ -135,4 +149,6 @@ def evaluate_all(session: Session, way: Way, comparer: Comparer,
     if s.NATIVE not in session.runs:
         return []
     comparable = way.scales_whole_picture and repeatable(found)
-    return [evaluate(setting, session, way, comparer, comparable) for setting in session.runs]
+    return [_whole(session, comparer,
+                   partial(evaluate, setting, session, way, comparer, comparable))
+            for setting in session.runs]

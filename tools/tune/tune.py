@@ -71,22 +71,22 @@ def write(report: r.Report) -> None:
     page.write(report, report.out / "tune.html")
 
 
-def measure(options: Options, command: list[str], out: Path) -> tuple[Session, bool]:
-    """Plays the schedule; true where it was interrupted."""
+def measure(options: Options, command: list[str], out: Path) -> Session:
+    """Plays the schedule; the session is not complete where this was interrupted."""
     player = Player(options, command, out)
     progress = Progress(options.timeout)
     schedule = settings.all_settings(options.factors, options.hdr_factors, options.filters or ())
     try:
-        return player.play(schedule, progress), False
+        return player.play(schedule, progress)
     except KeyboardInterrupt:
-        return player.session, True
+        return player.session
     finally:
         progress.close()
 
 
 def main(arguments: Sequence[str]) -> int:
     options, command, out = prepare(arguments)
-    session, interrupted = measure(options, command, out)
+    session = measure(options, command, out)
     if settings.NATIVE not in session.runs:
         complain("tune", "ended before anything was measured; nothing was written")
         return EXIT_INTERRUPTED
@@ -95,6 +95,6 @@ def main(arguments: Sequence[str]) -> int:
     write(report)
     print(f"\n{r.terminal(report)}\n\nresults: {out}/tune.html, tune.json, tune.csv, frames.csv\n")
     print(r.device_lines(report.verdict))
-    if interrupted:
+    if not report.complete:
         return EXIT_INTERRUPTED
     return {Answer.FACTOR: 0, Answer.OFF: o.EXIT_OFF}.get(report.verdict.answer, EXIT_FAILED)
