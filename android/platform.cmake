@@ -1,11 +1,15 @@
 # The platform's libraries and headers for a build outside the platform's tree.
 #
 # Each library is a stand-in made here: a shared object with the real soname that
-# defines exactly the symbols in android/imports/NAME.txt. A new import therefore
-# fails the link until somebody adds it to a list, having made sure that the
-# library of API 31 exports it.
+# defines exactly the symbols in android/imports/NAME.txt, or for 64 bits in
+# android/imports/64/NAME.txt. A new import therefore fails the link until somebody
+# adds it to a list, having made sure that the library of API 31 exports it.
+set(IMPORTS "${CMAKE_SOURCE_DIR}/android/imports")
+if(VESKO_PROCESSOR STREQUAL arm64)
+    string(APPEND IMPORTS /64)
+endif()
 function(platform_library name)
-    set(list "${CMAKE_SOURCE_DIR}/android/imports/${name}.txt")
+    set(list "${IMPORTS}/${name}.txt")
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${list}")
     set(source "${CMAKE_BINARY_DIR}/platform/${name}.cpp")
     set(definitions "")

@@ -15,7 +15,7 @@ BY_DEFAULT = {"-Wl,--pack-dyn-relocs=relr", "-Wl,-z,defs", "-Wl,-z,noexecstack",
               "-faddrsig"}
 # Of the stand-ins that the library is linked with, and of the desktop's library.
 OF_OTHERS = {"-nostdlib", "-Wl,-Bsymbolic-functions"}
-ARCHITECTURES = ("arm",)
+ARCHITECTURES = ("arm", "arm64")
 # The tests' program runs on glibc elsewhere, and starts other programs of the build.
 ONLY_ELSEWHERE = {"arm/host/thread_slots.cpp", "tests/support/desktop.cpp",
                   "tests/unit/exit_test.cpp"}
@@ -116,15 +116,15 @@ class Blueprint(unittest.TestCase):
         for name in self.modules:
             self.assertLessEqual(set(self.module(name, "arm")[1].get("shared_libs", [])), known)
 
-    def test_native_code_is_for_32_bit_arm_alone(self) -> None:
+    def test_native_code_is_for_arm_alone(self) -> None:
         for name in self.modules:
             for architecture in ("arm", "arm64", "x86", "x86_64"):
                 kind, properties = self.module(name, architecture)
                 if kind not in ("cc_library_shared", "cc_test"):
                     continue
-                self.assertEqual(properties["compile_multilib"], "32")
+                self.assertEqual(properties["compile_multilib"], "both")
                 enabled = properties.get("enabled", True)
-                self.assertEqual(enabled, architecture == "arm", (name, architecture))
+                self.assertEqual(enabled, architecture in ARCHITECTURES, (name, architecture))
                 assembly = [file for file in properties["srcs"] if file.endswith(".S")]
                 self.assertTrue(not assembly or enabled, (name, architecture))
 
@@ -138,14 +138,19 @@ class Blueprint(unittest.TestCase):
             _, library = self.module("libtolvernvesko", architecture)
             self.assertEqual(set(library["srcs"]),
                              {file for file in sources - OF_NO_DEVICE if not others.search(file)})
+            self.check_options(architecture, library)
         platform = {f"lib{path.stem}" for path in (SOURCE / "android/imports").glob("*.txt")}
         self.assertEqual(set(library["shared_libs"]) | {"libc++", "libc", "libm"}, platform)
         self.assertIn(f"VERSION_SCRIPT ${{CMAKE_SOURCE_DIR}}/{library['version_script']})",
                       (SOURCE / "android/platform.cmake").read_text())
+
+    def check_options(self, architecture: str, library: dict[str, Any]) -> None:
         own = set(library["cflags"] + library["cppflags"] + library["ldflags"])
         own |= {"-fno-rtti"} if library["rtti"] is False else set()
-        options = set(cmake_options("android/platform.cmake", "cmake/PluginModule.cmake",
-                                    "cmake/Library.cmake")) - BY_DEFAULT - OF_OTHERS
+        files = ["android/platform.cmake", "cmake/PluginModule.cmake", "cmake/Library.cmake"]
+        if architecture == "arm64":
+            files.append("cmake/Target.cmake")
+        options = set(cmake_options(*files)) - BY_DEFAULT - OF_OTHERS
         # Warnings are for people: Android.bp has those that both compilers know.
         self.assertEqual({word for word in own if not re.match("-W(?!l)", word)},
                          {word for word in options if "$" not in word})
