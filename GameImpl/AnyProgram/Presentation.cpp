@@ -75,6 +75,15 @@ void ScaledGl::present(bool last) {
     if (separateRead || readBound != 0) bindRead();
 }
 
+void ScaledGl::leaveInWindow() {
+    const Target& target = drawTarget();
+    gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kDrawn));
+    gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+    drawWindowFrom(target, whole(target.scale.window), target.copied);
+    bindDraw();
+    bindRead();
+}
+
 // The window is bound for drawing, what stands in for it for reading.
 void ScaledGl::drawWindowFrom(const Target& target, const Box& part, unsigned mask) {
     static constexpr GLenum kBack = GL_BACK;

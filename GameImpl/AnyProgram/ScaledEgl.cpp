@@ -67,8 +67,20 @@ unsigned ScaledEgl::eglMakeCurrent(void* display, void* draw, void* read, void* 
         }
         next->enter(display, context, drawn, readFrom);
     }
-    if (next != nullptr && !next->isServed()) passThrough(*next);
+    if (next != nullptr && !next->isServed()) {
+        passThrough(*next);
+        drawsToWindow(display, draw);
+    }
     return made;
+}
+
+// From now on a context that is not served does, so the window has the contents.
+void ScaledEgl::drawsToWindow(void* display, void* draw) {
+    if (draw == EGL_NO_SURFACE) return;
+    const Lock lock(surfaces().mutex);
+    const std::shared_ptr<Surface> drawn = surfaces().find(display, draw, *getEGLPlatformImpl());
+    drawn->holder.reset();
+    drawn->manyGroups = true;
 }
 
 // The context's calls go on as in a process that has not asked.
@@ -107,14 +119,14 @@ void ScaledEgl::handOver(void* display, void* draw, ScaledGl& next) {
     surface->manyGroups = true;
     ScaledGl* const here = currentContext();
     if (here != nullptr && here->drawsTo(draw)) {
-        here->present(false);
+        here->leaveInWindow();
     } else if (!leftThere && before != nullptr && !before->isCurrent()) {
         // The thread has its old context back only if that is where it is going.
         bindThread(before->threadBinding());
         if (!egl.eglMakeCurrent(display, draw, draw, drawnBy)) return;
         before->setCurrent();
         before->enter(display, drawnBy, surface, surface);
-        if (before->drawsTo(draw)) before->present(false);
+        if (before->drawsTo(draw)) before->leaveInWindow();
         before->leave();
         if (here != nullptr) here->leave();
     }

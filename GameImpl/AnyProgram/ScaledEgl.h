@@ -62,6 +62,7 @@ private:
     bool isES(void* display, void* context);
     void passThrough(ScaledGl& context);
     void handOver(void* display, void* draw, ScaledGl& next);
+    void drawsToWindow(void* display, void* draw);
     void showPixels(void* surface);
     void showAtOnce();
     void keepContents(void* display, void* surface);

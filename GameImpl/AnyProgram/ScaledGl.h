@@ -55,6 +55,8 @@ public:
     // Puts what was drawn into the window. Where it is the `last` of a frame, what
     // else the target holds is not needed any more.
     void present(bool last);
+    // All that can be copied, for a context of another group.
+    void leaveInWindow();
     // Whether the window is no longer as large as the target was made for.
     bool windowSizeChanged();
     // After a swap: a new size or factor takes effect.
@@ -175,7 +177,7 @@ private:
     void stand(Stand& side, const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer);
     int targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer);
     int freeTarget();
-    void learnCopies(Target& target, const ErrorsKept& errors);
+    bool learnCopies(Target& target, const ErrorsKept& errors);
     const char* build(int index, OwnFramebuffer framebuffer);
     const char* describeWindow(Target& target, GLenum side);
     GLint samplesOf(const Surface& surface, GLenum side);

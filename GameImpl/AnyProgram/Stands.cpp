@@ -74,7 +74,7 @@ void ScaledGl::bindStands(bool drewOwn) {
 }
 
 void ScaledGl::beforeLeaving() {
-    if (drawStand.exists() && drawStand.surface->manyGroups) present(false);
+    if (drawStand.exists() && drawStand.surface->manyGroups) leaveInWindow();
 }
 
 void ScaledGl::leave() {

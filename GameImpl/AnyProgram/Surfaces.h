@@ -53,8 +53,12 @@ struct Target {
     GLenum depthFormat = 0;    // 0: none
     GLenum stencilFormat = 0;  // 0: none, or within the depth's
     GLint samples = 0;         // of each image but the texture and the scratch one
-    GLbitfield copied = 0;     // which buffers blits between it and the window can copy
+    GLbitfield needed = 0;     // which buffers there are
+    GLbitfield copied = 0;     // which of them blits between it and the window can copy
     Size scratch;
+
+    // Not where contexts of several groups would lose each other's contents.
+    bool mayDraw() const { return !surface->manyGroups || copied == needed; }
 };
 
 // Contexts that share objects. The first of them that is made current takes the

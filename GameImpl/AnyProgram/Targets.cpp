@@ -20,8 +20,10 @@ constexpr GLenum kFloatComponents = GL_FLOAT;
 
 constexpr char kNoSize[] = "it has no size yet";
 constexpr char kNothingAlike[] = "no framebuffer is like it";
-// Drivers disagree on what a program reads from samples, and nothing has to be scaled.
-constexpr char kOwnSamples[] = "it is multisampled";
+// Nothing has to be scaled, and programs might notice what stands in for it: drivers
+// disagree on what is read from samples, and depths that cannot be copied may be lost.
+constexpr char kExactAlone[] = "only the driver's own is the same";
+constexpr char kManyContexts[] = "several contexts draw to it, and depths cannot be copied";
 constexpr char kNoMemory[] = "there is no memory for its images";
 
 constexpr GLuint kNamesOfNobody = 0xFFFFFE00;
@@ -257,16 +259,20 @@ int ScaledGl::freeTarget() {
     return -1;
 }
 
-// Whether depths and stencils can be copied too.
-void ScaledGl::learnCopies(Target& target, const ErrorsKept& errors) {
-    if (target.samples > 0) return;
+// Whether depths and stencils can be copied too. Contexts that draw to the window in
+// turn need them to be.
+bool ScaledGl::learnCopies(Target& target, const ErrorsKept& errors) {
+    target.copied = target.needed = GL_COLOR_BUFFER_BIT;
     const auto probe = [&](bool exists, GLbitfield part) {
         if (!exists) return;
+        target.needed |= part;
+        if (target.samples > 0) return;
         gl().glBlitFramebuffer(0, 0, 1, 1, 0, 0, 1, 1, part, GL_NEAREST);
         if (!errors.failed()) target.copied |= part;
     };
     probe(target.depthFormat != 0, GL_DEPTH_BUFFER_BIT);
     probe(target.stencilFormat != 0 || hasStencil(target.depthFormat), GL_STENCIL_BUFFER_BIT);
+    return target.mayDraw();
 }
 
 // The reason why not, or null. The window is bound for reading; leaves the
@@ -279,7 +285,7 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
     gl().glBindFramebuffer(side, 0);
     if (const char* why = describeWindow(target, side)) return why;
     if (errors.failed()) return "its format cannot be asked for";
-    if (target.samples > 0 && target.scale.isIdentity()) return kOwnSamples;
+    if (target.samples > 0 && target.scale.isIdentity()) return kExactAlone;
     allocate(index);
     if (errors.failed()) {
         // Few drivers have the first, which their windows may have. The other is no
@@ -299,9 +305,10 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
         attach(index, framebuffer);
         if (errors.failed() || !isLikeTheWindow(framebuffer)) return kNothingAlike;
     }
-    target.copied = GL_COLOR_BUFFER_BIT;
+    target.copied = target.needed = GL_COLOR_BUFFER_BIT;
     if (separateRead) return nullptr;
-    learnCopies(target, errors);
+    if (!learnCopies(target, errors)) return kManyContexts;
+    if (target.copied != target.needed && target.scale.isIdentity()) return kExactAlone;
     takeOverWindow(index);
     return errors.failed() ? "it cannot be copied" : nullptr;
 }
@@ -339,6 +346,8 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
             target.surface = surface;
             target.scale = scale;
             why = build(index, framebuffer);
+        } else if (!target.mayDraw()) {
+            why = kManyContexts;
         } else {
             attach(index, framebuffer);
             if (!holds && !separateRead) takeOverWindow(index);
@@ -351,10 +360,10 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
     if (why == nullptr) return index;
     surface->refusedScale = scale;
     attached[framebuffer] = -1;
-    if (why != surface->loggedRefusal && why != kOwnSamples) {
+    if (why != surface->loggedRefusal && why != kExactAlone) {
         HOOK_LOG(ERROR, "a window of %d x %d is not scaled: %s", window.width, window.height, why);
     }
-    if (why != kOwnSamples) surface->loggedRefusal = why;
+    if (why != kExactAlone) surface->loggedRefusal = why;
     return -1;
 }
 

@@ -19,12 +19,16 @@ void makesCurrentEveryFrame(Player& p) {
 void sharesASurface(Player& p, a::EGLContext shared) {
     const a::EGLContext second = p.newContext(shared);
     p.fill(0, 0, kWidth, kHeight, 1, 0, 0);
+    p.scene(1);
     p.use(p.surface, p.surface, second);
     p.asks("second", {GL_VIEWPORT, GL_SCISSOR_BOX, GL_FRAMEBUFFER_BINDING});
     p.picture("of the first");
     p.fill(10, 10, 40, 30, 0, 1, 0);
+    p.scene(3);
     p.use();
     p.picture("of both");
+    p.scene(5);  // against the depths of the second
+    p.picture("depths of both");
     p.fill(30, 20, 40, 30, 0, 0, 1);
     p.use(nullptr, nullptr, nullptr);
     p.use(p.surface, p.surface, second);
@@ -169,9 +173,8 @@ void sharesImages(Player& p) {
 
 const std::vector<Way> kContextWays = {
     {"MakesCurrentEveryFrame", {}, makesCurrentEveryFrame, 8},
-    {"SharesASurfaceWithinAGroup", {}, sharesItWithinAGroup},
-    {"SharesASurfaceBetweenGroups", {}, sharesItBetweenGroups},
-    {"SharesSamplesBetweenGroups", {8, 8, 8, 8, 24, 8, 4}, sharesItBetweenGroups},
+    {"SharesASurfaceWithinAGroup", {}, sharesItWithinAGroup, 14},
+    {"SharesASurfaceBetweenGroups", {}, sharesItBetweenGroups, 14},
     {"DrawsHereReadsThere", {}, drawsHereReadsThere, 14},
     {"DrawsSamplesReadsThere", {8, 8, 8, 8, 24, 8, 4}, drawsHereReadsThere, 14},
     {"GoesToOtherSurfaces", {}, goesToOtherSurfaces, 14},
