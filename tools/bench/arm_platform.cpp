@@ -4,8 +4,9 @@
 
 #include "platform/loader/gl_slot.h"
 
-static_assert(android::TLS_SLOT_OPENGL_API * sizeof(void*) == 16);
+static_assert(android::TLS_SLOT_OPENGL_API == 4);
 
+#if defined(__arm__)
 // Stubs are in ARM code, as calls through a table find them in either.
 __asm__(
     ".pushsection .text.bench, \"ax\"\n"
@@ -51,6 +52,47 @@ __asm__(
     ".size bench_mark, . - bench_mark\n"
     "bench_mark_end:\n"
     ".popsection\n");
+#else
+__asm__(
+    ".pushsection .text.bench, \"ax\"\n"
+    ".balign 16\n"
+    ".globl bench_stubs, bench_stubs_end\n"
+    "bench_stubs:\n"
+    ".macro stub\n"
+    "    mrs x16, tpidr_el0\n"
+    "    ldr x16, [x16, #32]\n"
+    "    cbz x16, bench_stubs_end\n"
+    "    ldr x16, [x16, #entry]\n"
+    "    br x16\n"
+    "    .set entry, entry + 8\n"
+    ".endm\n"
+    ".set entry, 0\n"
+#define GL_ENTRY(result, name, parameters, arguments) "stub\n"
+#include "platform/gl_entries.in"
+    "bench_stubs_end:\n"
+
+    ".globl pthread_getspecific, bench_lookup, bench_lookup_end\n"
+    ".type pthread_getspecific, %function\n"
+    "bench_lookup:\n"
+    "pthread_getspecific:\n"
+    "    adrp x9, bench_values\n"
+    "    add x9, x9, :lo12:bench_values\n"
+    "    ldr x0, [x9, w0, uxtw #3]\n"
+    "    .rept 14\n"
+    "    nop\n"
+    "    .endr\n"
+    "    ret\n"
+    ".size pthread_getspecific, . - pthread_getspecific\n"
+    "bench_lookup_end:\n"
+
+    ".globl bench_mark, bench_mark_end\n"
+    ".type bench_mark, %function\n"
+    "bench_mark:\n"
+    "    ret\n"
+    ".size bench_mark, . - bench_mark\n"
+    "bench_mark_end:\n"
+    ".popsection\n");
+#endif
 
 namespace {
 

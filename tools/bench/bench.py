@@ -29,6 +29,8 @@ class Options(argparse.Namespace):
     build: Path
     arm_build: Path | None
     arm_root: Path | None
+    arm64_build: Path | None
+    arm64_root: Path | None
     android: Path | None
 
 
@@ -55,8 +57,12 @@ class Parts:
             "x86-64 instructions": counts.measure(self._build, self._plain)}
         if self._options.arm_build and self._options.arm_root:
             say("counting instructions on ARM")
-            result["ARM instructions"] = counts.measure_arm(self._options.arm_build,
-                                                            self._options.arm_root)
+            result["ARM instructions"] = counts.measure_arm(
+                "qemu-arm-static", self._options.arm_build, self._options.arm_root)
+        if self._options.arm64_build and self._options.arm64_root:
+            say("counting instructions on 64-bit ARM")
+            result["64-bit ARM instructions"] = counts.measure_arm(
+                "qemu-aarch64-static", self._options.arm64_build, self._options.arm64_root)
         result["nanoseconds"] = self._call_times[0]
         result["mesa"] = times.mesa(self._build, 100 if self._options.quick else 1000,
                                     self._environment)
@@ -106,7 +112,7 @@ def parse(arguments: Sequence[str]) -> Options:
                         help="fewer repetitions: counts stay exact, times are rough")
     cli.add_out(parser, "bench-out", "bench.json and bench.txt")
     cli.add_build(parser, "the measuring programs")
-    for hidden in ("--arm-build", "--arm-root", "--android"):
+    for hidden in ("--arm-build", "--arm-root", "--arm64-build", "--arm64-root", "--android"):
         parser.add_argument(hidden, type=Path, help=argparse.SUPPRESS)
     options = parser.parse_args(arguments, Options())
     if options.quick:

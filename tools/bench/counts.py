@@ -48,10 +48,10 @@ def with_callgrind(program: str, library: Path, name: str) -> dict[str, int]:
     return {name: a - b for name, a, b in zip(names, totals["library"], totals["driver"])}
 
 
-def with_emulator(root: Path, program: str, library: Path, name: str) -> dict[str, int]:
+def with_emulator(emulated: str, root: Path, program: str, library: Path, name: str) -> dict[str, int]:
     """On ARM: every instruction of the library, the platform's stub and its lookup, from the
     emulator's log. It puts all things at the same addresses in each run."""
-    emulator: list[str | Path] = ["qemu-arm-static", "-L", root, "-0", name]
+    emulator: list[str | Path] = [emulated, "-L", root, "-0", name]
     said = output([*emulator, program, library], environment={})
     ranges = {name: (int(begin, 16) & ~1, int(end, 16))
               for name, begin, end in re.findall(r"^range (\w+) (\w+) (\w+)", said, re.M)}
@@ -97,7 +97,7 @@ def measure(build: Path, plain: Path) -> dict[str, Any]:
                    build / "libtolvernvesko.so", plain, ["library"])
 
 
-def measure_arm(build: Path, root: Path) -> dict[str, Any]:
-    return summary(partial(with_emulator, root, f"{build}/bench/call_count"),
+def measure_arm(emulator: str, build: Path, root: Path) -> dict[str, Any]:
+    return summary(partial(with_emulator, emulator, root, f"{build}/bench/call_count"),
                    build / "libtolvernvesko.so", build / "bench/libtolvernvesko-plain.so",
                    ["library", "in a game"])

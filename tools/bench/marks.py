@@ -5,6 +5,9 @@ from typing import Any
 
 ARM = {"0 arguments": 40, "1 int": 42, "3 ints": 46, "3 ints, a pointer": 50, "9 arguments": 60,
        "mean of all entries": 47}
+ARM64 = {"0 arguments": 36, "1 int": 37, "2 ints": 38, "3 ints": 39, "4 floats": 40,
+         "3 ints, a pointer": 40, "64-bit": 39, "5 arguments": 41, "6 arguments": 42,
+         "9 arguments": 44, "10 arguments": 44}
 X86 = {"1 int": 36, "mean of all entries": 42}
 MESA = {"no game": 1.04, "any": 1.02}
 SYSTEM_CALLS = 5  # beside getpid, which some C libraries answer themselves
@@ -62,6 +65,9 @@ def calls(table: Table, result: Mapping[str, Any]) -> None:
     if "ARM instructions" in result:
         counts(table, "Instructions added to a GL call, ARM (stub and lookup included)",
                result["ARM instructions"], ARM)
+    if "64-bit ARM instructions" in result:
+        counts(table, "Instructions added to a GL call, 64-bit ARM (stub and lookup included)",
+               result["64-bit ARM instructions"], ARM64)
     table.heading("Nanoseconds of a GL call, and to the direct one",
                   ["direct", "library", "plain", "to direct", "plain to it"])
     for family, row in result["nanoseconds"].items():
