@@ -56,7 +56,7 @@ void ScaledGl::copyImages(const Box& from, const Box& to, unsigned mask) {
 void ScaledGl::present(bool last) {
     static constexpr GLenum kAncillary[] = {GL_DEPTH_ATTACHMENT, GL_STENCIL_ATTACHMENT};
     static constexpr GLenum kColor[] = {GL_COLOR_ATTACHMENT0};
-    static constexpr GLenum kWindows[] = {GL_COLOR, GL_DEPTH, GL_STENCIL};
+    static constexpr GLenum kWindows[] = {GL_DEPTH, GL_STENCIL, GL_COLOR};
     const Target& target = drawTarget();
     const bool ends = last && target.surface->kind == SurfaceKind::Window;
     if (separateRead || readBound != 0) {
@@ -66,7 +66,11 @@ void ScaledGl::present(bool last) {
         gl().glInvalidateFramebuffer(GL_READ_FRAMEBUFFER, 2, kAncillary);
     }
     gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
-    if (ends) gl().glInvalidateFramebuffer(GL_DRAW_FRAMEBUFFER, 3, kWindows);
+    // Where contents count, the program may have told the driver which part it will draw.
+    if (ends) {
+        const int invalid = target.surface->contentsCount ? 2 : 3;
+        gl().glInvalidateFramebuffer(GL_DRAW_FRAMEBUFFER, invalid, kWindows);
+    }
     drawWindowFrom(target, whole(target.scale.window), GL_COLOR_BUFFER_BIT);
     if (ends && !target.surface->contentsCount) {
         gl().glInvalidateFramebuffer(GL_READ_FRAMEBUFFER, 1, kColor);

@@ -143,6 +143,16 @@ unsigned ScaledEgl::eglReleaseThread() {
     return done;
 }
 
+// What is current stays so until the threads release it.
+unsigned ScaledEgl::eglTerminate(void* display) {
+    const EGLBoolean done = getEGLPlatformImpl()->eglTerminate(display);
+    if (done) {
+        const Lock lock(surfaces().mutex);
+        surfaces().removeAll(display);
+    }
+    return done;
+}
+
 namespace {
 
 // What the frame's last call does once the picture is in the window.
@@ -233,10 +243,14 @@ void ScaledEgl::showAtOnce() {
     if (gl != nullptr && gl->showsAtOnce()) gl->present(false);
 }
 
-// That the past frame's contents count from now on.
-void ScaledEgl::keepContents(void* display, void* surface) {
+// The past frame's contents count from now on. False where they did not so far, and may
+// be lost.
+bool ScaledEgl::keepContents(void* display, void* surface) {
     const Lock lock(surfaces().mutex);
-    surfaces().find(display, surface, *getEGLPlatformImpl())->contentsCount = true;
+    Surface& kept = *surfaces().find(display, surface, *getEGLPlatformImpl());
+    const bool counted = kept.contentsCount || kept.holder.expired();
+    kept.contentsCount = true;
+    return counted;
 }
 
 unsigned ScaledEgl::eglSurfaceAttrib(void* display, void* surface, int attribute, int value) {
@@ -257,7 +271,8 @@ unsigned ScaledEgl::eglQuerySurface(void* display, void* surface, int attribute,
         getEGLPlatformImpl()->eglQuerySurface(display, surface, attribute, value);
     const bool preserved = attribute == EGL_SWAP_BEHAVIOR && value != nullptr && known &&
                            *value == EGL_BUFFER_PRESERVED;
-    if (known && (attribute == EGL_BUFFER_AGE_EXT || preserved)) keepContents(display, surface);
+    if (known && preserved) keepContents(display, surface);
+    if (known && attribute == EGL_BUFFER_AGE_EXT && !keepContents(display, surface)) *value = 0;
     return known;
 }
 

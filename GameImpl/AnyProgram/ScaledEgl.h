@@ -24,6 +24,7 @@ public:
 
     unsigned eglMakeCurrent(void* display, void* draw, void* read, void* context) override;
     unsigned eglReleaseThread() override;
+    unsigned eglTerminate(void* display) override;
     unsigned eglSwapBuffers(void* display, void* surface) override;
     unsigned eglSwapBuffersWithDamageKHR(void* display, void* surface, int* rects,
                                          int count) override;
@@ -65,7 +66,7 @@ private:
     void drawsToWindow(void* display, void* draw);
     void showPixels(void* surface);
     void showAtOnce();
-    void keepContents(void* display, void* surface);
+    bool keepContents(void* display, void* surface);
     void* added(void* display, void* surface, SurfaceKind kind);
     void* driverBuffer(void* display, void* context, unsigned target, void* buffer);
 };

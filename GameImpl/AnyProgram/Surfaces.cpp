@@ -50,6 +50,16 @@ void Surfaces::remove(EGLDisplay display, EGLSurface handle) {
     if (found != surfaces.end()) surfaces.erase(found);
 }
 
+void Surfaces::removeAll(EGLDisplay display) {
+    const auto isGone = [=](const auto& surface) { return surface->display == display; };
+    surfaces.erase(std::remove_if(surfaces.begin(), surfaces.end(), isGone), surfaces.end());
+    std::vector<EGLContext> gone;
+    for (const Context& context : contexts) {
+        if (context.display == display) gone.push_back(context.handle);
+    }
+    for (const EGLContext handle : gone) removeContext(display, handle);
+}
+
 std::shared_ptr<Surface> Surfaces::find(EGLDisplay display, EGLSurface handle,
                                         platform_impl_t& egl) {
     if (handle == EGL_NO_SURFACE) return nullptr;

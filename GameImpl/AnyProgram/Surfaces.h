@@ -86,6 +86,8 @@ public:
     // All need the mutex.
     void add(EGLDisplay display, EGLSurface handle, SurfaceKind kind);
     void remove(EGLDisplay display, EGLSurface handle);
+    // The display's surfaces and contexts.
+    void removeAll(EGLDisplay display);
     // Null for no surface. One that was not seen being made is asked of the
     // driver.
     std::shared_ptr<Surface> find(EGLDisplay display, EGLSurface handle, platform_impl_t& egl);

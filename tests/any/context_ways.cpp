@@ -169,6 +169,68 @@ void sharesImages(Player& p) {
     p.swap();
 }
 
+// Answers and errors of everything that EGL has for a surface, and what is left of its
+// contents.
+void asksForContents(Player& p) {
+    const auto answer = [&p](const char* key, unsigned result) {
+        p.note(key, result);
+        p.note(key, p.egl.eglGetError());
+    };
+    constexpr int kAge = 0x313D, kBehavior = EGL_SWAP_BEHAVIOR, kTimestamps = 0x3430;
+    int rectangle[] = {3, 4, 20, 10};
+    const auto asksAll = [&] {
+        for (const int attribute : {kAge, kBehavior, EGL_WIDTH, EGL_RENDER_BUFFER, 77}) {
+            int value = -77;
+            answer("asked", p.egl.eglQuerySurface(p.display, p.surface, attribute, &value));
+            p.note("value", value);
+        }
+        if (p.egl.eglSetDamageRegionKHR != nullptr) {
+            answer("damage", p.egl.eglSetDamageRegionKHR(p.display, p.surface, rectangle, 1));
+        }
+        answer("copied", p.egl.eglCopyBuffers(p.display, p.surface, nullptr));
+    };
+    p.scene(1);
+    asksAll();
+    p.picture("before");
+    p.swap();
+    for (const int value : {EGL_BUFFER_PRESERVED, EGL_BUFFER_DESTROYED, 77}) {
+        answer("set", p.egl.eglSurfaceAttrib(p.display, p.surface, kBehavior, value));
+    }
+    answer("set", p.egl.eglSurfaceAttrib(p.display, p.surface, kTimestamps, 1));
+    for (int i = 0; i < 2; ++i) {
+        p.fill(5 + i * 20, 5, 30, 30, 1, 0, 0);  // the rest is the past frame's
+        answer("with damage",
+               p.egl.eglSwapBuffersWithDamageKHR != nullptr &&
+                   p.egl.eglSwapBuffersWithDamageKHR(p.display, p.surface, rectangle, 1) != 0);
+        p.swap();
+        p.picture("kept");
+    }
+    asksAll();
+}
+
+void terminatesWhileCurrent(Player& p) {
+    p.scene(1);
+    p.note("terminated", p.egl.eglTerminate(p.display));
+    p.note("swapped", p.egl.eglSwapBuffers(p.display, p.surface));
+    p.note("error", p.egl.eglGetError());
+    p.note("initialized", p.egl.eglInitialize(p.display, nullptr, nullptr));
+    p.picture("still there");
+    p.note("released", p.use(nullptr, nullptr, nullptr));
+    p.surfaces.clear();
+    p.contexts.clear();
+    p.eglConfig = p.chooseConfig();
+    p.surface = p.newSurface(kWidth, kHeight);
+    p.context = p.newContext();
+    p.note("current again", p.use());
+    p.gl.glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    p.scene(2);
+    unsigned name = 0;
+    p.gl.glGenFramebuffers(1, &name);
+    p.note("name", name);
+    p.swap();
+    p.picture("afterwards");
+}
+
 }  // namespace
 
 const std::vector<Way> kContextWays = {
@@ -182,6 +244,8 @@ const std::vector<Way> kContextWays = {
     {"MovesBetweenThreads", {}, movesBetweenThreads, 14},
     {"DestroysWhileCurrent", {}, destroysWhileCurrent, 14},
     {"SharesImages", {}, sharesImages, 14},
+    {"AsksForContents", {}, asksForContents, 14},
+    {"TerminatesWhileCurrent", {}, terminatesWhileCurrent, 14},
 };
 
 }  // namespace any_test

@@ -8,10 +8,18 @@ Player::Player(const a::gl_hooks_t::gl_t& glTable, const a::platform_impl_t& egl
                a::EGLDisplay eglDisplay, const Config& wanted, Record& kept)
     : gl(glTable), egl(eglTable), display(eglDisplay), record(kept), config(wanted) {
     egl.eglBindAPI(EGL_OPENGL_ES_API);
+    eglConfig = chooseConfig();
+    if (eglConfig == nullptr) return;
+    surface = newSurface(kWidth, kHeight);
+    context = newContext();
+    note("made current", use());
+}
+
+a::EGLConfig Player::chooseConfig() {
     a::EGLConfig all[512] = {};
     int count = 0;
     egl.eglGetConfigs(display, all, 512, &count);
-    for (int i = 0; i < count && eglConfig == nullptr; ++i) {
+    for (int i = 0; i < count; ++i) {
         const auto is = [&](int attribute, int value) {
             int found = -1;
             egl.eglGetConfigAttrib(display, all[i], attribute, &found);
@@ -23,13 +31,10 @@ Player::Player(const a::gl_hooks_t::gl_t& glTable, const a::platform_impl_t& egl
             is(EGL_DEPTH_SIZE, config.depth) && is(EGL_STENCIL_SIZE, config.stencil) &&
             is(EGL_SAMPLES, config.samples) &&
             is(kComponentType, config.isFloat ? 0x333B : 0x333A)) {
-            eglConfig = all[i];
+            return all[i];
         }
     }
-    if (eglConfig == nullptr) return;
-    surface = newSurface(kWidth, kHeight);
-    context = newContext();
-    note("made current", use());
+    return nullptr;
 }
 
 Player::~Player() {

@@ -45,6 +45,7 @@ public:
            a::EGLDisplay eglDisplay, const Config& wanted, Record& kept);
     ~Player();
 
+    a::EGLConfig chooseConfig();
     a::EGLSurface newSurface(int width, int height);
     a::EGLContext newContext(a::EGLContext shared = nullptr);
     bool use(a::EGLSurface draw, a::EGLSurface read, a::EGLContext with) {
