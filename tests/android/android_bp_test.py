@@ -157,7 +157,7 @@ class Blueprint(unittest.TestCase):
 
     def test_the_tests_are_cmakes(self) -> None:
         kind, test = self.module("libtolvernvesko_test", "arm")
-        sources = (cmake_files("tests/unit", r"test_program\(unit_tests")
+        sources = (cmake_files("tests/unit", r"(?:test_program\(|target_sources\()unit_tests")
                    | cmake_files("tests/support", r"add_library\(test_support OBJECT|"
                                  r"target_sources\(test_support PRIVATE"))
         self.assertEqual((kind, set(test["srcs"])), ("cc_test", sources - ONLY_ELSEWHERE))

@@ -141,25 +141,6 @@ int thrownBy(R (*function)(A...)) {
     return -2;
 }
 
-#if defined(__arm__)
-// Whether r4 and r6 are what they were after a call with zeros.
-bool keepsRegisters(void* function) {
-    constexpr uintptr_t kPattern = 0x5a5aa5a5;
-    uintptr_t state[2] = {kPattern, reinterpret_cast<uintptr_t>(function)};
-    __asm__ volatile(
-        "mov r8, %0\n"
-        "mov r5, sp\n sub r6, sp, #96\n bic r6, r6, #7\n mov sp, r6\n"
-        "ldr r4, [r8]\n mov r6, r4\n ldr r12, [r8, #4]\n"
-        "movs r0, #0\n movs r1, #0\n movs r2, #0\n movs r3, #0\n"
-        "blx r12\n"
-        "str r4, [r8]\n str r6, [r8, #4]\n mov sp, r5\n"
-        :
-        : "r"(&state[0])
-        : "r0", "r1", "r2", "r3", "r4", "r5", "r6", "r8", "r12", "lr", "cc", "memory");
-    return state[0] == kPattern && state[1] == kPattern;
-}
-#endif
-
 // The number of the virtual table's word that a pointer to member refers to.
 template <typename Member>
 ptrdiff_t slotOf(Member member) {
@@ -268,14 +249,6 @@ TEST_F(Tables, EveryTrampolineKeepsToTheCallingConvention) {
 #define GL_ENTRY(result, name, parameters, arguments) \
     EXPECT_EQ(thrownBy(table.name), kEntry_##name) << #name;
 #include "platform/gl_entries.in"
-#if defined(__arm__)
-    driver.recording = overriding.throws = false;
-    Impl* const passThrough = ImplFactory::getImpl(ImplFactory::NO_GAME);
-    for (Impl* impl : {static_cast<Impl*>(&overriding), passThrough, static_cast<Impl*>(nullptr)}) {
-        ContextManager::nullContext.setImpl(impl);
-        for (int i = 0; i < kGLEntryCount; ++i) EXPECT_TRUE(keepsRegisters(words(table)[i])) << i;
-    }
-#endif
     ContextManager::nullContext.setImpl(ImplFactory::getImpl(ImplFactory::NO_GAME));
 }
 
