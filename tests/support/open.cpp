@@ -24,7 +24,8 @@ void host::serveFile(const std::string& path, int descriptor) {
 extern "C" int open(const char* path, int flags, ...) {
     va_list arguments;
     va_start(arguments, flags);
-    const mode_t mode = flags & O_CREAT ? va_arg(arguments, mode_t) : 0;
+    // An int at least, whatever mode_t is.
+    const auto mode = static_cast<mode_t>(flags & O_CREAT ? va_arg(arguments, unsigned) : 0);
     va_end(arguments);
     using Open = int (*)(const char*, int, ...);
     static const auto next = reinterpret_cast<Open>(dlsym(RTLD_NEXT, "open"));

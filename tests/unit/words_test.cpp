@@ -161,7 +161,7 @@ TEST_F(TrampolineWords, AnImplIsCalledWithTheSameWords) {
 TEST_F(TrampolineWords, AnExceptionFindsItsWayThroughEveryTrampoline) {
     constexpr int kThrown = 5;
     // The pass-through lies where the record begins.
-    auto* const record = reinterpret_cast<CallRecord*>(&ImplFactory::defaultImplV2);
+    auto* const record = reinterpret_cast<CallRecord*>(ImplFactory::getImpl(ImplFactory::NO_GAME));
     auto* const lookup = record->lookup;
     int caught = 0;
     record->lookup = [](pthread_key_t) -> void* { throw kThrown; };

@@ -12,6 +12,9 @@ from elftools.elf.elffile import ELFFile
 # The library's type, and the stand-ins' own.
 PAIRS = {"pthread_mutex_t": "Mutex", "sem_t": "Semaphore", "sigset_t": "SignalSet",
          "timespec": "Time", "stat": "FileStatus"}
+# What the library reads of them, and the stand-ins' names.
+MEMBERS = {"st_dev": "device", "st_mode": "mode", "st_size": "size", "st_ino": "node",
+           "tv_sec": "seconds", "tv_nsec": "nanoseconds"}
 # What the stand-ins hand through, in bytes.
 SIZES = {"pthread_once_t": 4, "pthread_key_t": 4, "pthread_t": 4, "size_t": 4, "off_t": 4,
          "time_t": 4, "pollfd": 8, "String16": 4, "mutex": 4,
@@ -35,19 +38,29 @@ def size_of(die: Any) -> int:
     return size_of(die.get_DIE_from_attribute("DW_AT_type"))
 
 
-def layout_of(die: Any) -> tuple[int, list[int]]:
-    """Size and the places of the members; a type of one member is that member."""
+Layout = tuple[int, tuple[tuple[int, str], ...]]
+
+
+def layout_of(die: Any) -> Layout:
+    """Size, and the members' places and names; a type of one member is that member."""
     while die.tag not in ENDS and "DW_AT_type" in die.attributes:
         die = die.get_DIE_from_attribute("DW_AT_type")
-    members = [child.attributes["DW_AT_data_member_location"].value
-               for child in die.iter_children() if child.tag == "DW_TAG_member"
-               and "DW_AT_data_member_location" in child.attributes]
-    return size_of(die), members if len(members) > 1 else [0]
+    members = tuple((child.attributes["DW_AT_data_member_location"].value, name_of(child))
+                    for child in die.iter_children() if child.tag == "DW_TAG_member"
+                    and "DW_AT_data_member_location" in child.attributes)
+    return size_of(die), members if len(members) > 1 else ()
 
 
-def layouts(path: Path, names: set[str]) -> dict[str, set[tuple[int, tuple[int, ...]]]]:
+def name_of(member: Any) -> str:
+    """The stand-ins' name of a member that the library reads; empty for others."""
+    attribute = member.attributes.get("DW_AT_name")
+    name = attribute.value.decode() if attribute is not None else ""
+    return MEMBERS.get(name, name if name in MEMBERS.values() else "")
+
+
+def layouts(path: Path, names: set[str]) -> dict[str, set[Layout]]:
     """Each of these types that the file describes, with all layouts that it has there."""
-    found: dict[str, set[tuple[int, tuple[int, ...]]]] = {}
+    found: dict[str, set[Layout]] = {}
     with path.open("rb") as stream:
         for unit in ELFFile(stream).get_dwarf_info().iter_CUs():
             for die in unit.iter_DIEs():
@@ -57,8 +70,7 @@ def layouts(path: Path, names: set[str]) -> dict[str, set[tuple[int, tuple[int, 
                 if "DW_AT_declaration" in die.attributes or die.tag not in (
                         *ENDS, "DW_TAG_typedef"):
                     continue
-                size, members = layout_of(die)
-                found.setdefault(name.value.decode(), set()).add((size, tuple(members)))
+                found.setdefault(name.value.decode(), set()).add(layout_of(die))
     return found
 
 
@@ -72,7 +84,7 @@ def main() -> int:
     unstripped, stripped, *stand_ins = (Path(argument) for argument in sys.argv[1:])
     assert build_id(unstripped) == build_id(stripped), "another build's debug information"
     library = layouts(unstripped, {*PAIRS, *SIZES})
-    own: dict[str, set[tuple[int, tuple[int, ...]]]] = {}
+    own: dict[str, set[Layout]] = {}
     for stand_in in stand_ins:
         own |= layouts(stand_in, set(PAIRS.values()))
     wrong = 0
