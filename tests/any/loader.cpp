@@ -15,6 +15,13 @@ constexpr const char* kNames[] = {
 bool isHooked = false;
 const a::gl_hooks_t* handedOver = nullptr;
 
+// What is invalidated is as much of the call as that something is.
+std::string attachmentsOf(unsigned, int count, const unsigned* attachments) {
+    std::string text;
+    for (int i = 0; i < count; ++i) text += " " + std::to_string(attachments[i]);
+    return text;
+}
+
 template <int entry, class Function>
 struct Recorded;
 template <int entry, class R, class... A>
@@ -22,7 +29,12 @@ struct Recorded<entry, R (*)(A...)> {
     static inline R (*original)(A...) = nullptr;
     static R call(A... arguments) {
         Loader& loader = Loader::instance();
-        if (loader.records) loader.calls.emplace_back(kNames[entry]);
+        if (loader.records) {
+            loader.calls.emplace_back(kNames[entry]);
+            if constexpr (entry == a::kEntry_glInvalidateFramebuffer) {
+                loader.calls.back() += attachmentsOf(arguments...);
+            }
+        }
         return original(arguments...);
     }
 };

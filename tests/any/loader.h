@@ -25,7 +25,8 @@ public:
     test::RealDriver driver{16, 16};
     // Called before the driver swaps.
     std::function<void()> beforeSwap = [] {};
-    // The names of the library's calls of the driver, while they are recorded.
+    // The names of the library's calls of the driver while they are recorded, with what
+    // glInvalidateFramebuffer is given.
     bool records = false;
     std::vector<std::string> calls;
     a::gl_hooks_t recorded = {};  // what the library has for the driver

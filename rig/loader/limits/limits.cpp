@@ -39,9 +39,9 @@ void watchAll(GLTable& served) {
 
 }  // namespace
 
-void meet(Limit limit) { metLimits |= 1U << static_cast<unsigned>(limit); }
+void meet(Limit limit) { metLimits |= 1u << static_cast<unsigned>(limit); }
 
-bool isMet(Limit limit) { return (metLimits >> static_cast<unsigned>(limit) & 1U) != 0; }
+bool isMet(Limit limit) { return (metLimits >> static_cast<unsigned>(limit) & 1u) != 0; }
 
 Limits::Limits(const Driver& below, GLTable& table) {
     setDriverBelow(below);
@@ -75,7 +75,7 @@ std::string Limits::takeMet() const {
     const unsigned met = metLimits.exchange(0);
     std::string text;
     for (unsigned i = 0; i < kRowCount; ++i) {
-        if ((met >> i & 1U) == 0) continue;
+        if ((met >> i & 1u) == 0) continue;
         text += (text.empty() ? "" : "; ") + std::string(kRows[i].words) + " (docs/limits.md, " +
                 kRows[i].section + ")";
     }

@@ -62,8 +62,8 @@ void ProgramView::compareArrays(const Snapshot& after) {
     for (unsigned i = 0; i < after.attributes.size(); ++i) {
         const Attribute& before = atSwap.attributes[i];
         if (after.attributes[i] == before) continue;
-        staleArrays |= 1U << i;
-        if (before.enabled != 0 && before.buffer == 0) clientArrays |= 1U << i;
+        staleArrays |= 1u << i;
+        if (before.enabled != 0 && before.buffer == 0) clientArrays |= 1u << i;
     }
 }
 
@@ -102,7 +102,7 @@ void ProgramView::bindsArrayBuffer(GLuint name) {
 }
 
 void ProgramView::setsArray(GLuint index) {
-    if (index < atSwap.attributes.size()) staleArrays &= ~(1U << index);
+    if (index < atSwap.attributes.size()) staleArrays &= ~(1u << index);
 }
 
 void ProgramView::givesPointer(GLuint index) {
@@ -132,8 +132,8 @@ void ProgramView::usesArrays() const {
         return;
     }
     for (unsigned i = 0; i < atSwap.attributes.size(); ++i) {
-        if ((staleArrays >> i & 1U) == 0 || !readsAttribute(glBelow(), i)) continue;
-        meet((clientArrays >> i & 1U) != 0 ? Limit::ClientArrays : Limit::VertexArrays);
+        if ((staleArrays >> i & 1u) == 0 || !readsAttribute(glBelow(), i)) continue;
+        meet((clientArrays >> i & 1u) != 0 ? Limit::ClientArrays : Limit::VertexArrays);
     }
 }
 

@@ -46,7 +46,7 @@ public:
     bool readsTarget() const;
 
 private:
-    static unsigned bit(Limit limit) { return 1U << static_cast<unsigned>(limit); }
+    static unsigned bit(Limit limit) { return 1u << static_cast<unsigned>(limit); }
     void usesArrays() const;
     void usesTextures() const;
     void compareArrays(const Snapshot& after);
