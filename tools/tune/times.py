@@ -66,12 +66,13 @@ class Times:
 
     @property
     def noise(self) -> float:
-        """How far two halves of the rounds are apart in `best`, as a part of it; not a
-        number after a single round."""
+        """How much `best` depends on a single round, as a part of it; not a number after
+        one round."""
         if len(self.rounds) < 2:
             return math.nan
-        halves = [_best(self.rounds[half::2]) for half in (0, 1)]
-        return abs(halves[0] - halves[1]) / min(halves)
+        without = [_best(np.delete(self.rounds, index, axis=0))
+                   for index in range(len(self.rounds))]
+        return (max(without) - min(without)) / min(without)
 
 
 def _best(rounds: NDArray[np.float64]) -> float:
