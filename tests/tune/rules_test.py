@@ -81,7 +81,9 @@ class Verdicts(unittest.TestCase):
             (measured(steps), {"target": 17.0}, Answer.OFF, "", "keep 17 ms already"),
             (measured({90: 0.995, 75: 0.99, 50: 0.9}), {"minimum": None}, Answer.FACTOR, "75",
              "the knee"),
-            (measured({90: 0.99}), {"minimum": None}, Answer.FACTOR, "90", "no clear knee"),
+            (measured({90: 0.99}), {"minimum": None}, Answer.FACTOR, "90", "has no knee"),
+            (measured({90: 0.9, 75: 0.89, 50: 0.88}), {"minimum": None}, Answer.FACTOR, "50",
+             "has no knee"),
             (measured({100: 1.0}), {}, Answer.NONE, "", "nothing to recommend")]
         for results, wish, answer, slug, words in cases:
             found = verdict(results, **wish)
@@ -126,6 +128,8 @@ class Verdicts(unittest.TestCase):
     def test_device_texts(self) -> None:
         longest = WAYS["sgame"].device_texts(s.Setting(100, 100)).node.text
         self.assertLessEqual(len(longest), 64)
+        self.assertEqual([WAYS[game].render_size(s.Setting(66), (768, 600))
+                          for game in ("sgame", "any")], [(506, 396), (507, 396)])
         sharp = "vendor.vesko.filter.NAME=sharp"
         scale = "vendor.vesko.scale.NAME=75"
         for game, setting, texts in (

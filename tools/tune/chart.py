@@ -61,12 +61,13 @@ class Panel:
             self.line("grid", (LEFT, y), (self.width - RIGHT, y))
             self.text(LEFT - 6, y + 4, f"{value:g}", "end")
 
-    def beyond(self, x: float, words: str, kind: str) -> None:
-        """An arrow at the upper end, for a value that lies outside, with its number."""
+    def beyond(self, x: float, words: str, kind: str, row: int = 0) -> None:
+        """An arrow at the upper end, for a value that lies outside, with its number, which
+        stands clear of others in a row of its own."""
         y = self.top
         self.add(f'<path class="arrow {kind}" d="M{x - 5:.1f},{y + 8:.1f} L{x:.1f},{y:.1f} '
                  f'L{x + 5:.1f},{y + 8:.1f}"/>')
-        self.text(x, y - 3, words, kind="note")
+        self.text(x, y - 3 - 12 * row, words, kind="note")
 
     def path(self, kind: str, points: Sequence[tuple[float, float]]) -> None:
         """Through values."""
@@ -91,8 +92,9 @@ def svg(panels: Sequence[Panel], height: float, label: str, behind: str = "") ->
 
 
 def legend(names: Sequence[str]) -> str:
-    """By the kinds s0, s1 ...; nothing where there is nothing to tell apart."""
+    """By the kinds s0 to s3; nothing where there is nothing to tell apart."""
     if len(names) < 2:
         return ""
-    return '<p class="legend">' + "".join(
-        f'<span class="s{i}">● {html.escape(name)}</span>' for i, name in enumerate(names)) + "</p>"
+    marks = "".join(f'<span class="s{i % 4}">● {html.escape(name)}</span>'
+                    for i, name in enumerate(names))
+    return f'<p class="legend">{marks}</p>'

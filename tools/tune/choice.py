@@ -66,15 +66,16 @@ def front(results: Sequence[Result]) -> list[Result]:
 
 def knee(found: Sequence[Result]) -> tuple[Result, float] | None:
     """The result of a front that lies farthest beyond the straight line between its ends,
-    both axes taken from 0 to 1, and how far; None without one besides native."""
+    both axes taken from 0 to 1, and how far. Where all lie on this side of it, the fastest;
+    None without one besides native."""
     first, last = found[0], found[-1]
 
     def beyond(r: Result) -> float:
         gained = (first.ratio - r.ratio) / (first.ratio - last.ratio)
         return gained - (first.ssim - r.ssim) / (first.ssim - last.ssim)
 
-    if len(found) > 2:
-        best = max(found[1:-1], key=beyond)
+    best = max(found[1:-1], key=beyond, default=last)
+    if best is not last and beyond(best) > 0:
         return best, beyond(best)
     return None if last.setting.native else (last, 0.0)
 
@@ -168,6 +169,7 @@ def _at_the_knee(results: Sequence[Result], able: Sequence[Result]) -> Choice:
         return _off_for_time(results[0], able)
     best, beyond = found
     kind = ("the knee of time against quality" if beyond >= CLEAR_KNEE
-            else "on the front of time against quality, which has no clear knee")
+            else "close to the knee of time against quality" if beyond > 0
+            else "the fastest of those tried, since time against quality has no knee")
     return Choice(Answer.FACTOR, f"{_name(best)} is {kind}: a frame takes {best.ratio:.0%} of the "
                   f"native time, and the picture keeps an SSIM of {best.ssim:.3f}.", best)

@@ -7,7 +7,7 @@ from tools.tune import chart
 from tools.tune.chart import Panel
 from tools.tune.results import Result
 
-TOP, TIME_HEIGHT, GAP, SSIM_HEIGHT, BOTTOM = 40, 170, 44, 150, 40
+TOP, TIME_HEIGHT, GAP, SSIM_HEIGHT, BOTTOM = 52, 170, 44, 150, 40
 HEIGHT = TOP + TIME_HEIGHT + GAP + SSIM_HEIGHT + BOTTOM
 # Whiskers of several series stand side by side.
 APART = 9.0
@@ -36,19 +36,27 @@ def _series(panel: Panel, results: Iterable[Result], value: Callable[[Result], f
         panel.dot(kind, r.setting.factor, v, f"{r.setting.title}: {tell(r)}")
 
 
-def _whiskers(panel: Panel, results: Iterable[Result], kind: str, shift: float) -> None:
+def _whiskers(panel: Panel, groups: Groups) -> None:
     """From the best of rounds to the 95th percentile; where that lies outside, an arrow and
-    the number."""
-    for r in results:
-        x, p95 = panel.x(r.setting.factor) + shift, r.times.p95
-        panel.line(f"whisker {kind}", (x, panel.y(r.times.best)),
-                   (x, panel.y(min(p95, panel.high))))
-        for value in (r.times.median, p95):
-            if value <= panel.high:
-                y = panel.y(value)
-                panel.line(f"whisker {kind}", (x - 4, y), (x + 4, y))
-        if p95 > panel.high:
-            panel.beyond(x, f"{p95:.0f}", kind)
+    the number. Those of several series stand side by side, and what two share has one."""
+    drawn = set()
+    for index, group in enumerate(groups.values()):
+        for r in group:
+            if r.setting not in drawn:
+                shift = (index - (len(groups) - 1) / 2) * APART
+                _whisker(panel, r, panel.x(r.setting.factor) + shift, index)
+            drawn.add(r.setting)
+
+
+def _whisker(panel: Panel, r: Result, x: float, index: int) -> None:
+    kind, p95 = f"s{index % 4}", r.times.p95
+    panel.line(f"whisker {kind}", (x, panel.y(r.times.best)), (x, panel.y(min(p95, panel.high))))
+    for value in (r.times.median, p95):
+        if value <= panel.high:
+            y = panel.y(value)
+            panel.line(f"whisker {kind}", (x - 4, y), (x + 4, y))
+    if p95 > panel.high:
+        panel.beyond(x, f"{p95:.0f}", kind, index % 2)
 
 
 def _times(native: Result, tuned: Sequence[Result], ends: tuple[int, int],
@@ -57,14 +65,13 @@ def _times(native: Result, tuned: Sequence[Result], ends: tuple[int, int],
     every = (native, *tuned)
     high = min(max(r.times.p95 for r in every) * 1.05, max(r.times.best for r in every) * 2)
     panel = Panel(TOP, TIME_HEIGHT, 0.0, high, ends)
-    panel.text(chart.LEFT - 40, TOP - 24, "frame time in ms: best of rounds, median, p95",
+    panel.text(chart.LEFT - 40, TOP - 36, "frame time in ms: best of rounds, median, p95",
                "start", "name")
     panel.grid()
     panel.level(native.times.best, "native")
+    _whiskers(panel, groups)
     for index, group in enumerate(groups.values()):
-        shift = (index - (len(groups) - 1) / 2) * APART
-        _whiskers(panel, group, f"s{index}", shift if len(groups) > 1 else 0.0)
-        _series(panel, group, lambda r: r.times.best, f"s{index}",
+        _series(panel, group, lambda r: r.times.best, f"s{index % 4}",
                 lambda r: f"{r.times.best:.1f} ms at best, median {r.times.median:.1f} ms, "
                 f"p95 {r.times.p95:.1f} ms")
     return panel
@@ -80,7 +87,7 @@ def _quality(tuned: Sequence[Result], ends: tuple[int, int], groups: Groups,
     if minimum:
         panel.level(minimum, "wanted")
     for index, group in enumerate(groups.values()):
-        _series(panel, group, lambda r: r.ssim, f"s{index}", lambda r: f"SSIM {r.ssim:.4f}")
+        _series(panel, group, lambda r: r.ssim, f"s{index % 4}", lambda r: f"SSIM {r.ssim:.4f}")
     return panel
 
 

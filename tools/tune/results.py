@@ -8,7 +8,7 @@ from typing import TypeVar
 
 import numpy as np
 
-from tools.common.sizes import Size, scaled
+from tools.common.sizes import Size
 from tools.tune import settings as s
 from tools.tune.player import Run, Session, milliseconds
 from tools.tune.quality import Comparer, Comparison, Tile
@@ -113,7 +113,7 @@ def evaluate(setting: s.Setting, session: Session, way: Way, comparer: Comparer,
     presented = way.presents(setting, last)
     render_size = way.render_size(setting, last.window)
     target = [use for use in last.uses if use.size == render_size] if presented else []
-    smallest = scaled(last.window, min(setting.factor, setting.hdr))
+    smallest = way.render_size(s.Setting(min(setting.factor, setting.hdr)), last.window)
     blits = np.array([f.blit for f in frames])
     return Result(
         setting=setting, times=Times(times),

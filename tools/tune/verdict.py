@@ -129,9 +129,9 @@ def _own_drawing(results: Sequence[Result], way: Way) -> list[str]:
             f"what is drawn to the window{more}."]
 
 
-# Value, name, and whether more of it is better.
-MEASURES = (("ssim", "SSIM", True), ("butteraugli", "Butteraugli", False),
-            ("flicker", "flicker", False))
+# Value, name, how it is written, and whether more of it is better.
+MEASURES = (("ssim", "SSIM", ".3f", True), ("butteraugli", "Butteraugli", ".2f", False),
+            ("flicker", "flicker", ".3f", False))
 
 
 def _other_filters(chosen: Result, results: Sequence[Result]) -> list[str]:
@@ -141,10 +141,10 @@ def _other_filters(chosen: Result, results: Sequence[Result]) -> list[str]:
         same = (r.setting.factor, r.setting.hdr) == (chosen.setting.factor, chosen.setting.hdr)
         if r is chosen or not same or r.setting.filter == chosen.setting.filter:
             continue
-        better = [f"{name} ({getattr(r, value):.3g}, not {getattr(chosen, value):.3g})"
-                  for value, name, more in MEASURES
-                  if (getattr(r, value) > getattr(chosen, value)) == more
-                  and getattr(r, value) != getattr(chosen, value)
+        better = [f"{name} ({one}, not {other})" for value, name, form, more in MEASURES
+                  if (one := format(getattr(r, value), form))
+                  != (other := format(getattr(chosen, value), form))
+                  and (getattr(r, value) > getattr(chosen, value)) == more
                   and not math.isnan(getattr(r, value) + getattr(chosen, value))]
         if 1 - r.ratio / chosen.ratio > noise(r, chosen):
             better.append(f"time ({r.ratio:.0%} of native, not {chosen.ratio:.0%})")

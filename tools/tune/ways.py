@@ -7,7 +7,7 @@ from pathlib import Path
 
 from tools.common import games
 from tools.common.filters import FILTERS
-from tools.common.sizes import Size, scaled
+from tools.common.sizes import Size, rounded, scaled
 from tools.common.stats import Frame
 from tools.tune.settings import Setting
 
@@ -135,6 +135,9 @@ class AnyProgram(Window):
 
     def options(self, setting: Setting, folder: Path) -> list[str]:
         return ["--set", f"FB0Factor={setting.factor}", *filter_options(setting)]
+
+    def render_size(self, setting: Setting, window: Size) -> Size:
+        return rounded(window, setting.factor)
 
     def presents(self, setting: Setting, frame: Frame) -> bool:
         return not setting.native and self.render_size(setting, frame.window) in frame.offscreen
