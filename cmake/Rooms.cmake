@@ -15,7 +15,7 @@ room(interception platform platform/compiler platform/loader)
 room(monitor games platform/compiler platform/device)
 room(GameImpl/common platform/device)
 room(GameImpl/Filter ${platform})
-room(GameImpl/FBOBase GameImpl/Filter GameImpl/common ${platform})
+room(GameImpl/FBOBase GameImpl/common ${platform})
 room(GameImpl/AnyProgram GameImpl/Filter GameImpl/common interception monitor/GameInfo.h ${platform})
 # The games' renderers and their factory.
 room(GameImpl GameImpl/FBOBase GameImpl/Filter GameImpl/common games interception monitor/GameInfo.h ${platform})

@@ -14,25 +14,6 @@ namespace {
 
 constexpr int kLogSize = 256;
 
-// Takes the names that the driver hands out next, so that the one that is kept comes
-// after them; applications get them afterwards, as if nothing had been made.
-class NamesSkipped {
-public:
-    explicit NamesSkipped(const gl_hooks_t::gl_t& table) : gl(table) {
-        for (GLuint& name : names) name = gl.glCreateShader(GL_FRAGMENT_SHADER);
-    }
-    ~NamesSkipped() {
-        for (const GLuint name : names) gl.glDeleteShader(name);
-    }
-    NamesSkipped(const NamesSkipped&) = delete;
-
-private:
-    static constexpr int kCount = 512;
-
-    const gl_hooks_t::gl_t& gl;
-    GLuint names[kCount] = {};
-};
-
 // A shader of our own while it lives. A log that the driver gives is in `log`.
 class Shader {
 public:
@@ -73,7 +54,6 @@ bool WindowPainter::mayPaint(const gl_hooks_t::gl_t& gl) {
 bool WindowPainter::build(const gl_hooks_t::gl_t& gl, Filter filter, bool hasAlpha,
                           Program& program) const {
     char log[kLogSize] = {};
-    const NamesSkipped skipped(gl);
     program.name = gl.glCreateProgram();
     const bool es3 = context.has(DrawContext::kES3);
     const Shader vertex(gl, GL_VERTEX_SHADER, vertexShader(es3), log);
@@ -119,7 +99,8 @@ bool WindowPainter::paint(const gl_hooks_t::gl_t& gl, const Picture& picture, in
     if (!learnt) return false;
     const bool copies = picture.width == width && picture.height == height;
     const Filter filter = copies ? Filter::Bilinear : choice.filter;
-    const Program* const program = programFor(gl, filter, picture.hasAlpha);
+    const Program* program = programFor(gl, filter, picture.hasAlpha);
+    if (program == nullptr) program = programFor(gl, Filter::Bilinear, picture.hasAlpha);
     if (program == nullptr) return false;
 
     const DrawState state(gl, context);
@@ -147,6 +128,14 @@ void WindowPainter::release(const gl_hooks_t::gl_t& gl) {
         }
     }
     forget();
+}
+
+void WindowPainter::forget() {
+    for (auto& both : programs) {
+        for (Program& program : both) program = {};
+    }
+    context = {};
+    learnt = false;
 }
 
 }  // namespace android

@@ -8,9 +8,8 @@
 // sharpness.
 //
 // A filter's program is built when it is first needed. One that the driver refuses is
-// reported in the log, once, and is not tried again. The program's name, and those of
-// objects that last for one call, are chosen so that the application's own names stay as
-// they would be without them, where the driver hands names out in order.
+// reported in the log, once, and is not tried again. It takes names that the driver would
+// have given to programs and shaders of the application; other objects last for one call.
 #pragma once
 
 #include "GameImpl/Filter/DrawContext.h"
@@ -37,15 +36,16 @@ public:
 
     // Fills the bound draw framebuffer, of the given size, within the scissor box. The
     // caller has set viewport and scissor box, and has no condition of rendering in force.
-    // False where the program could not be built: nothing has changed then. May leave GL
-    // errors where the driver refuses a program.
+    // A filter that is refused draws as `bilinear`. False where that is refused as well:
+    // nothing has changed then. May leave GL errors where the driver refuses a program.
     bool paint(const gl_hooks_t::gl_t& gl, const Picture& picture, int width, int height,
                const FilterChoice& choice);
 
     // Deletes the programs; the context, or one that shares its objects, is current.
     void release(const gl_hooks_t::gl_t& gl);
-    // They have gone with their context, or have passed out of reach.
-    void forget() { *this = {}; }
+    // They have gone with their context, or have passed out of reach. What was refused
+    // stays refused.
+    void forget();
 
 private:
     struct Program {

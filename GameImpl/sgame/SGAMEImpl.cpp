@@ -44,6 +44,7 @@ void SGAMEImpl::releaseResourcesAll() {
     frameRedirected = false;
     resourcesReleased = true;
     FboBase::releaseResourcesAll();
+    releaseFilter(*driverTable);
 }
 
 void SGAMEImpl::releaseFrameTarget() {
@@ -64,6 +65,7 @@ void SGAMEImpl::claimTargets() {
 }
 
 void SGAMEImpl::forgetTargets() {
+    forgetFilter();
     fboReady = false;
     graphicsReady = false;
     frameRedirected = false;
@@ -115,6 +117,7 @@ void SGAMEImpl::renderTextureToFbo(unsigned target, unsigned framebuffer, bool f
         claimTargets();
         Fbosetup(fboScale);
         resourcesReleased = false;
+        readFilter();
         shaderRewriteEnabled = base::GetProperty(kShaderRewriteProperty, "0") == "1";
     }
     if (FboBase::renderTextureToFbo(flag)) {
@@ -129,7 +132,9 @@ void SGAMEImpl::renderTextureToFbo(unsigned target, unsigned framebuffer, bool f
 
 void SGAMEImpl::renderfboTodisplay(void* display, void* surface) {
     if (!frameRedirected) return;
-    FboBase::renderfboTodisplay(display, surface, surfaceWidth, surfaceHeight);
+    if (!presentFiltered()) {
+        FboBase::renderfboTodisplay(display, surface, surfaceWidth, surfaceHeight);
+    }
     frameRedirected = false;
 }
 

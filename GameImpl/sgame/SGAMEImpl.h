@@ -100,6 +100,13 @@ private:
     };
     PLUGIN_LOCAL static Maker maker;
 
+    // The filter in place of the blit; no fields, for the same reason. It is read when a
+    // target is made. False where the blit is to be drawn.
+    PLUGIN_LOCAL static void readFilter();
+    PLUGIN_LOCAL bool presentFiltered();
+    PLUGIN_LOCAL static void releaseFilter(const gl_hooks_t& table);
+    PLUGIN_LOCAL static void forgetFilter();
+
     // To be called before a target is made.
     PLUGIN_LOCAL void claimTargets();
     PLUGIN_LOCAL void forgetTargets();

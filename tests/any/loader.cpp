@@ -85,7 +85,8 @@ Loader::Loader() {
     a::HookManager::setEGLImpl(&connection);
 }
 
-void Loader::ask(int percent) {
+void Loader::ask(int percent, const char* filter) {
+    host::properties()["vendor.vesko.filter"] = filter;
     host::properties()["vendor.vesko.scale.asked"] = std::to_string(percent);
 }
 

@@ -16,8 +16,9 @@ class Loader {
 public:
     static Loader& instance();
 
-    // The process asks with this factor from the next swap on; its pbuffers count too.
-    void ask(int percent);
+    // The process asks with this factor and filter from the next swap on; its pbuffers
+    // count too.
+    void ask(int percent, const char* filter = "");
     // As an application calls them, with and without the library in between.
     const a::platform_impl_t& platform(bool hooked);
     const a::gl_hooks_t::gl_t& gl(bool hooked) const;

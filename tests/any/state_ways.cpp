@@ -278,6 +278,14 @@ void stateAtASwap(Player& p) {
     p.gl.glGetQueryObjectuiv(query, GL_QUERY_RESULT, &passed);
     p.note("passed", passed);
     p.error("state");
+    p.gl.glBeginTransformFeedback(GL_TRIANGLES);
+    p.swap();
+    p.asks("state without a query", kWindowState);
+    p.asks("state of a draw",
+           {GL_BLEND, GL_DEPTH_TEST, GL_STENCIL_TEST, GL_SCISSOR_TEST, GL_CULL_FACE, GL_DITHER,
+            GL_RASTERIZER_DISCARD, GL_SAMPLE_COVERAGE, GL_SAMPLE_ALPHA_TO_COVERAGE, GL_SAMPLE_MASK,
+            GL_COLOR_WRITEMASK, GL_SAMPLER_BINDING, GL_TRANSFORM_FEEDBACK_PAUSED});
+    p.gl.glEndTransformFeedback();
     p.gl.glBeginConditionalRenderNV(query, GL_QUERY_WAIT_NV);
     p.gl.glColorMask(1, 1, 1, 1);
     p.gl.glScissor(0, 0, kWidth, kHeight);

@@ -38,6 +38,7 @@ double meanDifference(const Picture& x, const Picture& y) {
 
 struct Factor {
     int atFirst, afterASwap;
+    const char* filter;
 };
 
 class Ways : public ::testing::TestWithParam<Way> {
@@ -45,7 +46,7 @@ protected:
     Record play(bool hooked, Factor factor) {
         Loader& loader = Loader::instance();
         Record record;
-        loader.ask(factor.atFirst);
+        loader.ask(factor.atFirst, factor.filter);
         const auto& gl = loader.gl(hooked);
         host::takeLog();
         loader.beforeSwap = [] {};
@@ -57,7 +58,7 @@ protected:
         }
         player.egl.eglSwapBuffers(player.display, player.surface);
         loader.beforeSwap = [&] {
-            loader.ask(factor.afterASwap);
+            loader.ask(factor.afterASwap, factor.filter);
             record.pictures.push_back(shown());
         };
         gl.glClearColor(0.1f, 0.1f, 0.1f, 0.5f);
@@ -73,14 +74,18 @@ protected:
 
 TEST_P(Ways, LookTheSame) {
     ASSERT_TRUE(Loader::instance().driver.ok()) << "no OpenGL ES 3 driver with pbuffers";
-    const Record native = play(false, {100, 100});
+    const Record native = play(false, {100, 100, ""});
     if (native.answers.front() == "no config") GTEST_SKIP() << "the driver has no such config";
-    for (const Factor factor : {Factor{100, 100}, Factor{75, 75}, Factor{100, 75}}) {
-        const bool changes = factor.atFirst != factor.afterASwap;
-        SCOPED_TRACE("factor " + std::to_string(factor.atFirst) + (changes ? ", then 75" : ""));
+    for (const Factor factor : {Factor{100, 100, ""}, Factor{75, 75, ""}, Factor{100, 75, ""},
+                                Factor{100, 100, "sharp"}, Factor{100, 75, "sharp"}}) {
+        SCOPED_TRACE("factor " + std::to_string(factor.atFirst) + ", then " +
+                     std::to_string(factor.afterASwap) + " " + factor.filter);
         const Record scaled = play(true, factor);
         EXPECT_EQ(log.find("not scaled") != std::string::npos, GetParam().bound == 0) << log;
-        EXPECT_EQ(scaled.answers, native.answers);
+        ASSERT_EQ(scaled.answers.size(), native.answers.size());
+        for (size_t i = 0; i < native.answers.size(); ++i) {
+            EXPECT_EQ(scaled.answers[i], native.answers[i]);
+        }
         ASSERT_EQ(scaled.pictures.size(), native.pictures.size());
         for (size_t i = 0; i < native.pictures.size(); ++i) {
             const double bound = factor.afterASwap == 100 ? 0 : GetParam().bound;
