@@ -18,6 +18,7 @@ bool isAdded(const char* name) {
 
 void ScaledGl::glGetProgramiv(GLuint program, GLenum name, GLint* values) {
     gl().glGetProgramiv(program, name, values);
+    if (name == GL_PROGRAM_BINARY_LENGTH) addMark(program, values);
     const AddedUniforms* added = group->shaders.added(program);
     if (added == nullptr) return;
     if (name == GL_ACTIVE_UNIFORMS) *values -= added->hiddenCount;

@@ -163,7 +163,13 @@ private:
     void workInPixels(GLuint program, PixelProgram& pixels, bool hasValues);
     void learnAdded(GLuint program, PixelProgram& pixels,
                     std::vector<std::pair<GLint, GLint>> moved);
-    void learnBinary(GLuint program);
+    bool marksBinary(GLuint program);
+    void addMark(GLuint program, GLint* length);
+    template <class Get>
+    void getBinary(GLuint program, GLsizei size, GLsizei* length, GLenum* format, void* binary,
+                   Get ask);
+    template <class Load>
+    void loadBinary(GLuint program, GLenum format, const void* binary, GLsizei size, Load load);
     template <class Strings, class Create>
     GLuint createProgram(GLenum kind, int count, Strings strings, Create create);
     void keepInPipelines(GLuint program);

@@ -81,6 +81,7 @@ public:
     void removeProgram(GLuint name);
     std::set<GLuint> pixelShaders;  // that name what is in window pixels
     std::set<GLuint> capturesPointSize;
+    std::set<GLuint> unmarked;  // programs from binaries that came from elsewhere
 
     // Programs used in a pipeline, of those above: the first pipelineCount, which is
     // read without the lock.

@@ -115,6 +115,7 @@ std::vector<ShaderText> ScaledGl::attachedTexts(GLuint program) {
 // lock is held.
 void ScaledGl::learnProgram(GLuint program, std::vector<ShaderText> texts) {
     group->shaders.removeProgram(program);
+    group->shaders.unmarked.erase(program);
     if (program == usedProgram) usedUniforms = nullptr;
     PixelProgram* made = texts.empty() ? nullptr : group->shaders.makeProgram(program);
     if (made == nullptr) return;
@@ -179,29 +180,6 @@ void ScaledGl::learnAdded(GLuint program, PixelProgram& pixels,
     added->moved = std::move(moved);
     if (program == usedProgram) usedUniforms = added.get();
     group->shaders.publish(pixels, std::move(added));
-}
-
-void ScaledGl::glProgramBinary(GLuint program, GLenum format, const void* binary, GLsizei size) {
-    gl().glProgramBinary(program, format, binary, size);
-    learnBinary(program);
-}
-
-void ScaledGl::glProgramBinaryOES(GLuint program, GLenum format, const void* binary, GLint size) {
-    gl().glProgramBinaryOES(program, format, binary, size);
-    learnBinary(program);
-}
-
-// It has added uniforms where the program that it was taken from had.
-void ScaledGl::learnBinary(GLuint program) {
-    GLint linked = 0;
-    if (!served || !gl().glIsProgram(program)) return;
-    gl().glGetProgramiv(program, GL_LINK_STATUS, &linked);
-    const Lock lock(group->shaders.mutex);
-    learnProgram(program, {});
-    PixelProgram* made = linked ? group->shaders.makeProgram(program) : nullptr;
-    if (made == nullptr) return;
-    learnAdded(program, *made, {});
-    made->exists.store(made->added != nullptr, std::memory_order_release);
 }
 
 template <class Strings, class Create>

@@ -389,7 +389,10 @@ void objectsOfShaders(Player& p) {
     unsigned format = 0;
     p.gl.glGetProgramiv(made, GL_PROGRAM_BINARY_LENGTH, &size);
     std::vector<unsigned char> binary(static_cast<size_t>(size) + 1);
+    p.gl.glGetProgramBinary(made, size - 1, nullptr, &format, binary.data());
+    p.error("too small");
     p.gl.glGetProgramBinary(made, size, &size, &format, binary.data());
+    p.note("rest", static_cast<long long>(binary.size()) - size);
     const unsigned again = p.gl.glCreateProgram();
     p.gl.glProgramBinary(again, format, binary.data(), size);
     p.gl.glUseProgram(again);
@@ -398,6 +401,7 @@ void objectsOfShaders(Player& p) {
     p.note("active again", active);
     p.error("binary");
     p.gl.glDrawArrays(GL_TRIANGLES, 0, 3);
+    p.picture("from the binary");
     p.swap();
 }
 
