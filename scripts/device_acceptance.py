@@ -28,9 +28,13 @@ NODE = "/sys/class/gpu_vesko/vesko/game_parameters"
 FOLDER = "/data/system/vkd"
 PARAMETERS = {"status", "enable", "FB0Factor", "gameInternalFBOFactor", "name", "picture",
               "resolution", "gameVersion"}
-PROPERTIES = {"vendor.qogl.debug": ("", "false", "true"),
-              "vendor.debug.disable.vrs": ("", "0", "1"),
-              "vendor.debug.sgame.mediump": ("", "0", "1")}
+# With the values that make sense; the last stands for each program's own.
+PROPERTIES = {"vendor.qogl.debug": "|false|true", "vendor.debug.disable.vrs": "|0|1",
+              "vendor.debug.sgame.mediump": "|0|1",
+              "vendor.vesko.filter": "|bilinear|bicubic|sharp",
+              "vendor.vesko.sharpness": r"|\d\d?|100", "vendor.vesko.scale.any": ".*"}
+# What a process logs at its start: at the library's load, and at init.
+START_LINES = 7
 SGAME = "com.tencent.tmgp.sgame"
 SERVICE = "orvane.pelune"
 TYPES = "sysfs_gpu_vesko|vkd_data_file|vendor_vkd_prop|orvane_pelune_service"
@@ -234,8 +238,8 @@ def check_properties(device: Device, _: Options) -> str:
         require(label == "u:object_r:vendor_vkd_prop:s0", f"{name} is labelled {label}",
                 "install android/sepolicy/vendor/property_contexts")
         value = device.shell(f"getprop {name}")
-        require(value in values, f"{name} is '{value}'",
-                f"it may be {' or '.join(v or 'unset' for v in values)}")
+        require(re.fullmatch(values, value) is not None, f"{name} is '{value}'",
+                "docs/configuration.md has the values that it may have")
         seen += [f"{name}={value}"] if value else []
     return " ".join(seen) or "all labelled, none set"
 
@@ -254,10 +258,13 @@ def check_ordinary(device: Device, arguments: Options) -> str:
             "name a 32-bit application with --ordinary; else see docs/loader.md")
     time.sleep(min(2.0, device.patience))
     process = device.process(str(process.pid))
-    return require(not process.extra, process.extra[0] if process.extra else
-                   f"{arguments.ordinary}: nothing but the start",
-                   "an ordinary process must log nothing more: is its name a game's, is a "
-                   "second library on the device?")
+    require(not process.extra, "".join(process.extra[:1]),
+            "an ordinary process must log nothing more: is its name a game's, is a second "
+            "library on the device?")
+    require(process.lines <= START_LINES, f"{process.lines} lines, where the start takes "
+            f"{START_LINES}", "the loader must open the library and call init once, see "
+            "docs/loader.md")
+    return f"{arguments.ordinary}: nothing but the start"
 
 
 def check_pubgmhd(device: Device, _: Options) -> str:

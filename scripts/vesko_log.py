@@ -61,6 +61,7 @@ class Process:
     """One process of the log, as far as its lines have told."""
     pid: int
     name: str = ""
+    lines: int = 0
     renderers: int = 0  # objects alive; none is left once the process ends
     initialized: bool = False
     monitored: bool = False
@@ -81,6 +82,7 @@ class Process:
     unknown: set[str] = field(default_factory=set)
 
     def take(self, line: Line) -> None:
+        self.lines += 1
         self.debug_seen |= line.level == "D"
         if not ORDINARY.fullmatch(line.text):
             self.extra.append(line.text)

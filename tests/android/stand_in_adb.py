@@ -16,8 +16,10 @@ NODE = "/sys/class/gpu_vesko/vesko/game_parameters"
 LIBRARY = "/system/lib/libtolvernvesko.so"
 GAMES = {"sgame": "com.tencent.tmgp.sgame", "pubgmhd": "com.tencent.tmgp.pubgmhd",
          "genshin": "com.miHoYo.ys.qo", "ordinary": "com.android.calculator2"}
-START = ["D EGL_HOOK: [GameImpl/FBOBase/FBOBase][14][FboBase]: Lumivane version 0.65",
-         "D EGL_HOOK: QoGPUVeskoModeImpl init", "D EGL_MONITOR: end MonitorThread"]
+MADE = "D EGL_HOOK: [GameImpl/FBOBase/FBOBase][14][FboBase]: Lumivane version 0.65"
+RESET = "D EGL_MONITOR: end MonitorThread"
+START = [MADE, MADE, "D EGL_HOOK: QoGPUVeskoModeImpl init", RESET,
+         "I EGL_HOOK: [GameImpl/FBOBase/FBOBase][17][~FboBase]: ~FboBase", MADE, RESET]
 MONITOR = ["D EGL_MONITOR: start eventProcess", "D EGL_MONITOR: poll once"]
 
 
@@ -28,7 +30,7 @@ def good_device(library: str) -> dict[str, Any]:
         "service_label": "orvane.pelune u:object_r:orvane_pelune_service:s0",
         "props": {"ro.product.cpu.abilist32": "armeabi-v7a,armeabi",
                   "ro.build.version.sdk": "31"},
-        "prop_label": "u:object_r:vendor_vkd_prop:s0",
+        "prop_labels": {},  # those that differ
         "files": {LIBRARY: "644 root:root u:object_r:system_lib_file:s0",
                   NODE: "444 root:root u:object_r:sysfs_gpu_vesko:s0",
                   "/data/system/vkd": "755 system:system u:object_r:vkd_data_file:s0",
@@ -72,7 +74,8 @@ def answer(device: dict[str, Any], command: str) -> str:
         effect(device, found[1])
         return ""
     if found := re.fullmatch(r"getprop (-Z )?(\S+)", command):
-        return str(device["prop_label"] if found[1] else device["props"].get(found[2], ""))
+        label = device["prop_labels"].get(found[2], "u:object_r:vendor_vkd_prop:s0")
+        return str(label if found[1] else device["props"].get(found[2], ""))
     if found := re.fullmatch(r"pm path (\S+)", command):
         return f"package:/data/app/{found[1]}" if found[1] in device["installed"] else ""
     if found := re.match(r"am force-stop (\S+); monkey", command):
