@@ -116,7 +116,8 @@ void ScaledEgl::handOver(void* display, void* draw, ScaledGl& next) {
         before = surfaces().known(display, drawnBy);
     }
     const bool leftThere = surface->manyGroups;
-    surface->manyGroups = true;
+    // One that was destroyed while it was current takes no turns with others.
+    if (before != nullptr) surface->manyGroups = true;
     ScaledGl* const here = currentContext();
     if (here != nullptr && here->drawsTo(draw)) {
         here->leaveInWindow();

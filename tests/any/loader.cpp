@@ -1,5 +1,7 @@
 #include "tests/any/loader.h"
 
+#include <set>
+
 #include "hook/HookManager.h"
 #include "tests/support/host.h"
 
@@ -15,10 +17,11 @@ constexpr const char* kNames[] = {
 bool isHooked = false;
 const a::gl_hooks_t* handedOver = nullptr;
 
-// What is invalidated is as much of the call as that something is.
+// What is invalidated is as much of the call as that something is, in whatever order.
 std::string attachmentsOf(unsigned, int count, const unsigned* attachments) {
+    const std::set<unsigned> sorted(attachments, attachments + count);
     std::string text;
-    for (int i = 0; i < count; ++i) text += " " + std::to_string(attachments[i]);
+    for (const unsigned each : sorted) text += " " + std::to_string(each);
     return text;
 }
 
