@@ -29,6 +29,7 @@ class Browser:
             options.add_experimental_option("mobileEmulation", {
                 "deviceMetrics": {"width": 360, "height": 740, "pixelRatio": 2.0, "touch": True}})
         self.driver = webdriver.Chrome(options=options, service=Service("/usr/bin/chromedriver"))
+        self._opened: list[str] = []
         if not scripts:
             self.driver.execute_cdp_cmd("Emulation.setScriptExecutionDisabled", {"value": True})
         self.open(page)
@@ -41,7 +42,8 @@ class Browser:
         self._folder.cleanup()
 
     def open(self, page: Path) -> None:
-        self.driver.get(page.absolute().as_uri())
+        self._opened.append(page.absolute().as_uri())
+        self.driver.get(self._opened[-1])
 
     def script(self, text: str, *arguments: object) -> Any:
         return self.driver.execute_script(text, *arguments)
@@ -50,10 +52,10 @@ class Browser:
         return [entry["message"] for entry in self.driver.get_log("browser")]
 
     def requests(self) -> list[str]:
-        """The addresses that were asked for, the page's own, data and the browser's aside."""
+        """The addresses that were asked for, pages' own, data and the browser's aside."""
         events = (json.loads(entry["message"])["message"]
                   for entry in self.driver.get_log("performance"))
         asked = [event["params"]["request"]["url"] for event in events
                  if event["method"] == "Network.requestWillBeSent"]
-        known = ("data:", "chrome:", self.driver.current_url)
+        known = ("data:", "chrome:", *self._opened)
         return [url for url in asked if not url.startswith(known)]

@@ -87,7 +87,7 @@ class Pages(unittest.TestCase):
 
     def test_no_state_has_a_dead_button_or_misses_anything(self) -> None:
         answers = {"off": "off", "idle": "no answer", "blind": "no answer", "one": "50 bilinear",
-                   "native only": "no answer", "genshin": "75", "knee": "75 sharp"}
+                   "native only": "no answer", "genshin": "75", "knee": "50 sharp"}
         with Browser(self.write("both")) as browser:
             for state in self.states():
                 with self.subTest(state):
