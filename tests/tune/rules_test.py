@@ -136,6 +136,8 @@ class Verdicts(unittest.TestCase):
                 ("genshin", s.Setting(75), ["", "yuanshen 1080 486 0", "", ""]),
                 ("any", s.Setting(75, filter="sharp"), ["", "", scale, sharp]),
                 ("any", s.Setting(75, filter="bilinear"), ["", "", scale, ""]),
+                ("sgame", s.Setting(75, filter="sharp"),
+                 ["status:7#enable:1#FB0Factor:75#gameInternalFBOFactor:100#", "", "", sharp]),
                 ("any", s.Setting(), ["", "", "", ""])):
             device = WAYS[game].device_texts(setting)
             self.assertEqual([t.text for t in (device.node, device.config, device.property,

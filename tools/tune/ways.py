@@ -29,7 +29,6 @@ class DeviceTexts:
 
 
 NO_FILTER = DeviceText("", f"none: {FILTERS[0]} is what an unset property stands for")
-FIXED_FILTER = DeviceText("", "none: the game's own renderer has one way to stretch a picture")
 NO_STRETCHING = DeviceText("", "none: no picture is stretched")
 NO_NODE = DeviceText("", "none: Genshin Impact reads no node")
 NO_CONFIG = DeviceText("", "none: only Genshin Impact reads a file (--game genshin)")
@@ -87,7 +86,7 @@ class Window(Way):
 
     effect = "scales the window"
     has_hdr = True
-    has_filters = False
+    has_filters = True
     scales_whole_picture = True
     suspicion = ("The program may count on state that does not survive a presented frame: the "
                  "clear colour, vertex arrays, buffers or textures that it sets up once "
@@ -95,7 +94,7 @@ class Window(Way):
 
     def options(self, setting: Setting, folder: Path) -> list[str]:
         result = ["--set", f"FB0Factor={setting.factor}",
-                  "--set", f"gameInternalFBOFactor={setting.hdr}"]
+                  "--set", f"gameInternalFBOFactor={setting.hdr}", *filter_options(setting)]
         # Desktop drivers never let the plug-in recognise the framebuffer otherwise.
         return [*result, "--quirk", "attachment-sizes"] if setting.hdr != 100 else result
 
@@ -120,7 +119,7 @@ class Window(Way):
         node = DeviceText(f"status:7#enable:{enable}#FB0Factor:{setting.factor}#"
                           f"gameInternalFBOFactor:{setting.hdr}#",
                           "to be written by the kernel into its game parameter node")
-        return DeviceTexts(node, NO_CONFIG, NO_PROPERTY, FIXED_FILTER)
+        return DeviceTexts(node, NO_CONFIG, NO_PROPERTY, filter_text(setting))
 
 
 class AnyProgram(Window):
