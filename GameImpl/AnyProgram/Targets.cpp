@@ -14,7 +14,6 @@ namespace {
 
 // Not in the headers of every system.
 constexpr GLenum kFlipY = 0x8BBB;    // GL_FRAMEBUFFER_FLIP_Y_MESA
-constexpr GLenum kRGB10 = 0x8052;    // GL_RGB10_EXT
 constexpr GLenum kDepth32 = 0x81A7;  // GL_DEPTH_COMPONENT32_OES
 constexpr GLenum kFloatComponents = GL_FLOAT;
 
@@ -39,8 +38,8 @@ constexpr ColorFormat kColorFormats[] = {
     {8, 8, 8, 8, GL_LINEAR, false, GL_RGBA8},       {8, 8, 8, 0, GL_LINEAR, false, GL_RGB8},
     {8, 8, 8, 8, GL_SRGB, false, GL_SRGB8_ALPHA8},  {5, 6, 5, 0, GL_LINEAR, false, GL_RGB565},
     {5, 5, 5, 1, GL_LINEAR, false, GL_RGB5_A1},     {4, 4, 4, 4, GL_LINEAR, false, GL_RGBA4},
-    {10, 10, 10, 2, GL_LINEAR, false, GL_RGB10_A2}, {10, 10, 10, 0, GL_LINEAR, false, kRGB10},
-    {16, 16, 16, 16, GL_LINEAR, true, GL_RGBA16F},  {16, 16, 16, 0, GL_LINEAR, true, GL_RGB16F},
+    {10, 10, 10, 2, GL_LINEAR, false, GL_RGB10_A2}, {16, 16, 16, 16, GL_LINEAR, true, GL_RGBA16F},
+    {16, 16, 16, 0, GL_LINEAR, true, GL_RGB16F},
 };
 
 struct DepthFormat {

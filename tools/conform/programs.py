@@ -115,11 +115,18 @@ class Played:
         if frame is None:
             return self._verdict(factor, problem)
         found = likeness.compare(measure.load(picture), measure.load(native))
-        problem = ("" if self._program.plain else found.problem) or frame.why_not_scaled
-        if not problem and rounded(frame.window, factor) not in frame.offscreen:
-            problem = "the driver drew nothing at the scaled size"
+        problem = "" if self._program.plain else found.problem
+        problem = problem or self._why_not_as_listed(frame, factor)
         return Verdict(self._program, self._display, factor, problem,
                        f"{frame.window[0]}x{frame.window[1]}", found.worst, found.bound, picture)
+
+    def _why_not_as_listed(self, frame: stats.Frame, factor: int) -> str:
+        if self._display in self._program.left:
+            return "" if frame.why_not_scaled else "it is scaled, though listed as left alone"
+        if frame.why_not_scaled:
+            return frame.why_not_scaled
+        drawn = rounded(frame.window, factor) in frame.offscreen
+        return "" if drawn else "the driver drew nothing at the scaled size"
 
     def check(self) -> list[Verdict]:
         if shutil.which(self._command[0]) is None:
@@ -139,10 +146,11 @@ def _row(program: Program, verdicts: Mapping[tuple[str, int], Verdict]) -> str:
     for display in X11, WAYLAND:
         for factor in FACTORS:
             v = verdicts.get((display, factor))
-            cells.append("" if v is None else "FAILED" if v.problem else f"{v.worst:.1f}")
+            cells.append("" if v is None else "FAILED" if v.problem else
+                         "left" if display in program.left else f"{v.worst:.1f}")
     problems = sorted({f"{v.display} at {v.factor}: {v.problem}" for v in own if v.problem})
     words = "; ".join(problems) or ("scaled; too plain to compare" if program.plain else "alike")
-    note = f" ({program.without})" if program.without else ""
+    note = f" ({program.note})" if program.note else ""
     bound = min((v.bound for v in own if not v.problem), default=0.0)
     cells += [f"{bound:.1f}", words.replace("|", "/") + note]
     return f"| {' | '.join(cells)} |"
