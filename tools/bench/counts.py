@@ -48,7 +48,8 @@ def with_callgrind(program: str, library: Path, name: str) -> dict[str, int]:
     return {name: a - b for name, a, b in zip(names, totals["library"], totals["driver"])}
 
 
-def with_emulator(emulated: str, root: Path, program: str, library: Path, name: str) -> dict[str, int]:
+def with_emulator(emulated: str, root: Path, program: str, library: Path,
+                  name: str) -> dict[str, int]:
     """On ARM: every instruction of the library, the platform's stub and its lookup, from the
     emulator's log. It puts all things at the same addresses in each run."""
     emulator: list[str | Path] = [emulated, "-L", root, "-0", name]
