@@ -1,5 +1,5 @@
 // Stands in for the platform's libbinder.so: the rig's binder is declared by the same
-// headers. A Parcel has 60 bytes, as arm/contract/layout.cpp asserts; a strong pointer
+// headers. A Parcel has the size that arm/contract/layout.cpp asserts; a strong pointer
 // is returned through memory.
 #include "tests/arm/platform/forward.h"
 

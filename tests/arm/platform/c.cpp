@@ -6,36 +6,28 @@
 
 #include <cerrno>
 #include <csignal>
+#include <type_traits>
 
 #include "tests/arm/platform/futex.h"
+#include "tests/arm/platform/jump.h"
 #include "tests/arm/platform/layouts.h"
-
-// Exported under a version of its own, so that the code in here still reaches
-// glibc's function of the same name, and the library's import reaches this alone.
-#define EXPORTED(name, version) __asm__(".symver platform_" #name "," #name "@" #version);
-
-// Integers, pointers, text and variable arguments pass as they are: both follow
-// the processor's convention for calls.
-#define SAME(name, version)          \
-    EXPORTED(name, version)          \
-    __asm__(                         \
-        ".pushsection .text\n.arm\n" \
-        ".globl platform_" #name     \
-        "\n"                         \
-        ".type platform_" #name      \
-        ", %function\n"              \
-        "platform_" #name ": b " #name "\n.popsection");
 
 using platform::FileStatus;
 using platform::Semaphore;
 using platform::SignalSet;
 
+#if defined(__arm__)
 SAME(__aeabi_memclr4, LIBC_N)
 SAME(__aeabi_memclr8, LIBC_N)
 SAME(__aeabi_memcpy, LIBC_N)
 SAME(__aeabi_memcpy4, LIBC_N)
 SAME(__aeabi_memcpy8, LIBC_N)
 SAME(__aeabi_memmove4, LIBC_N)
+#else
+SAME(memcpy, LIBC)
+SAME(memmove, LIBC)
+SAME(memset, LIBC)
+#endif
 SAME(__cxa_atexit, LIBC)
 SAME(__cxa_finalize, LIBC)
 SAME(__register_atfork, LIBC)
@@ -68,9 +60,9 @@ SAME(strrchr, LIBC)
 SAME(strstr, LIBC)
 SAME(strtol, LIBC)
 
-// A key, a thread and what runs once are a word each in both; -1 is no key in both.
-static_assert(sizeof(pthread_key_t) == 4 && sizeof(pthread_once_t) == 4 && sizeof(pthread_t) == 4 &&
-              PTHREAD_ONCE_INIT == 0);
+// A key and what runs once are an int in both, a thread is a word; -1 is no key in both.
+static_assert(sizeof(pthread_key_t) == 4 && sizeof(pthread_once_t) == 4 &&
+              sizeof(pthread_t) == sizeof(void*) && PTHREAD_ONCE_INIT == 0);
 SAME(pthread_equal, LIBC)
 SAME(pthread_getspecific, LIBC)
 SAME(pthread_join, LIBC)
@@ -104,32 +96,37 @@ int platform_fstat(int file, FileStatus* status) {
     struct stat64 own = {};
     const int result = fstat64(file, &own);
     if (result != 0) return result;
-    const auto time = [](const timespec& t) {
-        return platform::Time{static_cast<int32_t>(t.tv_sec), static_cast<int32_t>(t.tv_nsec)};
+    *status = {};
+    const auto set = [](auto& field, auto value) {
+        field = static_cast<std::remove_reference_t<decltype(field)>>(value);
     };
-    *status = {own.st_dev,
-               {},
-               static_cast<uint32_t>(own.st_ino),
-               own.st_mode,
-               own.st_nlink,
-               own.st_uid,
-               own.st_gid,
-               own.st_rdev,
-               {},
-               own.st_size,
-               static_cast<uint32_t>(own.st_blksize),
-               static_cast<uint64_t>(own.st_blocks),
-               time(own.st_atim),
-               time(own.st_mtim),
-               time(own.st_ctim),
-               own.st_ino};
+    const auto setTime = [set](platform::Time& field, const timespec& time) {
+        set(field.seconds, time.tv_sec);
+        set(field.nanoseconds, time.tv_nsec);
+    };
+    set(status->device, own.st_dev);
+    set(status->node, own.st_ino);
+#if defined(__arm__)
+    set(status->shortNode, own.st_ino);
+#endif
+    set(status->mode, own.st_mode);
+    set(status->links, own.st_nlink);
+    set(status->user, own.st_uid);
+    set(status->group, own.st_gid);
+    set(status->specialDevice, own.st_rdev);
+    set(status->size, own.st_size);
+    set(status->blockSize, own.st_blksize);
+    set(status->blocks, own.st_blocks);
+    setTime(status->accessed, own.st_atim);
+    setTime(status->modified, own.st_mtim);
+    setTime(status->changed, own.st_ctim);
     return 0;
 }
 
 // SignalSet: glibc's has 1024 bits.
 EXPORTED(sigfillset, LIBC)
 int platform_sigfillset(SignalSet* set) {
-    set->bits = UINT32_MAX;
+    set->bits = static_cast<decltype(set->bits)>(-1);
     return 0;
 }
 
@@ -138,19 +135,19 @@ int platform_pthread_sigmask(int how, const SignalSet* set, SignalSet* before) {
     sigset_t wide;
     sigset_t old;
     sigemptyset(&wide);
-    for (int signal = 1; set != nullptr && signal <= 32; ++signal) {
+    for (int signal = 1; set != nullptr && signal <= platform::kSignals; ++signal) {
         if ((set->bits >> (signal - 1) & 1) != 0) sigaddset(&wide, signal);
     }
     const int error = pthread_sigmask(how, set != nullptr ? &wide : nullptr, &old);
     if (error != 0 || before == nullptr) return error;
     before->bits = 0;
-    for (int signal = 1; signal <= 32; ++signal) {
-        if (sigismember(&old, signal) == 1) before->bits |= 1u << (signal - 1);
+    for (int signal = 1; signal <= platform::kSignals; ++signal) {
+        if (sigismember(&old, signal) == 1) before->bits |= platform::SignalBits{1} << (signal - 1);
     }
     return 0;
 }
 
-// Semaphore: glibc's has four words.
+// Semaphore: glibc's has another layout.
 EXPORTED(sem_init, LIBC)
 int platform_sem_init(Semaphore* semaphore, int, unsigned value) {
     semaphore->count = value;

@@ -51,7 +51,7 @@ void checkFiles() {
     expect(given.device == own.st_dev && given.node == own.st_ino && given.mode == own.st_mode &&
                given.links == own.st_nlink && given.user == own.st_uid &&
                given.group == own.st_gid && given.size == own.st_size &&
-               given.blocks == static_cast<uint64_t>(own.st_blocks) &&
+               given.blocks == static_cast<decltype(given.blocks)>(own.st_blocks) &&
                isSame(own.st_mtim, given.modified) && isSame(own.st_ctim, given.changed),
            "fstat's members");
     errno = 0;
@@ -63,7 +63,9 @@ void checkFiles() {
 void checkSignals() {
     platform::SignalSet set = {};
     platform::SignalSet before = {};
-    expect(c<int(void*)>("sigfillset")(&set) == 0 && set.bits == UINT32_MAX, "sigfillset");
+    expect(
+        c<int(void*)>("sigfillset")(&set) == 0 && set.bits == static_cast<platform::SignalBits>(-1),
+        "sigfillset");
     set.bits = 1u << (SIGUSR1 - 1) | 1u << (SIGTERM - 1);
     auto* const mask = c<int(int, const void*, void*)>("pthread_sigmask");
     expect(mask(SIG_SETMASK, &set, nullptr) == 0, "pthread_sigmask");
@@ -127,7 +129,7 @@ void checkMutexes() {
     expect(!entered, "std::mutex excludes");
     unlock(&mutex);
     pthread_join(other, nullptr);
-    expect(entered && mutex.state == 0, "std::mutex lets in");
+    expect(entered && mutex.words[0] == 0, "std::mutex lets in");
 }
 
 }  // namespace

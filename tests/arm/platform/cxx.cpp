@@ -6,7 +6,13 @@
 #include <mutex>
 
 #include "tests/arm/platform/futex.h"
+#include "tests/arm/platform/jump.h"
 #include "tests/arm/platform/layouts.h"
+
+#if !defined(__arm__)
+// Listed with this library, but the unwinder's.
+SAME(_Unwind_Resume, PLATFORM)
+#endif
 
 namespace {
 
@@ -55,18 +61,18 @@ const std::locale::facet* real_use_facet(const std::locale* locale, std::locale:
 void platform_mutex_lock(platform::Mutex* mutex) __asm__("_ZNSt3__15mutex4lockEv");
 void platform_mutex_lock(platform::Mutex* mutex) {
     uint32_t state = kFree;
-    if (__atomic_compare_exchange_n(&mutex->state, &state, kHeld, false, __ATOMIC_ACQUIRE,
+    if (__atomic_compare_exchange_n(&mutex->words[0], &state, kHeld, false, __ATOMIC_ACQUIRE,
                                     __ATOMIC_RELAXED)) {
         return;
     }
-    while (__atomic_exchange_n(&mutex->state, kAwaited, __ATOMIC_ACQUIRE) != kFree)
-        platform::waitOn(mutex->state, kAwaited);
+    while (__atomic_exchange_n(&mutex->words[0], kAwaited, __ATOMIC_ACQUIRE) != kFree)
+        platform::waitOn(mutex->words[0], kAwaited);
 }
 
 void platform_mutex_unlock(platform::Mutex* mutex) __asm__("_ZNSt3__15mutex6unlockEv");
 void platform_mutex_unlock(platform::Mutex* mutex) {
-    if (__atomic_exchange_n(&mutex->state, kFree, __ATOMIC_RELEASE) == kAwaited)
-        platform::wakeOne(mutex->state);
+    if (__atomic_exchange_n(&mutex->words[0], kFree, __ATOMIC_RELEASE) == kAwaited)
+        platform::wakeOne(mutex->words[0]);
 }
 
 void platform_mutex_destroy(platform::Mutex*) __asm__("_ZNSt3__15mutexD1Ev");

@@ -15,10 +15,10 @@ PAIRS = {"pthread_mutex_t": "Mutex", "sem_t": "Semaphore", "sigset_t": "SignalSe
 # What the library reads of them, and the stand-ins' names.
 MEMBERS = {"st_dev": "device", "st_mode": "mode", "st_size": "size", "st_ino": "node",
            "tv_sec": "seconds", "tv_nsec": "nanoseconds"}
-# What the stand-ins hand through, in bytes.
-SIZES = {"pthread_once_t": 4, "pthread_key_t": 4, "pthread_t": 4, "size_t": 4, "off_t": 4,
-         "time_t": 4, "pollfd": 8, "String16": 4, "mutex": 4,
-         "basic_string<char, std::__1::char_traits<char>, std::__1::allocator<char> >": 12}
+# What the stand-ins hand through, in bytes: with 32 bits, and with 64.
+SIZES = {"pthread_once_t": (4, 4), "pthread_key_t": (4, 4), "pthread_t": (4, 8), "size_t": (4, 8),
+         "off_t": (4, 8), "time_t": (4, 8), "pollfd": (8, 8), "String16": (4, 8), "mutex": (4, 40),
+         "basic_string<char, std::__1::char_traits<char>, std::__1::allocator<char> >": (12, 24)}
 ENDS = ("DW_TAG_structure_type", "DW_TAG_class_type", "DW_TAG_union_type", "DW_TAG_base_type",
         "DW_TAG_pointer_type", "DW_TAG_enumeration_type", "DW_TAG_array_type")
 
@@ -28,7 +28,7 @@ def size_of(die: Any) -> int:
     if "DW_AT_byte_size" in die.attributes:
         return int(die.attributes["DW_AT_byte_size"].value)
     if die.tag == "DW_TAG_pointer_type":
-        return 4
+        return int(die.cu["address_size"])
     if die.tag == "DW_TAG_array_type":
         count = 1
         for child in die.iter_children():
@@ -96,7 +96,10 @@ def main() -> int:
 
     for name, other in PAIRS.items():
         wrong += tell(name, name in library and library[name] == own.get(other), own.get(other))
-    for name, size in SIZES.items():
+    with unstripped.open("rb") as stream:
+        kind = (32, 64).index(ELFFile(stream).elfclass)
+    for name, sizes in SIZES.items():
+        size = sizes[kind]
         wrong += tell(name, {layout[0] for layout in library.get(name, ())} == {size}, size)
     return 1 if wrong else 0
 

@@ -5,7 +5,8 @@
 
 #include "tests/arm/platform/forward.h"
 
-extern "C" int __android_log_print(int priority, const char* tag, const char* format, ...) {
+extern "C" [[gnu::format(printf, 3, 4)]] int __android_log_print(int priority, const char* tag,
+                                                                 const char* format, ...) {
     using Write = int (*)(int, const char*, const char*);
     const auto write = reinterpret_cast<Write>(platform::supplied("__android_log_write"));
     char text[1024];

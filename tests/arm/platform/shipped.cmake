@@ -7,7 +7,7 @@ set_target_properties(tolvernvesko PROPERTIES
 # Its own libraries are found when it is loaded.
 target_link_options(tolvernvesko INTERFACE -Wl,--allow-shlib-undefined)
 list(APPEND CMAKE_CROSSCOMPILING_EMULATOR -E
-    LD_LIBRARY_PATH=${CMAKE_BINARY_DIR}/platform:${CMAKE_SYSROOT}/usr/lib/arm-linux-gnueabi/android)
+    LD_LIBRARY_PATH=${CMAKE_BINARY_DIR}/platform:${CMAKE_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/android)
 # Under the rig nothing but the stand-ins serves it.
 add_compile_definitions(RIG_PLUGIN_SCOPE=RTLD_DEEPBIND)
 enable_testing()  # a folder that is added before it would have no tests
