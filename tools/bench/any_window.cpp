@@ -51,7 +51,8 @@ a::platform_impl_t platformOf(const test::RealDriver& driver) {
 
 }  // namespace
 
-void AnyWindow::ask(int percent) {
+void AnyWindow::ask(int percent, const char* filter) {
+    a::base::SetProperty("vendor.vesko.filter", filter);
     std::string name;
     std::ifstream stream("/proc/self/cmdline");
     std::getline(stream, name, '\0');

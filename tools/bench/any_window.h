@@ -16,7 +16,7 @@ public:
     AnyWindow(test::RealDriver& realDriver, const char* library, int width, int height);
 
     // The next swap takes it over.
-    static void ask(int percent);
+    static void ask(int percent, const char* filter = "");
 
     // Makes the window current, or the driver's own.
     void enter();

@@ -8,7 +8,7 @@ from functools import cached_property
 from pathlib import Path
 from typing import Any
 
-from tools.bench import counts, frames, marks, process, times
+from tools.bench import counts, filters, frames, marks, process, times
 from tools.bench.progress import say
 from tools.common import cli, machine
 from tools.common.errors import EXIT_FAILED, CannotRun
@@ -76,6 +76,11 @@ class Parts:
     def frames(self) -> list[dict[str, Any]]:
         return frames.measure(self._build, self._options.rounds, self._environment)
 
+    def filters(self) -> dict[str, Any]:
+        quick = self._options.quick
+        return {"times": filters.times(self._build, self._options.rounds, self._environment),
+                "quality": filters.quality(self._build, self._options.out / "filters", quick)}
+
     def process(self) -> dict[str, Any]:
         say("loading the library")
         libraries = {"x86-64": self._build / "libtolvernvesko.so"}
@@ -92,6 +97,7 @@ PARTS: dict[str, tuple[Callable[[Parts], Any], Callable[[marks.Table, Any], None
     "calls": (Parts.calls, marks.calls),
     "egl": (Parts.egl, marks.egl),
     "frames": (Parts.frames, marks.frames),
+    "filters": (Parts.filters, marks.filters),
     "process": (Parts.process, marks.process),
 }
 

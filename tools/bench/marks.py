@@ -10,6 +10,8 @@ ARM64 = {"0 arguments": 36, "1 int": 37, "2 ints": 38, "3 ints": 39, "4 floats":
          "9 arguments": 44, "10 arguments": 44}
 X86 = {"1 int": 36, "mean of all entries": 42}
 MESA = {"no game": 1.04, "any": 1.02}
+FILTER_TIME = {"bicubic": 2, "sharp": 3}  # to the bilinear blit's, on a software driver
+SCENE_SSIM = {90: 0.967, 75: 0.955, 50: 0.89}  # of the filter sharp
 SYSTEM_CALLS = 5  # beside getpid, which some C libraries answer themselves
 LOAD_US = 45
 FLOOR = {("sgame", "heavy, large triangles"): 1.05, ("sgame", "heavy, small triangles"): 1.15,
@@ -100,6 +102,26 @@ def frames(table: Table, result: Iterable[Mapping[str, Any]]) -> None:
                          f"{row['to native']:.3f}", f"{row['blit ms']:.2f}",
                          f"{row['floor ms']:.2f}", f"{row['to floor']:.3f}"],
                   row["to floor"], FLOOR.get((row["renderer"], row["scene"])))
+
+
+def filters(table: Table, result: Mapping[str, Any]) -> None:
+    table.heading("Filters: processor time of the blit at 1280x720, milliseconds",
+                  ["blit", "to bilinear"])
+    for row in result["times"]:
+        table.row(f"{row['filter']} {row['factor']}",
+                  [f"{row['blit ms']:.2f}", f"{row['to bilinear']:.2f}"], row["to bilinear"],
+                  FILTER_TIME.get(row["filter"]))
+    table.heading("Filters: likeness to the native frames", ["SSIM", "to bilinear", "flicker"])
+    usual: dict[tuple[str, int], float] = {}
+    for row in result["quality"]:
+        beside = usual.setdefault((row["program"], row["factor"]), row["ssim"])
+        wanted = SCENE_SSIM.get(row["factor"]) if row["program"] == "scene" else None
+        name = f"{row['program']} {row['factor']} {row['filter']}"
+        table.row(name, [f"{row['ssim']:.4f}", f"{row['ssim'] - beside:+.4f}",
+                         f"{row['flicker']:.3f}"])
+        if row["filter"] == "sharp" and row["ssim"] < max(beside, wanted or 0):
+            table.missed.append(f"{name}: SSIM {row['ssim']:.4f}, not >= "
+                                f"{max(beside, wanted or 0):.4f}")
 
 
 def process(table: Table, result: Mapping[str, Any]) -> None:

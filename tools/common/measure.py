@@ -35,6 +35,13 @@ def ssim(picture: Picture, reference: Picture) -> float:
     return float(structural_similarity(luma(reference), luma(picture), data_range=255))
 
 
+def excess_change(pair: tuple[Picture, Picture], native: tuple[Picture, Picture]) -> Values:
+    """How much more each pixel's luma changes between two frames than it does natively."""
+    own, usual = (np.abs(luma(after) - luma(before)) for before, after in (pair, native))
+    more: Values = np.maximum(own - usual, 0)
+    return more
+
+
 def _box(values: Values, size: int) -> Values:
     """Means over every size x size window."""
     total = np.pad(values.cumsum(0).cumsum(1), ((1, 0), (1, 0)))

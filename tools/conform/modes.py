@@ -19,7 +19,10 @@ BASELINE = Mode("driver", ("--no-plugin", "--game", "none"), plugin=False)
 # Any program, drawn to a target of the window's size: the calls are others, what the
 # program sees is not.
 ANY = Mode("any-100", ("--game", "any"), passes_through=False)
-SAME = (*(Mode(identity.name, identity.options) for identity in IDENTITIES), ANY)
+# A filter copies a picture of the window's size.
+SHARP = Mode("sharp-100", ("--game", "any", "--filter", "sharp", "--sharpness", "0"),
+             passes_through=False)
+SAME = (*(Mode(identity.name, identity.options) for identity in IDENTITIES), ANY, SHARP)
 
 # Fewer pixels, and nothing else: state must be equal, pictures alike.
 ANY_SCALED = Mode("any-75", ("--game", "any", "--set", "FB0Factor=75"), passes_through=False)

@@ -94,6 +94,12 @@ def driver_faults(game: str) -> Iterator[Scenario]:
                 yield Scenario(f"{name}, {when}", program, SCALED + changes + afterwards,
                                CALM if program == "random" else (), fault,
                                gives_up=program == "scene" and quirks[0] in SEEN_BY_SCENE)
+    if game == "any":
+        # The window must be as without the filter, from the frame on that first needs it.
+        late = ("--set", "FB0Factor=100") + at(2, "FB0Factor=50")
+        yield Scenario("a filter that the driver does not build", "scene", late,
+                       fault_rig=("--filter", "sharp", "--quirk", "shader-compile@3-3"),
+                       says="does not build the filter sharp", right=1)
     # Of the framebuffers of random calls another one may be replaced afterwards.
     yield Scenario("the game's own framebuffer refused", "scene",
                    SCALED + ("--quirk", "attachment-sizes", "--set",

@@ -84,9 +84,7 @@ def worst_tile(similar: Values, weights: Values) -> Tile | None:
 
 def flicker(pair: tuple[Picture, Picture], native: tuple[Picture, Picture],
             weights: Values) -> float:
-    own, usual = (np.abs(measure.luma(after) - measure.luma(before))
-                  for before, after in (pair, native))
-    return float(np.average(np.maximum(own - usual, 0), weights=weights))
+    return float(np.average(measure.excess_change(pair, native), weights=weights))
 
 
 class Comparer:
