@@ -1,5 +1,7 @@
 #include "GameImpl/Filter/filter_shaders.h"
 
+#include <iterator>
+
 namespace android {
 
 namespace {
@@ -159,6 +161,7 @@ void main() {
 )";
 
 constexpr const char* kFilters[] = {kBilinear, kBicubic, kSharp};
+static_assert(std::size(kFilters) == kFilterCount);
 
 }  // namespace
 
