@@ -194,6 +194,11 @@ void useWindow() {
 // What is on at the swap.
 void endFrame() {
     if (does("corner")) CALL(glScissor)(0, 0, 8, 8);
+    if (does("sampler")) {
+        GLuint sampler = 0;
+        CALL(glGenSamplers)(1, &sampler);  // which wants mipmaps until it is told otherwise
+        CALL(glBindSampler)(0, sampler);
+    }
     if (does("divisor")) CALL(glVertexAttribDivisor)(1, 1);
     if (does("discard")) CALL(glEnable)(GL_RASTERIZER_DISCARD);
     if (does("clockwise")) CALL(glEnable)(GL_CULL_FACE), CALL(glFrontFace)(GL_CW);
@@ -203,12 +208,18 @@ void endFrame() {
 void drawFrame(bool rebind, int x, bool first) {
     CALL(glDisable)(GL_RASTERIZER_DISCARD);
     CALL(glBindFramebuffer)(GL_FRAMEBUFFER, 0);
-    CALL(glViewport)(x, 0, 64, 48);
+    if (does("viewport")) {
+        if (first) CALL(glViewport)(0, 0, 16, 12);
+    } else {
+        CALL(glViewport)(x, 0, 64, 48);
+    }
     if (first || !does("color")) CALL(glClearColor)(0.5f, 0, 0, 1);
     CALL(glClear)(GL_COLOR_BUFFER_BIT);
     if (does("corner")) CALL(glEnable)(GL_SCISSOR_TEST);
-    if (!does("once")) setArrays();
-    if (does("once") && first) makeArrays();
+    const bool once = does("once") || does("bound");
+    if (!once) setArrays();
+    if (once && first) makeArrays();
+    if (does("bound")) CALL(glVertexAttribPointer)(0, 2, GL_FLOAT, GL_FALSE, 0, nullptr);
     CALL(glDrawArrays)(GL_TRIANGLES, 0, 3);
     useWindow();
     endFrame();
