@@ -293,11 +293,15 @@ protected:
                 << "argument " << i;
         }
         for (int i = 0; i < vectors && i < kRegisters; ++i) EXPECT_EQ(seen.d[i], given.d[i]) << i;
-        if (vectors > kRegisters) EXPECT_EQ(seen.stack[0], given.stack[0]);
+        if (vectors > kRegisters) {
+            EXPECT_EQ(seen.stack[0], given.stack[0]);
+        }
         const bool jumped = self == 0 || core < kRegisters;
         EXPECT_EQ(seen.address == address(words_returned), jumped);
         for (int i = 0; i < kKept - 2; ++i) {
-            if (i != 10 && (jumped || i > 0)) EXPECT_EQ(seen.kept[i], given.kept[i]) << i;
+            if (i != 10 && (jumped || i > 0)) {
+                EXPECT_EQ(seen.kept[i], given.kept[i]) << i;
+            }
         }
     }
 
