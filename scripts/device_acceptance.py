@@ -20,9 +20,25 @@ from vesko_log import Log, Process
 Options = argparse.Namespace
 CHECKER = Path(__file__).resolve().with_name("check-library")
 NAME = "libtolvernvesko.so"
-LIBRARY = f"/system/lib/{NAME}"
+
+
+@dataclass(frozen=True)
+class Kind:
+    """Of process: its ABI, the program that all of them begin as, and their library."""
+    bits: str
+    abi: str
+    library: str
+    check: str
+
+    @property
+    def program(self) -> str:
+        return f"/system/bin/app_process{self.bits}"
+
+
+KINDS = [Kind("32", "armeabi-v7a", f"/system/lib/{NAME}", "--android"),
+         Kind("64", "arm64-v8a", f"/system/lib64/{NAME}", "--android64")]
 OTHER_PLACES = " ".join(f"/{place}/{NAME}" for place in (
-    "system/lib64", "system_ext/lib", "system_ext/lib64", "product/lib", "product/lib64",
+    "system_ext/lib", "system_ext/lib64", "product/lib", "product/lib64",
     "vendor/lib", "vendor/lib64", "odm/lib", "odm/lib64"))
 NODE = "/sys/class/gpu_vesko/vesko/game_parameters"
 FOLDER = "/data/system/vkd"
@@ -114,11 +130,12 @@ def require(holds: bool, seen: str, remedy: str) -> str:
 # Each check returns what was seen, or raises Failed.
 
 def check_build(device: Device, _: Options) -> str:
-    abis = device.shell("getprop ro.product.cpu.abilist32")
+    abis = " ".join(kind.abi for kind in KINDS if kind.abi in device.shell(
+        f"getprop ro.product.cpu.abilist{kind.bits}").split(","))
     sdk = device.shell("getprop ro.build.version.sdk")
-    return require("armeabi-v7a" in abis and sdk.isdigit() and int(sdk) >= 31,
-                   f"API {sdk}, {abis or 'no 32-bit ABI'}",
-                   "the library is for API 31 and 32-bit ARM processes")
+    return require(abis != "" and sdk.isdigit() and int(sdk) >= 31,
+                   f"API {sdk}, {abis or 'no ABI of ARM'}",
+                   "the library is for API 31 and processes of ARM")
 
 
 def check_enforcing(device: Device, _: Options) -> str:
@@ -128,34 +145,43 @@ def check_enforcing(device: Device, _: Options) -> str:
 
 
 def check_library(device: Device, _: Options) -> str:
-    seen = device.file(LIBRARY)
-    return require(seen == "644 root:root u:object_r:system_lib_file:s0", seen or "missing",
-                   f"put it into {LIBRARY} (PRODUCT_PACKAGES += libtolvernvesko)")
+    seen = {kind.library: device.file(kind.library) for kind in KINDS}
+    return require(set(seen.values()) - {""} == {"644 root:root u:object_r:system_lib_file:s0"},
+                   "; ".join(f"{path}: {state or 'missing'}" for path, state in seen.items()),
+                   "put it there, one file for each kind of process that is to have it "
+                   "(PRODUCT_PACKAGES += libtolvernvesko)")
 
 
 def check_copies(device: Device, _: Options) -> str:
     copies = device.shell(f"ls {OTHER_PLACES} 2>/dev/null").split()
     return require(not copies, " ".join(copies) or "none", "remove it: another linker namespace "
-                   "or word size must not find the library")
+                   "must not find the library")
 
 
 def check_properties_of_library(device: Device, arguments: Options) -> str:
     if not CHECKER.exists():
         raise Skipped(f"{CHECKER.name} is not beside this program: run it from scripts/")
+    own = {}
     with tempfile.TemporaryDirectory() as folder:
-        copy = Path(folder, NAME)
-        device.adb("pull", LIBRARY, str(copy))
-        done = subprocess.run([CHECKER, "--android", copy], text=True,
-                              capture_output=True, check=False)
-        lines = [line for line in done.stdout.splitlines() if line.startswith("FAILED")]
-        require(done.returncode == 0, "; ".join(lines) or done.stderr.strip(),
-                "build it with './dev android' or Android.bp, and change nothing afterwards")
-        if arguments.unstripped is None:
-            return "all; the build id is not compared without --unstripped"
-        own, other = build_id(copy), build_id(arguments.unstripped)
-        return require(own == other and own != "", f"build id {own or 'none'}, unstripped file "
-                       f"{other or 'none'}", "keep the unstripped file of this very build, or "
-                       "crash reports cannot be read")
+        for kind in KINDS:
+            if not device.file(kind.library):
+                continue
+            copy = Path(folder, f"{kind.bits}-{NAME}")
+            device.adb("pull", kind.library, str(copy))
+            done = subprocess.run([CHECKER, kind.check, copy], text=True,
+                                  capture_output=True, check=False)
+            lines = [line for line in done.stdout.splitlines() if line.startswith("FAILED")]
+            require(done.returncode == 0, "; ".join(lines) or done.stderr.strip(),
+                    "build it with './dev android' or Android.bp, and change nothing afterwards")
+            if arguments.unstripped:
+                own[kind.library] = build_id(copy)
+    if not arguments.unstripped:
+        return "all; the build ids are not compared without --unstripped"
+    kept = {build_id(path) for path in arguments.unstripped}
+    return require(bool(own) and set(own.values()) <= kept - {""},
+                   f"build id {' '.join(own.values()) or 'none'}, unstripped file "
+                   f"{' '.join(sorted(kept)) or 'none'}", "keep the unstripped file of this very "
+                   "build, and name one for each kind, or crash reports cannot be read")
 
 
 def build_id(path: Path) -> str:
@@ -173,13 +199,13 @@ def check_mappings(device: Device, _: Options) -> str:
         f"for m in $(grep -l {NAME} /proc/[0-9]*/maps 2>/dev/null); do p=${{m%/maps}}; "
         f"echo $(readlink $p/exe) $(tr '\\0' '\\n' <$p/cmdline | head -n 1) "
         f"$(grep -o '/.*{NAME}.*' $m | sort -u); done").splitlines()
-    wrong = [line for line in lines if not re.fullmatch(
-        rf"/system/bin/app_process32 (?!\S*zygote)\S+ {LIBRARY}", line)]
-    require(not wrong, "; ".join(wrong), "only 32-bit applications may open it, by name from "
-            "the default namespace, after the zygote has specialized them")
-    return require(len(lines) > 0, f"{len(lines)} processes, all 32-bit applications",
-                   "no process has it: is a 32-bit application running, and does libEGL.so "
-                   "open the library ('adb logcat -s linker')?")
+    wrong = [line for line in lines if not any(re.fullmatch(
+        rf"{kind.program} (?!\S*zygote)\S+ {kind.library}", line) for kind in KINDS)]
+    require(not wrong, "; ".join(wrong), "only applications may open it, by name from the default "
+            "namespace, after the zygote has specialized them, and each the file of its kind")
+    return require(len(lines) > 0, f"{len(lines)} processes, all applications",
+                   "no process has it: is an application running whose kind has a file, and does "
+                   "libEGL.so open the library ('adb logcat -s linker')?")
 
 
 def check_node(device: Device, _: Options) -> str:
@@ -255,7 +281,7 @@ def check_denials(device: Device, _: Options) -> str:
 def check_ordinary(device: Device, arguments: Options) -> str:
     process = device.wait_for(device.start(arguments.ordinary), lambda p: p.initialized)
     require(process.initialized, f"{arguments.ordinary} did not load the library",
-            "name a 32-bit application with --ordinary; else see docs/loader.md")
+            "name an application whose kind has a file with --ordinary; else see docs/loader.md")
     time.sleep(min(2.0, device.patience))
     process = device.process(str(process.pid))
     require(not process.extra, "".join(process.extra[:1]),
@@ -320,7 +346,7 @@ def check_factors(device: Device, arguments: Options) -> str:
 
 
 CHECKS = [
-    ("32-bit ARM, API 31", check_build, False),
+    ("ARM, API 31", check_build, False),
     ("policy enforced", check_enforcing, False),
     ("library in place", check_library, False),
     ("no other copy", check_copies, False),
@@ -359,10 +385,11 @@ def main() -> int:
         epilog="exit code: 0 all properties hold, 1 some do not, 2 there is nothing to check")
     parser.add_argument("--adb", default="adb", help="the adb program")
     parser.add_argument("--serial", help="which device")
-    parser.add_argument("--unstripped", type=Path, metavar="FILE",
-                        help="the unstripped library of this build, to compare build ids")
+    parser.add_argument("--unstripped", type=Path, metavar="FILE", action="append",
+                        help="the unstripped library of this build, to compare build ids; "
+                             "repeatable, one for each kind of process")
     parser.add_argument("--ordinary", default="com.android.calculator2", metavar="PACKAGE",
-                        help="a 32-bit application that is none of the games (%(default)s)")
+                        help="an application that is none of the games (%(default)s)")
     parser.add_argument("--set-node", metavar="COMMAND", default=f"echo -n '{{}}' > {NODE}",
                         help="shell command that makes the driver hold the text {} (%(default)s)")
     parser.add_argument("--no-programs", action="store_true", help="start no applications")

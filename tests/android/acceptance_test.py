@@ -13,7 +13,7 @@ from pathlib import Path
 from typing import Any
 
 from tests.android import stand_in_adb
-from tests.android.stand_in_adb import GAMES, LIBRARY, NODE
+from tests.android.stand_in_adb import GAMES, LIBRARY, LIBRARY64, NODE
 
 SOURCE = Path(__file__).resolve().parents[2]
 TWIN = Path(sys.argv.pop(1)).resolve()
@@ -21,7 +21,10 @@ PACKAGED = "u:object_r:sysfs:s0"
 # What is wrong: the value's place in the device, the value, the property that must
 # fail, and a word of the line.
 BAD = [
-    ("props ro.product.cpu.abilist32", "", "32-bit ARM, API 31", "no 32-bit ABI"),
+    ("props ro.build.version.sdk", "30", "ARM, API 31", "API 30, armeabi-v7a arm64-v8a"),
+    ("props", {"ro.product.cpu.abilist64": "x86_64"}, "ARM, API 31", "no ABI of ARM"),
+    (f"files {LIBRARY64}", "644 root:root u:object_r:system_file:s0", "library in place", "lib64"),
+    ("files", {}, "library in place", "missing"),
     ("enforce", "Permissive", "policy enforced", "Permissive"),
     (f"files {LIBRARY}", "600 root:root u:object_r:system_file:s0", "library in place", "600"),
     ("copies", "/vendor/lib/libtolvernvesko.so", "no other copy", "/vendor/lib"),
@@ -96,6 +99,10 @@ class Acceptance(unittest.TestCase):
         self.assertEqual((len(lines), lines[-1]), (19, "all hold"))
         self.assertIn("50 % renders 1200x540, 75 % renders 1800x810", done.stdout)
         self.assertEqual(device["texts"][NODE], "status:7#enable:0#")
+        for alone in (LIBRARY, LIBRARY64):
+            done, device = self.accept("--only", "library in place", "--only",
+                                       "library's properties", place=f"files {alone}", value="")
+            self.assertEqual(done.returncode, 0, done.stdout)
         done, device = self.accept("--no-programs")
         self.assertEqual((done.returncode, device["written"]), (0, []), done.stdout)
 

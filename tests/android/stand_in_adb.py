@@ -14,6 +14,7 @@ from typing import Any
 
 NODE = "/sys/class/gpu_vesko/vesko/game_parameters"
 LIBRARY = "/system/lib/libtolvernvesko.so"
+LIBRARY64 = "/system/lib64/libtolvernvesko.so"
 GAMES = {"sgame": "com.tencent.tmgp.sgame", "pubgmhd": "com.tencent.tmgp.pubgmhd",
          "genshin": "com.miHoYo.ys.qo", "ordinary": "com.android.calculator2"}
 MADE = "D EGL_HOOK: [GameImpl/FBOBase/FBOBase][14][FboBase]: Lumivane version 0.65"
@@ -29,9 +30,11 @@ def good_device(library: str) -> dict[str, Any]:
         "pulled": library, "copies": "", "denials": "", "service": "found",
         "service_label": "orvane.pelune u:object_r:orvane_pelune_service:s0",
         "props": {"ro.product.cpu.abilist32": "armeabi-v7a,armeabi",
+                  "ro.product.cpu.abilist64": "arm64-v8a",
                   "ro.build.version.sdk": "31"},
         "prop_labels": {},  # those that differ
         "files": {LIBRARY: "644 root:root u:object_r:system_lib_file:s0",
+                  LIBRARY64: "644 root:root u:object_r:system_lib_file:s0",
                   NODE: "444 root:root u:object_r:sysfs_gpu_vesko:s0",
                   "/data/system/vkd": "755 system:system u:object_r:vkd_data_file:s0",
                   "/data/system/vkd/qogl": "644 system:system u:object_r:vkd_data_file:s0"},
@@ -93,7 +96,7 @@ def answer(device: dict[str, Any], command: str) -> str:
     others = {"id -u": device["uid"], "getenforce": device["enforce"],
               "service check orvane.pelune": f"Service orvane.pelune: {device['service']}",
               "wm size": "Physical size: {}x{}".format(*device["size"]),
-              "ls /system/lib64/": device["copies"],
+              "ls /system_ext/lib/": device["copies"],
               "grep -hE '^orvane": device["service_label"],
               "logcat -d -b all": device["denials"]}
     return next(str(text) for start, text in others.items() if command.startswith(start))
