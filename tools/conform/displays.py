@@ -22,6 +22,8 @@ VARIABLES = ("DISPLAY", "WAYLAND_DISPLAY")
 class Displays:
     """As many Xvfb as runs may be under way at once; a context manager."""
 
+    screen = SIZE
+
     def __init__(self, number: int) -> None:
         self._program = processes.find_program("Xvfb", "xvfb")
         self._number = number
@@ -44,7 +46,7 @@ class Displays:
     def _start(self) -> str:
         reader, writer = os.pipe()
         self._servers.append(subprocess.Popen(
-            [self._program, "-displayfd", str(writer), "-screen", "0", f"{SIZE}x24",
+            [self._program, "-displayfd", str(writer), "-screen", "0", f"{self.screen}x24",
              "-nolisten", "tcp", "-noreset"],
             pass_fds=[writer], stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL,
             stderr=subprocess.DEVNULL, start_new_session=True))
@@ -74,6 +76,10 @@ class Compositors(Displays):
 
     Not Weston's headless backend, which has no seat: SDL 2.26 crashes without one.
     """
+
+    # Wider than Weston's own window: the pointer, in the middle, is outside of it. Weston places
+    # windows at random, and a program may look at what is under the pointer.
+    screen = "3000x1024"
 
     def __init__(self, number: int) -> None:
         super().__init__(number)

@@ -10,6 +10,8 @@ from dataclasses import dataclass
 from pathlib import Path
 from typing import Protocol
 
+from PIL import Image
+
 from tools.common import measure, processes, sheet, stats
 from tools.common.cli import say
 from tools.common.errors import EXIT_FAILED, CannotRun
@@ -30,6 +32,7 @@ CLIP_SECONDS = 10
 # The film moves slowly: on which frame of it a frame of the program falls is not certain.
 SLOWED = 10
 NAME_SHOWN = 40  # what fits over a picture
+COLOURS = 256  # of the sheet, which is large
 NATIVE = Mode("native", ("--no-plugin",))
 
 
@@ -184,8 +187,11 @@ def _draw_sheet(verdicts: Sequence[Verdict], file: Path) -> None:
             entries.append(sheet.Entry(
                 program.name[:NAME_SHOWN], f"at {shown[0].factor}; {displays}: {verdict}",
                 shown[0].picture or Path(), PLACES))
-    if entries:
-        sheet.draw(entries, file)
+    if not entries:
+        return
+    sheet.draw(entries, file)
+    with Image.open(file) as drawn:
+        drawn.quantize(COLOURS).save(file, optimize=True)
 
 
 def run(runner: Runner, jobs: int, small: bool) -> int:
