@@ -113,7 +113,7 @@ DrawState::~DrawState() {
         gl.glColorMask(mask[0], mask[1], mask[2], mask[3]);
     }
     for (size_t row = 0; row < std::size(kCapabilities); ++row) {
-        if ((changed & (1U << row)) != 0) setCapability(row, !kCapabilities[row].wanted);
+        if ((changed & (1u << row)) != 0) setCapability(row, !kCapabilities[row].wanted);
     }
     if (context.has(DrawContext::kES3)) {
         gl.glBindSampler(static_cast<GLuint>(context.unitIndex), static_cast<GLuint>(sampler));
@@ -149,7 +149,7 @@ void DrawState::changeCapabilities() {
         if (!context.has(capability.needs)) continue;
         const bool on = gl.glIsEnabled(capability.name) != GL_FALSE;
         if (on == capability.wanted) continue;
-        changed |= 1U << row;
+        changed |= 1u << row;
         setCapability(row, capability.wanted);
     }
 }

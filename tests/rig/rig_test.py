@@ -146,12 +146,14 @@ class Scaling(Rig):
         while next_line(process) != "frame 5":
             self.assertIsNone(process.poll())
         assert process.stdin is not None
-        process.stdin.write("nonsense\nFB0Factor=fifty\nother=1\nFB0Factor=50\n")
+        process.stdin.write("nonsense\nFB0Factor=fifty\nother=1\nfilter soft\nsharpness 101\n"
+                            "filter sharp\nFB0Factor=50\n")
         process.stdin.flush()
         _, err = process.communicate(timeout=60)
         self.assertEqual(process.returncode, 0, err)
         for complaint in ("'nonsense' has no '='", "'FB0Factor=fifty' is not a whole number",
-                          "no parameter 'other'"):
+                          "no parameter 'other'", "'soft' is none of bilinear|bicubic|sharp",
+                          "'101' is not a percentage"):
             self.assertIn(complaint, err)
         with open(file) as stream:
             frames = json.load(stream)["frames"]
