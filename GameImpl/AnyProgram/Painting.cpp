@@ -7,9 +7,6 @@ namespace android::any {
 
 namespace {
 
-// Names that drivers hand out last. Those of textures need not have been handed out.
-constexpr GLuint kTextureNamesOfNobody = 0xFFFFFC00;
-
 struct Transfer {
     GLenum internal;
     GLenum format;
@@ -42,20 +39,19 @@ bool hasAlpha(GLenum internal) {
 
 }  // namespace
 
-bool ScaledGl::wantsFilter() const {
+// A picture of the window's size is copied, as without a filter.
+bool ScaledGl::wantsFilter(const Target& target) const {
     const Filter filter = activation->filterChoice().filter;
-    return filter != Filter::Bilinear && painter.serves(filter);
+    return filter != Filter::Bilinear && painter.serves(filter) && !target.scale.isIdentity();
 }
 
 // And has none yet, though its format can have one.
 bool ScaledGl::needsTexture(const Target& target) const {
-    return !target.hasTexture && !target.textureRefused && wantsFilter() &&
+    return !target.hasTexture && !target.textureRefused && wantsFilter(target) &&
            transferOf(target.colorFormat) != nullptr;
 }
 
-GLuint ScaledGl::textureOf(int index) const {
-    return kTextureNamesOfNobody + static_cast<GLuint>(index);
-}
+GLuint ScaledGl::textureOf(int index) const { return group->textures[index]; }
 
 // An image of the same name replaces the one before, also where other contexts of the
 // group have it attached. False for a format without textures.
@@ -68,7 +64,9 @@ bool ScaledGl::allocateTexture(int index) {
     gl().glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
     gl().glGetIntegerv(GL_PIXEL_UNPACK_BUFFER_BINDING, &unpacked);
     gl().glBindBuffer(GL_PIXEL_UNPACK_BUFFER, 0);
-    gl().glBindTexture(GL_TEXTURE_2D, textureOf(index));
+    GLuint& texture = group->textures[index];
+    if (texture == 0) gl().glGenTextures(1, &texture);
+    gl().glBindTexture(GL_TEXTURE_2D, texture);
     gl().glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(transfer->internal),
                       target.scale.target.width, target.scale.target.height, 0, transfer->format,
                       transfer->type, nullptr);
@@ -81,7 +79,7 @@ bool ScaledGl::allocateTexture(int index) {
 // A picture of the window's size is left to a blit, which copies it, unless the window
 // is multisampled: blits cannot draw to that.
 bool ScaledGl::wantsPainting(const Target& target) const {
-    return target.samples > 0 || (target.hasTexture && !target.scale.isIdentity() && wantsFilter());
+    return target.samples > 0 || (target.hasTexture && wantsFilter(target));
 }
 
 // The window is bound for drawing, the scissor box set, and no condition of rendering is

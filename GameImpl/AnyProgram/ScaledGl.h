@@ -188,7 +188,7 @@ private:
     const char* describeWindow(Target& target, GLenum side);
     GLint samplesOf(const Surface& surface, GLenum side);
     void allocate(int index);
-    bool wantsFilter() const;
+    bool wantsFilter(const Target& target) const;
     bool needsTexture(const Target& target) const;
     GLuint textureOf(int index) const;
     bool allocateTexture(int index);

@@ -74,6 +74,9 @@ struct ShareGroup {
     GLuint firstName = 0;   // of ours; 0: none are taken yet
     GLuint nameOffset = 0;  // the program's names are the driver's less this
     std::array<Target, kMostTargets> targets;
+    // Of those targets whose colours have ever been in one; else 0. The driver's next
+    // names: each that is taken shifts those that the program gets afterwards.
+    std::array<GLuint, kMostTargets> textures = {};
     ShaderTable shaders;
 };
 

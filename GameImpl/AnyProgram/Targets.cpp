@@ -196,7 +196,7 @@ void ScaledGl::allocate(int index) {
             gl().glRenderbufferStorage(GL_RENDERBUFFER, format, size.width, size.height);
         }
     };
-    target.hasTexture = (target.samples > 0 || wantsFilter()) && allocateTexture(index);
+    target.hasTexture = (target.samples > 0 || wantsFilter(target)) && allocateTexture(index);
     if (!target.hasTexture || target.samples > 0) image(Target::kColor, target.colorFormat);
     image(Target::kDepth, target.depthFormat);
     image(Target::kStencil, target.stencilFormat);
