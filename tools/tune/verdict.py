@@ -106,7 +106,9 @@ def _explain_failures(results: Sequence[Result], way: Way) -> list[str]:
     wrong = [r for r in scaled if r.drawn_wrongly and not r.not_scaled]
     remarks = []
     for reason in dict.fromkeys(r.not_scaled for r in idle):
-        which = ", ".join(r.setting.title for r in idle if r.not_scaled == reason)
+        # No filter decides whether a frame is scaled.
+        which = ", ".join(dict.fromkeys(r.setting.size_title for r in idle
+                                        if r.not_scaled == reason))
         remarks.append(f"Not scaled at {which}: {reason}.")
     if wrong:
         which = ", ".join(r.setting.title for r in wrong)
