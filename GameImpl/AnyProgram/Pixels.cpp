@@ -42,51 +42,54 @@ GLbitfield buffersOf(GLenum format) {
 
 }  // namespace
 
-WindowToRead::WindowToRead(ScaledGl& context, const Box& part, unsigned mask) : gl(context) {
-    gl.copyToWindow(part, mask);
+WindowToRead::WindowToRead(ScaledGl& context, const Box& part, unsigned mask, GLenum filter)
+    : gl(context) {
+    gl.copyToWindow(part, mask, filter);
 }
 
-#define READ_WINDOW(mask, call)                                                                  \
+#define READ_WINDOW(mask, filter, call)                                                          \
     if (!windowIsRead()) {                                                                       \
         gl().call;                                                                               \
         return;                                                                                  \
     }                                                                                            \
     const WindowToRead window(*this, clippedBox(x, y, width, height, readTarget().scale.window), \
-                              mask);                                                             \
+                              mask, filter);                                                     \
     gl().call;
 
 void ScaledGl::glReadPixels(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format,
                             GLenum type, void* pixels){
-    READ_WINDOW(buffersOf(format), glReadPixels(x, y, width, height, format, type, pixels))}
-#define READ_N_PIXELS(name)                                                                   \
-    void ScaledGl::name(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format,       \
-                        GLenum type, GLsizei size, void* pixels) {                            \
-        READ_WINDOW(buffersOf(format), name(x, y, width, height, format, type, size, pixels)) \
+    READ_WINDOW(buffersOf(format), GL_NEAREST,
+                glReadPixels(x, y, width, height, format, type, pixels))}
+#define READ_N_PIXELS(name)                                                             \
+    void ScaledGl::name(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format, \
+                        GLenum type, GLsizei size, void* pixels) {                      \
+        READ_WINDOW(buffersOf(format), GL_NEAREST,                                      \
+                    name(x, y, width, height, format, type, size, pixels))              \
     }
 READ_N_PIXELS(glReadnPixels) READ_N_PIXELS(glReadnPixelsEXT) READ_N_PIXELS(glReadnPixelsKHR)
 
     void ScaledGl::glCopyTexImage2D(GLenum target, GLint level, GLenum format, GLint x, GLint y,
                                     GLsizei width, GLsizei height, GLint border) {
-    READ_WINDOW(GL_COLOR_BUFFER_BIT,
+    READ_WINDOW(GL_COLOR_BUFFER_BIT, GL_LINEAR,
                 glCopyTexImage2D(target, level, format, x, y, width, height, border))
 }
 
 void ScaledGl::glCopyTexSubImage2D(GLenum target, GLint level, GLint drawnX, GLint drawnY, GLint x,
                                    GLint y, GLsizei width, GLsizei height) {
-    READ_WINDOW(GL_COLOR_BUFFER_BIT,
+    READ_WINDOW(GL_COLOR_BUFFER_BIT, GL_LINEAR,
                 glCopyTexSubImage2D(target, level, drawnX, drawnY, x, y, width, height))
 }
 
 void ScaledGl::glCopyTexSubImage3D(GLenum target, GLint level, GLint drawnX, GLint drawnY,
                                    GLint layer, GLint x, GLint y, GLsizei width, GLsizei height) {
-    READ_WINDOW(GL_COLOR_BUFFER_BIT,
+    READ_WINDOW(GL_COLOR_BUFFER_BIT, GL_LINEAR,
                 glCopyTexSubImage3D(target, level, drawnX, drawnY, layer, x, y, width, height))
 }
 
 void ScaledGl::glCopyTexSubImage3DOES(GLenum target, GLint level, GLint drawnX, GLint drawnY,
                                       GLint layer, GLint x, GLint y, GLsizei width,
                                       GLsizei height) {
-    READ_WINDOW(GL_COLOR_BUFFER_BIT,
+    READ_WINDOW(GL_COLOR_BUFFER_BIT, GL_LINEAR,
                 glCopyTexSubImage3DOES(target, level, drawnX, drawnY, layer, x, y, width, height))
 }
 
@@ -117,7 +120,7 @@ void ScaledGl::blit(const int (&source)[4], const int (&drawn)[4], unsigned mask
         }
         const Size& size = readTarget().scale.window;
         const WindowToRead window(*this, clipped(source[0], source[1], source[2], source[3], size),
-                                  mask);
+                                  mask, GL_LINEAR);
         pass(drawn);
         return;
     }
@@ -126,7 +129,7 @@ void ScaledGl::blit(const int (&source)[4], const int (&drawn)[4], unsigned mask
                           std::abs(source[3] - source[1]) == std::abs(drawn[3] - drawn[1]);
     const int scaled[] = {s.x(drawn[0]), s.y(drawn[1]), s.x(drawn[2]), s.y(drawn[3])};
     if (fromWindow && separateRead) {
-        const WindowToRead window(*this, {}, mask);
+        const WindowToRead window(*this, {}, mask, GL_LINEAR);
         pass(scaled);
         return;
     }

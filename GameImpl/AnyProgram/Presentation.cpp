@@ -39,15 +39,15 @@ private:
 
 }  // namespace
 
-void ScaledGl::copyImages(const Box& from, const Box& to, unsigned mask) {
+void ScaledGl::copyImages(const Box& from, const Box& to, unsigned mask, GLenum filter) {
     const bool sameSize = from.width == to.width && from.height == to.height;
-    const auto copy = [&](unsigned part, GLenum filter) {
+    const auto copy = [&](unsigned part, GLenum stretched) {
         if (part == 0) return;
         gl().glBlitFramebuffer(from.x, from.y, from.x + from.width, from.y + from.height, to.x,
-                               to.y, to.x + to.width, to.y + to.height, part, filter);
+                               to.y, to.x + to.width, to.y + to.height, part, stretched);
     };
     const Unconditional always(gl(), conditionalQuery, conditionalMode);
-    copy(mask & GL_COLOR_BUFFER_BIT, sameSize ? GL_NEAREST : GL_LINEAR);
+    copy(mask & GL_COLOR_BUFFER_BIT, sameSize ? GL_NEAREST : filter);
     copy(mask & ~GLbitfield{GL_COLOR_BUFFER_BIT}, GL_NEAREST);
 }
 
@@ -89,7 +89,7 @@ void ScaledGl::leaveInWindow() {
 }
 
 // The window is bound for drawing, what stands in for it for reading.
-void ScaledGl::drawWindowFrom(const Target& target, const Box& part, unsigned mask) {
+void ScaledGl::drawWindowFrom(const Target& target, const Box& part, unsigned mask, GLenum filter) {
     static constexpr GLenum kBack = GL_BACK;
     static constexpr GLenum kNone = GL_NONE;
     if (drawnToNone) gl().glDrawBuffers(1, &kBack);
@@ -99,29 +99,29 @@ void ScaledGl::drawWindowFrom(const Target& target, const Box& part, unsigned ma
         gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kDrawn));
     }
     setCopyScissor(part);
-    if ((mask & GL_COLOR_BUFFER_BIT) != 0 && wantsPainting(target)) {
+    if ((mask & GL_COLOR_BUFFER_BIT) != 0 && filter == GL_LINEAR && wantsPainting(target)) {
         const Unconditional always(gl(), conditionalQuery, conditionalMode);
         if (paintWindowFrom(target)) mask &= ~GLbitfield{GL_COLOR_BUFFER_BIT};
     }
     if (target.samples == 0) {
-        copyImages(whole(target.scale.target), whole(target.scale.window), mask);
+        copyImages(whole(target.scale.target), whole(target.scale.window), mask, filter);
     }
     applyScissor();
     if (drawnToNone) gl().glDrawBuffers(1, &kNone);
 }
 
 // Leaves bound for reading what the program is to read.
-void ScaledGl::copyToWindow(const Box& part, unsigned mask) {
+void ScaledGl::copyToWindow(const Box& part, unsigned mask, GLenum filter) {
     Target& target = readTarget();
     mask &= target.copied;
     if ((separateRead || target.samples > 0) && mask != 0) {
-        copyToScratch();
+        copyToScratch(filter);
         return;
     }
     if (part.width > 0 && part.height > 0 && mask != 0) {
         gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kDrawn));
         gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
-        drawWindowFrom(target, part, mask);
+        drawWindowFrom(target, part, mask, filter);
         bindDraw();
     }
     gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);

@@ -55,7 +55,7 @@ void ScaledGl::bindScratch(int index) {
 }
 
 // Leaves bound for reading what holds the window's pixels.
-void ScaledGl::copyToScratch() {
+void ScaledGl::copyToScratch(GLenum filter) {
     const Target& target = readTarget();
     const GLuint from = own(separateRead ? kReadFrom : kDrawn);
     if (target.samples > 0) {
@@ -67,7 +67,8 @@ void ScaledGl::copyToScratch() {
     if (scaled) {
         bindScratch(readStand.target);
         setCopyScissor(whole(target.scale.window));
-        copyImages(whole(target.scale.target), whole(target.scale.window), GL_COLOR_BUFFER_BIT);
+        copyImages(whole(target.scale.target), whole(target.scale.window), GL_COLOR_BUFFER_BIT,
+                   filter);
     }
     bindDraw();
     applyScissor();

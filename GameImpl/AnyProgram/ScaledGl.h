@@ -21,6 +21,7 @@
 #include "GameImpl/AnyProgram/ScaledEgl.h"
 #include "GameImpl/AnyProgram/Surfaces.h"
 #include "GameImpl/Filter/WindowPainter.h"
+#include "platform/loader/gl_constants.h"
 
 namespace android::any {
 
@@ -140,10 +141,11 @@ private:
     bool wantsPainting(const Target& target) const;
     bool paintWindowFrom(const Target& target);
     bool paint(const Target& target, const Size& size);
-    void copyImages(const Box& from, const Box& to, unsigned mask);
-    void drawWindowFrom(const Target& target, const Box& part, unsigned mask);
-    void copyToWindow(const Box& part, unsigned mask);
-    void copyToScratch();
+    void copyImages(const Box& from, const Box& to, unsigned mask, GLenum filter = GL_LINEAR);
+    void drawWindowFrom(const Target& target, const Box& part, unsigned mask,
+                        GLenum filter = GL_LINEAR);
+    void copyToWindow(const Box& part, unsigned mask, GLenum filter = GL_LINEAR);
+    void copyToScratch(GLenum filter);
     void bindScratch(int index);
     void resolve(int index, GLuint from);
     void takeOverSamples(int index);

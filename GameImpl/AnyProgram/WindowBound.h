@@ -25,10 +25,10 @@ private:
 };
 
 // The window to be read holds what the program has drawn, within `part`, and is
-// bound for reading.
+// bound for reading. With GL_NEAREST it has no colour that was not drawn.
 class WindowToRead {
 public:
-    WindowToRead(ScaledGl& context, const Box& part, unsigned mask);
+    WindowToRead(ScaledGl& context, const Box& part, unsigned mask, GLenum filter);
     ~WindowToRead() { gl.bindRead(); }
     WindowToRead(const WindowToRead&) = delete;
 
