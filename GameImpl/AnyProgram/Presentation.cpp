@@ -104,7 +104,11 @@ void ScaledGl::drawWindowFrom(const Target& target, const Box& part, unsigned ma
         if (paintWindowFrom(target)) mask &= ~GLbitfield{GL_COLOR_BUFFER_BIT};
     }
     if (target.samples == 0) {
-        copyImages(whole(target.scale.target), whole(target.scale.window), mask, filter);
+        // Read on its own, a box has what was drawn to it, up to its edges.
+        const Box box = target.scale.box(part);
+        const bool alone = filter == GL_NEAREST && box.width > 0 && box.height > 0;
+        copyImages(alone ? box : whole(target.scale.target),
+                   alone ? part : whole(target.scale.window), mask, filter);
     }
     applyScissor();
     if (drawnToNone) gl().glDrawBuffers(1, &kNone);
