@@ -66,10 +66,9 @@ void ScaledGl::glViewport(GLint x, GLint y, GLsizei width, GLsizei height) {
         gl().glViewport(x, y, width, height);
         return;
     }
-    const float box[] = {static_cast<float>(x), static_cast<float>(y),
-                         static_cast<float>(std::min(width, coordinates.mostViewportSize[0])),
-                         static_cast<float>(std::min(height, coordinates.mostViewportSize[1]))};
-    copyBox(coordinates.viewports[0], box);
+    const float box[] = {static_cast<float>(x), static_cast<float>(y), static_cast<float>(width),
+                         static_cast<float>(height)};
+    coordinates.setViewport(0, box);
     coordinates.viewportsDiffer = false;
     if (windowIsDrawn()) windowMayHaveChanged({x, y, width, height});
     if (coordinatesAreScaled()) {
@@ -134,7 +133,12 @@ bool ScaledGl::keepBoxes(T (&kept)[Coordinates::kMostBoxes][4], bool& differ, un
 }
 
 bool ScaledGl::keepViewports(unsigned first, int count, const float* boxes) {
-    return keepBoxes(coordinates.viewports, coordinates.viewportsDiffer, first, count, boxes);
+    const bool kept =
+        keepBoxes(coordinates.viewports, coordinates.viewportsDiffer, first, count, boxes);
+    for (int i = 0; kept && i < count; ++i) {
+        coordinates.setViewport(static_cast<int>(first) + i, boxes + 4 * i);
+    }
+    return kept;
 }
 
 bool ScaledGl::keepScissors(unsigned first, int count, const int* boxes) {

@@ -1,6 +1,8 @@
 // What a program has set in window pixels.
 #pragma once
 
+#include <algorithm>
+
 #include "GameImpl/AnyProgram/geometry.h"
 
 namespace android::any {
@@ -15,8 +17,17 @@ struct Coordinates {
     bool scissorsDiffer = false;
     float lineWidth = 1;
     int mostViewportSize[2] = {};
+    float viewportRange[2] = {-3.4e38f, 3.4e38f};  // of its corner
     int boxCount = 1;
 
+    // As drivers keep it.
+    void setViewport(int index, const float* box) {
+        float(&kept)[4] = viewports[index];
+        for (int i = 0; i < 2; ++i) {
+            kept[i] = std::clamp(box[i], viewportRange[0], viewportRange[1]);
+            kept[i + 2] = std::min(box[i + 2], static_cast<float>(mostViewportSize[i]));
+        }
+    }
     Box viewport() const {
         return {static_cast<int>(viewports[0][0]), static_cast<int>(viewports[0][1]),
                 static_cast<int>(viewports[0][2]), static_cast<int>(viewports[0][3])};

@@ -128,6 +128,9 @@ void ScaledGl::learnContext() {
             getEGLPlatformImpl()->eglGetProcAddress("glFramebufferParameteriMESA"));
     }
     gl().glGetIntegerv(GL_MAX_VIEWPORT_DIMS, coordinates.mostViewportSize);
+    if (hasViewportArrays) {
+        gl().glGetFloatv(GL_VIEWPORT_BOUNDS_RANGE_OES, coordinates.viewportRange);
+    }
     takeNames();
 }
 

@@ -213,14 +213,14 @@ void boxes(Player& p) {
     p.error("negative");
     p.gl.glScissor(0, 0, 5, -1);
     p.error("negative");
-    p.gl.glViewport(0, 0, 1 << 20, 1 << 20);
+    p.gl.glViewport(-1729, 33539, 1 << 20, 1 << 20);
     p.asks("too large", {GL_VIEWPORT, GL_SCISSOR_BOX});
     p.gl.glViewport(0, 0, kWidth, kHeight);
     p.gl.glLineWidth(0);
     p.error("line");
     p.gl.glLineWidth(3);
     p.asks("line", {GL_LINE_WIDTH});
-    p.gl.glViewportIndexedfOES(1, 1.5f, 2.5f, 30.25f, 20);
+    p.gl.glViewportIndexedfOES(1, 1.5f, -1e6f, 1e6f, 20);
     p.gl.glScissorIndexedOES(2, 3, 4, 5, 6);
     p.gl.glViewportIndexedfOES(99, 1, 2, 3, 4);
     p.error("index");
