@@ -133,12 +133,12 @@ bool ScaledGl::keepBoxes(T (&kept)[Coordinates::kMostBoxes][4], bool& differ, un
 }
 
 bool ScaledGl::keepViewports(unsigned first, int count, const float* boxes) {
-    const bool kept =
+    const bool scaled =
         keepBoxes(coordinates.viewports, coordinates.viewportsDiffer, first, count, boxes);
-    for (int i = 0; kept && i < count; ++i) {
-        coordinates.setViewport(static_cast<int>(first) + i, boxes + 4 * i);
+    for (int i = 0; i < coordinates.boxCount; ++i) {
+        coordinates.setViewport(i, coordinates.viewports[i]);
     }
-    return kept;
+    return scaled;
 }
 
 bool ScaledGl::keepScissors(unsigned first, int count, const int* boxes) {
