@@ -71,7 +71,7 @@ class Ending(Rig):
                 self.assert_nothing_left((display, step))
 
     def test_whatever_ends_the_run_ends_everything(self) -> None:
-        background = "(setsid sleep 60 &) ; setsid nohup sleep 61 >/dev/null 2>&1 & echo up; "
+        background = "(setsid sleep 60 &) ; setsid nohup sleep 61 >/dev/null 2>&1 & "
         without_proc = self.path("bin")
         os.mkdir(without_proc)
         wrapper = os.path.join(without_proc, "bwrap")
@@ -80,11 +80,11 @@ class Ending(Rig):
                          f'exec {shutil.which("bwrap")} "$@"\n')
         os.chmod(wrapper, 0o755)
         ways: tuple[tuple[str, str, list[str], int], ...] = (
-                ("its end", "sleep 0.2; exit 5", [], 5),
-                ("SIGTERM", "trap 'exit 9' TERM; " + FOREVER, ["TERM"], 9),
-                ("two Ctrl-C", DEAF + FOREVER, ["INT", "INT"], 137),
-                ("three SIGTERM", DEAF + FOREVER, ["TERM", "TERM", "TERM"], 137),
-                ("the launcher's end", DEAF + FOREVER, ["KILL"], -9))
+                ("its end", "echo up; sleep 0.2; exit 5", [], 5),
+                ("SIGTERM", "trap 'exit 9' TERM; echo up; " + FOREVER, ["TERM"], 9),
+                ("two Ctrl-C", DEAF + "echo up; " + FOREVER, ["INT", "INT"], 137),
+                ("three SIGTERM", DEAF + "echo up; " + FOREVER, ["TERM", "TERM", "TERM"], 137),
+                ("the launcher's end", DEAF + "echo up; " + FOREVER, ["KILL"], -9))
         before = os.environ["PATH"]
         self.addCleanup(os.environ.__setitem__, "PATH", before)
         for path in (before, without_proc + os.pathsep + before):

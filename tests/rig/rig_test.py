@@ -111,7 +111,7 @@ class AnyProgram(Rig):
                                 "--at", "5:enable=0", "--frames", "6", "--", *command, "frames",
                                 "1000")
             self.assertEqual([drawn(frame) for frame in frames],
-                             [[(64, 48)]] + [[(32, 24)]] * 2 + [[(48, 36)]] * 2 + [[(64, 48)]])
+                             [[(32, 24)]] * 3 + [[(48, 36)]] * 2 + [[(64, 48)]])
         out, _ = self.run_rig("--game", "any", "--", *probe("linked"))
         self.assertIn("thread rig-probe-linke\n", out)  # as long as the kernel's names may be
         asked = self.stats("--game", "any", "--set", "enable=0", "--property",
