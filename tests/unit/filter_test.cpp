@@ -47,7 +47,7 @@ TEST_F(FilterOfSgame, DrawsInTheBlitsPlaceUntilTheDriverRefusesIt) {
     const auto frame = [this](const char* shape) {
         driver.takeCalls();
         game.eglSwapBuffers(display, surface);
-        const std::string calls = driver.takeCalls();
+        std::string calls = driver.takeCalls();
         const size_t drawn = calls.find(std::string("glDrawArrays(") + shape);
         EXPECT_NE(drawn, std::string::npos) << calls;
         EXPECT_NE(calls.find("glUseProgram(77)\n", drawn), std::string::npos);
