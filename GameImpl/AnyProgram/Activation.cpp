@@ -1,38 +1,23 @@
 #include "GameImpl/AnyProgram/Activation.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <mutex>
 
 #include "monitor/GameInfo.h"
 #include "platform/device/log.h"
+#include "platform/device/process_property.h"
 #include "platform/device/system_properties.h"
 
 namespace android::any {
 
 namespace {
 
-constexpr char kPropertyPrefix[] = "vendor.vesko.scale.";
+constexpr char kPropertyPrefix[] = "vendor.vesko.scale";
 constexpr char kPbuffersProperty[] = "vendor.vesko.scale.pbuffers";
-constexpr size_t kPropertyNameSize = 96;
 constexpr int kLeastPercent = 10;
 constexpr int kMostPercent = 100;
 // A process has one name, or two where it was forked before it got its own.
 constexpr int kMostNames = 4;
-
-const char* afterLastSlash(const char* name) {
-    const char* slash = strrchr(name, '/');
-    return slash != nullptr ? slash + 1 : name;
-}
-
-bool parsePercent(const char* text, int& percent) {
-    char* end = nullptr;
-    const long value = strtol(text, &end, 10);
-    if (end == text || *end != '\0' || value < kLeastPercent || value > kMostPercent) return false;
-    percent = static_cast<int>(value);
-    return true;
-}
 
 bool isPercent(int value) { return value >= kLeastPercent && value <= kMostPercent; }
 
@@ -76,12 +61,12 @@ Activation* Activation::of(const char* processName) {
 
 // False where it is unset or bad.
 bool Activation::readProperty(int& percent) {
-    char property[kPropertyNameSize];
-    snprintf(property, sizeof(property), "%s%s", kPropertyPrefix, afterLastSlash(name));
+    PropertyName property;
+    nameProperty(property, kPropertyPrefix, name);
     char value[kPropertyValueMax] = {};
     property_get(property, value, "");
     if (value[0] == '\0') return false;
-    const bool good = parsePercent(value, percent);
+    const bool good = parseNumber(value, kLeastPercent, kMostPercent, percent);
     if (!good && !valueIsBad) {
         HOOK_LOG(ERROR, "%s is \"%s\": not a percentage from %d to %d, so nothing is scaled",
                  property, value, kLeastPercent, kMostPercent);

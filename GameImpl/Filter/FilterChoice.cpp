@@ -1,11 +1,10 @@
 #include "GameImpl/Filter/FilterChoice.h"
 
 #include <atomic>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 
 #include "platform/device/log.h"
+#include "platform/device/process_property.h"
 #include "platform/device/system_properties.h"
 
 namespace android {
@@ -19,13 +18,7 @@ constexpr const char* kNames[] = {
 
 constexpr char kFilterProperty[] = "vendor.vesko.filter";
 constexpr char kSharpnessProperty[] = "vendor.vesko.sharpness";
-constexpr size_t kPropertyNameSize = 96;
 constexpr int kMostSharpness = 100;
-
-const char* afterLastSlash(const char* name) {
-    const char* slash = strrchr(name, '/');
-    return slash != nullptr ? slash + 1 : name;
-}
 
 bool parseFilter(const char* text, Filter& filter) {
     for (int i = 0; i < kFilterCount; ++i) {
@@ -37,11 +30,7 @@ bool parseFilter(const char* text, Filter& filter) {
 }
 
 bool parseSharpness(const char* text, int& sharpness) {
-    char* end = nullptr;
-    const long value = strtol(text, &end, 10);
-    if (*end != '\0' || value < 0 || value > kMostSharpness) return false;
-    sharpness = static_cast<int>(value);
-    return true;
+    return parseNumber(text, 0, kMostSharpness, sharpness);
 }
 
 // True where the property is set to something good.
@@ -66,8 +55,8 @@ FilterChoice readFilterChoice(const char* processName) {
     static std::atomic<bool> filterIsBad{false};
     static std::atomic<bool> sharpnessIsBad{false};
     FilterChoice choice;
-    char own[kPropertyNameSize];
-    snprintf(own, sizeof(own), "%s.%s", kFilterProperty, afterLastSlash(processName));
+    PropertyName own;
+    nameProperty(own, kFilterProperty, processName);
     if (!read(own, parseFilter, choice.filter, ownIsBad)) {
         read(kFilterProperty, parseFilter, choice.filter, filterIsBad);
     }
