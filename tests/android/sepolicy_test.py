@@ -78,11 +78,13 @@ class Policy(unittest.TestCase):
                          for path in (SOURCE / folder).rglob("*.[ch]*"))
         constants = set(re.findall(r'"((?:/|vendor\.|orvane)[^"%\s]+)"', code))
         paths = [line.split()[0] for line in rules("file_contexts")]
-        names = {line.split()[0] for line in rules("property_contexts") + rules("service_contexts")}
+        properties = rules("property_contexts")
+        names = {line.split()[0] for line in properties + rules("service_contexts")}
+        prefixes = tuple(line.split()[0] + "." for line in properties if " exact " not in line)
         node = rules("genfs_contexts")[0].split()[2]
         for constant in constants - {"/proc/self/cmdline"}:
             known = (constant in names
-                     or any(constant.startswith(name) for name in names if name.endswith("."))
+                     or constant.startswith(prefixes)
                      or any(re.fullmatch(path, constant) for path in paths)
                      or constant == f"/sys/class/{'/'.join(node.split('/')[3:])}")
             self.assertTrue(known, f"{constant} has no label")
