@@ -20,6 +20,9 @@ TAGS = ("EGL_HOOK", "EGL_MONITOR")
 # Lines of a process that is none of the games, from its start on.
 ORDINARY = re.compile(r"(\[GameImpl/FBOBase/FBOBase\]\[\d+\]\[~?FboBase\]: .*"
                       r"|QoGPUVeskoModeImpl init|end MonitorThread)")
+# Of a program that vendor.vesko.scale.NAME is to scale. It logs nothing while all is well.
+NOT_SCALED = re.compile(r"(a window of -?\d+ x -?\d+ is )?not scaled: .*"
+                        r"|vendor\.vesko\.scale\..*so nothing is scaled")
 
 DATE = r"(?:\d{4}-)?\d\d-\d\d \d\d:\d\d:\d\d(?:\.\d+)?"
 FORMATS = [re.compile(pattern) for pattern in (
@@ -77,6 +80,7 @@ class Process:
     blit: str = ""          # "works" or "failed" from the first presented frame on
     failure: str = ""       # why there is no target
     node_failure: str = ""
+    refusal: str = ""       # the line that says why a program that asked is not scaled
     extra: list[str] = field(default_factory=list)  # lines no ordinary process has
     errors: int = 0
     unknown: set[str] = field(default_factory=set)
@@ -116,6 +120,8 @@ class Process:
             self.initialized = True
         elif text == "getGameConfig Failed":
             self.config_failed = True
+        elif NOT_SCALED.fullmatch(text):
+            self.refusal = text
         elif found := re.fullmatch(r"set targetTexWidth (-?\d+) targetTexHeight:(-?\d+)", text):
             self.lowered, self.config_failed = (int(found[1]), int(found[2])), False
         else:
@@ -145,13 +151,17 @@ class Process:
     @property
     def game(self) -> str:
         """The game by the process's name, else by what only that game logs."""
+        if self.name in GAMES:
+            return GAMES[self.name]
+        if self.refusal or (self.name and self.monitored):
+            return "any"
         if self.name:
-            return GAMES.get(self.name, "none")
+            return "none"
         if self.lowered or self.config_failed:
             return "genshin"
         if self.targeted:
             return "sgame"
-        return "sgame or pubgmhd" if self.monitored else "none"
+        return "sgame, pubgmhd or any" if self.monitored else "none"
 
     @property
     def ended(self) -> bool:
@@ -166,7 +176,8 @@ class Process:
         if self.renderers and not self.initialized:
             return "the library is loaded, but its loader has not called init"
         if self.game == "none":
-            return ("the process is none of the games" if self.name else
+            return ("the process is none of the games, and the log does not tell whether "
+                    "vendor.vesko.scale.NAME scales it" if self.name else
                     "an ordinary process, or a game that has not called EGL on the thread "
                     "'UnityGfx' yet")
         if self.game == "pubgmhd":
@@ -202,7 +213,8 @@ class Process:
         if self.values.get("FB0Factor", -1) == FULL_SIZE:
             return "FB0Factor is 100, which scales nothing"
         return "the parameters come into force with the next swap" + (
-            "" if self.name else ", or this is PUBG Mobile, which passes through by design")
+            "" if self.name else ", or this is PUBG Mobile, which passes through by design, or a "
+            "program that vendor.vesko.scale.NAME scales")
 
     def why_not_presented(self) -> str:
         if self.failure:
@@ -221,6 +233,10 @@ class Process:
             width, height = self.lowered or (0, 0)
             line += f", lowers nothing: {why}" if why else (
                 f", context genshin, lowers internal sizes to {width}x{height}")
+        elif self.game == "any":
+            # What has become of it since is not logged.
+            line += f", last told: {self.refusal}" if self.refusal else (
+                ", scaled as vendor.vesko.scale.NAME and the node say, as far as the log tells")
         elif self.targeted and self.made:
             width, height, factor = self.target
             line += (f", context sgame, window {full_size(width, factor)}x"

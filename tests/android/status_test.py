@@ -75,9 +75,16 @@ class Status(Rig):
         for options, words in (
                 (("--quirk", "program-link", *HALF), "redirected; the window is black"),
                 (("--game", "genshin", "--service", "fail"), "game service's transaction failed"),
-                (("--quirk", "pending-error", *HALF), " GL errors")):
+                (("--quirk", "pending-error", *HALF), " GL errors"),
+                (("--game", "any", *HALF), "or a program that vendor.vesko.scale.NAME scales"),
+                (("--game", "any", "--quirk", "incomplete-framebuffer", *HALF),
+                 "last told: a window of 64 x 48 is not scaled: ")):
             log, _ = self.log(*options, frames="90")
             self.assertIn(words, vesko_status(log)[1], options)
+        log, _ = self.log("--game", "any", *HALF)
+        start = f"I/ActivityManager( 1): Start proc {pid_of(log)}:{PACKAGES['none']}/u0a99\n"
+        self.assertIn(f"game any ({PACKAGES['none']}), scaled as vendor.vesko.scale.NAME",
+                      vesko_status(start + log)[1])
         log, _ = self.log(*HALF)
         for cut, words in (("QoGPUVeskoModeImpl init", "its loader has not called init"),
                            ("poll once", "the plug-in has read nothing from the parameter node"),
