@@ -395,7 +395,8 @@ def main() -> int:
     parser.add_argument("--no-programs", action="store_true", help="start no applications")
     parser.add_argument("--only", action="append", metavar="PROPERTY",
                         choices=[name for name, _, _ in CHECKS],
-                        help="check this property alone; repeatable")
+                        help="check this property alone; repeatable. There are: "
+                             + "; ".join(name for name, _, _ in CHECKS))
     parser.add_argument("--patience", type=float, default=20, metavar="SECONDS",
                         help="how long an effect may take (%(default)s)")
     arguments = parser.parse_args()

@@ -8,7 +8,7 @@ from pathlib import Path
 SOURCE = Path(__file__).resolve().parents[2]
 POLICY = SOURCE / "android/sepolicy"
 BASE = Path(__file__).with_name("base_policy.te").read_text()
-# What the library needs, in the application's domain; see docs/integration.md.
+# What the library needs, in the application's domain; see docs/boot.md.
 NEEDED = ("untrusted_app sysfs_gpu_vesko:file { open read getattr }",
           "untrusted_app vkd_data_file:dir search",
           "untrusted_app vkd_data_file:file { open read getattr }",
