@@ -1,4 +1,5 @@
-"""./dev in a copied checkout, whose builds are those of the tree that was copied.
+"""./dev in a copied checkout, whose builds are those of the tree that was copied; and
+that asking for help builds nothing.
 
 usage: dev_test.py DEV
 """
@@ -21,6 +22,10 @@ def main() -> None:
         told = subprocess.run([copy / "dev", "help"], capture_output=True, text=True,
                               check=True).stderr
         assert homes["theirs"] in told and homes["ours"] not in told, told
+        for command in ("build", "fuzz", "setup"):
+            helped = subprocess.run([copy / "dev", command, "--help"], capture_output=True,
+                                    text=True, check=True)
+            assert helped.stdout.startswith("usage: ./dev COMMAND"), helped
         left = [build.name for build in (copy / "build").iterdir()]
         assert left == ["ours"], left
 
