@@ -11,10 +11,10 @@ from tools.bench import detail
 from tools.bench.frames import ANY
 from tools.bench.progress import say
 from tools.common import measure
+from tools.common.filters import FILTERS
 from tools.common.launcher import Launcher, captures
 from tools.common.processes import find_program, output
 
-FILTERS = ("bilinear", "bicubic", "sharp")
 FACTORS = (90, 75, 50)
 SIZE = (1280, 720)
 FRAMES = 16
