@@ -34,7 +34,7 @@ void bindThread(Binding* binding) { pthread_setspecific(ContextManager::sKey, bi
 
 namespace {
 
-// Its game, which is none of the three, is one that a monitor starts for.
+// The monitor is no game's: GAME_UNKNOWN is the value for which one starts all the same.
 void followNode(any::Activation& activation) {
     // A monitor relies on memory that is zero.
     alignas(MonitorThread) static char storage[sizeof(MonitorThread)];

@@ -28,6 +28,7 @@ public:
     // Chooses the thread's context by the process's name and, where the game has one
     // rendering thread, the thread's, and starts the context's monitor. In the process
     // of a game that the configuration tunes it asks for that until it has been read once.
+    // A process that is no game's may have asked to be scaled: hook/AnyProgramBinding.h.
     static void bindAHookContext();
 
     // Take effect at each thread's next binding. While disabled, all threads

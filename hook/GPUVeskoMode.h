@@ -25,8 +25,8 @@ public:
     // To be called instead of writing the thread's GL slot, on the thread itself
     // and after its first EGL call: see HookManager.
     virtual void setGLHooksThreadSpecific(const gl_hooks_t* driverTable, int apiIndex);
-    // Whether this process is one of the known games or has asked to be scaled. Reads the process's
-    // command line on every call; false when it cannot be read.
+    // Whether this process is one of the known games or has asked to be scaled. Reads
+    // the process's command line on every call; false when it cannot be read.
     virtual bool isInWhiteList();
 };
 

@@ -1,6 +1,7 @@
 // What a thread is bound to: the Impl that serves its calls, and the game that
-// it belongs to. There are four of them in a process, shared by all threads;
-// ContextManager owns and chooses them.
+// it belongs to. ContextManager owns four, one for each game and the null context,
+// which all threads share, and chooses among them. A process that has asked to be
+// scaled has more: see hook/AnyProgramBinding.h.
 #pragma once
 
 #include "games/identities.h"

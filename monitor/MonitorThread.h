@@ -1,7 +1,8 @@
 // Follows the kernel's game parameter node and keeps `gameInfo` up to date.
 //
 // Each HookContext embeds one. Only the contexts of games that the node tunes ever
-// start a thread, at their first binding; it sleeps in poll until the node changes.
+// start a thread, at their first binding; a process that has asked to be scaled starts
+// one monitor for all its contexts. The thread sleeps in poll until the node changes.
 #pragma once
 
 #include <poll.h>

@@ -1,7 +1,7 @@
 // What loading a library takes: load_time LIBRARY prints
-// "MICROSECONDS FAULTS PRIVATE_KIB HEAP_BYTES PAGE_FAULT_MICROSECONDS", the last of
-// them being what a page of it costs that is written to for the first time. What the
-// library needs was loaded with this program.
+// "MICROSECONDS FAULTS PRIVATE_KIB HEAP_BYTES PAGE_FAULT_MICROSECONDS"; the last is what
+// the first write to one of its pages costs. The libraries that it needs were loaded with
+// this program.
 #include <dlfcn.h>
 #include <malloc.h>
 #include <sys/mman.h>

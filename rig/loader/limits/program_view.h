@@ -1,5 +1,5 @@
-// What the program on the calling thread takes for bound and set, where the driver has something
-// else since the plug-in has drawn.
+// What the program on the calling thread takes for bound and set. Since the plug-in has drawn,
+// the driver may have something else.
 #pragma once
 
 #include "rig/loader/limits/snapshot.h"

@@ -42,8 +42,7 @@ std::string whyNotPresented(const PluginState& s) {
     if (s.redirected) return "";
     if (s.blitRefused) {
         return "the driver refuses the blit's program, so the window is black (docs/limits.md, "
-               "What "
-               "the blit draws with)";
+               "What the blit draws with)";
     }
     if (!s.targetMade) return "the scaled target could not be made (see the plug-in's log)";
     return "the frame ends with framebuffer " + std::to_string(s.boundFramebuffer) +
