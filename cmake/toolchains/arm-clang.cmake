@@ -1,7 +1,2 @@
 include("${CMAKE_CURRENT_LIST_DIR}/arm-linux.cmake")
-set(CMAKE_CXX_COMPILER clang++)
-set(CMAKE_CXX_COMPILER_TARGET arm-linux-gnueabi)
-set(CMAKE_ASM_COMPILER clang++)
-set(CMAKE_ASM_COMPILER_TARGET arm-linux-gnueabi)
-set(CMAKE_EXE_LINKER_FLAGS_INIT -fuse-ld=lld)
-set(CMAKE_SHARED_LINKER_FLAGS_INIT -fuse-ld=lld)
+include("${CMAKE_CURRENT_LIST_DIR}/clang.cmake")
