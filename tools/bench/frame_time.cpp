@@ -14,7 +14,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <map>
 #include <memory>
 #include <string>
@@ -22,6 +21,7 @@
 #include "games/known_games.h"
 #include "rig/real_driver/real_driver.h"
 #include "tools/bench/any_window.h"
+#include "tools/bench/clock.h"
 #include "tools/bench/plugin.h"
 #include "tools/bench/scenes.h"
 
@@ -40,18 +40,13 @@ class Watch {
 public:
     void print(const char* scene, const std::string& variant, const char* what) const {
         printf("%s;%s;%s;%.4f;%.4f\n", scene, variant.c_str(), what,
-               of(CLOCK_MONOTONIC) - wallStart, of(CLOCK_PROCESS_CPUTIME_ID) - processorStart);
+               bench::milliseconds(CLOCK_MONOTONIC) - wallStart,
+               bench::milliseconds(CLOCK_PROCESS_CPUTIME_ID) - processorStart);
     }
 
 private:
-    static double of(clockid_t clock) {
-        timespec now = {};
-        clock_gettime(clock, &now);
-        return static_cast<double>(now.tv_sec) * 1e3 + static_cast<double>(now.tv_nsec) / 1e6;
-    }
-
-    const double wallStart = of(CLOCK_MONOTONIC);
-    const double processorStart = of(CLOCK_PROCESS_CPUTIME_ID);
+    const double wallStart = bench::milliseconds(CLOCK_MONOTONIC);
+    const double processorStart = bench::milliseconds(CLOCK_PROCESS_CPUTIME_ID);
 };
 
 // A way of drawing frames: one without the library, and one for each kind of renderer.

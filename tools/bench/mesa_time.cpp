@@ -6,7 +6,6 @@
 // Under the name that tools/bench/frames.py calls ANY, the process asks to be scaled, at a factor
 // of 100, and both ways draw to its window's target.
 #include <benchmark/benchmark.h>
-#include <time.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -17,6 +16,7 @@
 
 #include "rig/real_driver/real_driver.h"
 #include "tools/bench/any_window.h"
+#include "tools/bench/clock.h"
 #include "tools/bench/plugin.h"
 #include "tools/bench/scenes.h"
 
@@ -41,11 +41,7 @@ void drawObject(const Table& gl, unsigned number) {
 
 // Of this thread alone: the driver's own threads draw meanwhile, and other programs
 // may take the processor away.
-double threadNanoseconds() {
-    timespec now = {};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-    return static_cast<double>(now.tv_sec) * 1e9 + static_cast<double>(now.tv_nsec);
-}
+double threadNanoseconds() { return bench::milliseconds(CLOCK_THREAD_CPUTIME_ID) * 1e6; }
 
 constexpr unsigned kObjects = 200;
 constexpr int kSize = 64;
