@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <functional>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -92,6 +93,10 @@ struct Way {
     // How far a picture may be from the native one at factor 75, as the mean difference
     // of a channel. At 0 the window must be the driver's own.
     double bound = 6;
+
+    friend std::ostream& operator<<(std::ostream& stream, const Way& way) {
+        return stream << way.name;
+    }
 };
 
 extern const std::vector<Way> kPixelWays;
