@@ -70,7 +70,8 @@ class Acceptance(unittest.TestCase):
         self.directory = Path(directory.name)
         # The library that is pulled is this machine's own, so what looks at it is
         # replaced: it accepts that one file.
-        for name in ("device-acceptance", "device_acceptance.py", "vesko_log.py"):
+        for name in ("device-acceptance", "device_acceptance.py", "vesko_device.py",
+                     "vesko_log.py"):
             shutil.copy(SOURCE / "scripts" / name, self.directory)
         checker = self.directory / "check-library"
         checker.write_text(f"#!/bin/sh\ncmp -s \"$2\" '{TWIN}' || "
