@@ -3,13 +3,8 @@
 # ROOT is the tree, ROOMS all rooms, ALLOWED rooms and single files. Touches STAMP.
 cmake_minimum_required(VERSION 3.22)
 
-# room_of(VARIABLE PATH): the room of a file; empty where it has none.
-function(room_of variable path)
-    while(NOT path STREQUAL "" AND NOT path IN_LIST ROOMS)
-        get_filename_component(path "${path}" DIRECTORY)
-    endwhile()
-    set(${variable} "${path}" PARENT_SCOPE)
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/RoomOf.cmake)
+set_property(GLOBAL PROPERTY ROOMS ${ROOMS})
 
 # check(FILE WHAT): FILE uses WHAT, a file of this tree.
 function(check file what)

@@ -1,5 +1,6 @@
 # What keeps the statement in cmake/Rooms.cmake: a room is checked before anything in
 # it, or in a room that includes it, is compiled.
+include(${CMAKE_CURRENT_LIST_DIR}/RoomOf.cmake)
 
 # room(FOLDER WHAT...): the code in FOLDER, with the folders in it that are no rooms of
 # their own, may include what is in FOLDER and in WHAT: rooms, and single headers.
@@ -26,15 +27,6 @@ function(room folder)
     endforeach()
 endfunction()
 
-# room_of(VARIABLE PATH): the room of a file; empty where it has none.
-function(room_of variable path)
-    get_property(rooms GLOBAL PROPERTY ROOMS)
-    while(NOT path STREQUAL "" AND NOT path IN_LIST rooms)
-        get_filename_component(path "${path}" DIRECTORY)
-    endwhile()
-    set(${variable} "${path}" PARENT_SCOPE)
-endfunction()
-
 function(room_target variable room)
     string(REPLACE "/" "." name ${room})
     set(${variable} room.${name} PARENT_SCOPE)
@@ -42,7 +34,8 @@ endfunction()
 
 function(check_rooms)
     get_property(rooms GLOBAL PROPERTY ROOMS)
-    set(script ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/CheckIncludes.cmake)
+    set(folder ${CMAKE_CURRENT_FUNCTION_LIST_DIR})
+    set(script ${folder}/CheckIncludes.cmake)
     foreach(room IN LISTS rooms)
         get_property(candidates GLOBAL PROPERTY ROOM_FILES_${room})
         get_property(allowed GLOBAL PROPERTY ROOM_ALLOWED_${room})
@@ -59,7 +52,7 @@ function(check_rooms)
         add_custom_command(OUTPUT ${stamp}
             COMMAND ${CMAKE_COMMAND} -DROOT=${CMAKE_SOURCE_DIR} -DROOM=${room} "-DROOMS=${rooms}"
                 "-DALLOWED=${allowed}" "-DFILES=${files}" -DSTAMP=${stamp} -P ${script}
-            DEPENDS ${inputs} ${script} ${CMAKE_CURRENT_FUNCTION_LIST_DIR}/Rooms.cmake
+            DEPENDS ${inputs} ${script} ${folder}/RoomOf.cmake ${folder}/Rooms.cmake
             COMMENT "Checking what ${room} includes" VERBATIM)
         add_custom_target(${target} ALL DEPENDS ${stamp})
         foreach(what IN LISTS allowed)
