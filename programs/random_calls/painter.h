@@ -1,5 +1,5 @@
 // Paints frames of random, valid GLES calls in one context. A frame depends on the
-// random numbers that it gets and on what the painter made at its birth, not on
+// random numbers that it gets and on what the painter made at first, not on
 // earlier frames: it sets all state that it draws with, and clears and draws its
 // framebuffers before it reads them. So a fault in one frame is over in the next.
 #pragma once

@@ -11,8 +11,9 @@ class AnyWindow {
 public:
     using Table = android::gl_hooks_t::gl_t;
 
-    // Asks for the process and opens the library. Both must outlive the object; one a process.
-    // What fails ends the program with code 3. The driver's own context stays current.
+    // Has the process ask to be scaled and opens the library. The driver must outlive the
+    // object, of which there may be one in a process. What fails ends the program with code 3.
+    // The driver's own context stays current.
     AnyWindow(test::RealDriver& realDriver, const char* library, int width, int height);
 
     // The next swap takes it over.

@@ -17,7 +17,8 @@ public:
     // table for this driver, which must outlive the thread's calls.
     const android::gl_hooks_t::gl_t& bindThread(const android::gl_hooks_t& driver);
 
-    // The second half of that, and what the thread's calls go through since.
+    // The second half of bindThread, and the table that the thread's calls go through
+    // afterwards.
     void handOver(const android::gl_hooks_t& driver) const;
     static const android::gl_hooks_t::gl_t& threadTable();
 

@@ -31,7 +31,7 @@ struct FrameRecord {
     // Of each list: a program may draw for ever without a swap.
     static constexpr size_t kListMax = 10000;
 
-    // Of the last frame nothing stays.
+    // Drops what there is of the last frame.
     void begin(int number) {
         frame = number;
         framebuffers.clear();
