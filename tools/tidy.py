@@ -1,9 +1,10 @@
 """clang-tidy over every source of a configured build folder.
 
-    python3 -m tools.tidy BUILD [--without-analyzer]
+    python3 -m tools.tidy BUILD [--quick]
 
 A source that several programs compile is looked at once: its expansions of the entry
-lists are what takes long. Clang's analyzer takes most of the rest.
+lists are what takes long. Clang's analyzer takes most of the rest; --quick leaves it out,
+and the sources of tests and tools.
 """
 
 import json
@@ -37,12 +38,15 @@ def findings(database: Path, source: str, options: list[str]) -> str:
 
 def main(arguments: list[str]) -> int:
     build, quick = arguments[:1], arguments[1:]
-    if (quick not in ([], ["--without-analyzer"])
+    if (quick not in ([], ["--quick"])
             or not build or not (Path(build[0]) / "compile_commands.json").is_file()):
         print(__doc__, file=sys.stderr)
         return EXIT_REFUSED
     options = ["--checks=-clang-analyzer-*"] if quick else []
     database, sources = reduced_database(Path(build[0]))
+    if quick:
+        sources = [source for source in sources
+                   if Path(source).relative_to(Path.cwd()).parts[0] not in ("tests", "tools")]
     bad = 0
     with ThreadPoolExecutor(os.cpu_count()) as pool:
         for found in pool.map(lambda source: findings(database, source, options), sources):
