@@ -30,6 +30,14 @@ A4_WIDTH = 703  # pixels between the margins of 12 mm
 STATE = ("const s = document.getElementById('stage'); return s.outerHTML + "
          "document.getElementById('amounts').innerHTML")
 
+# Where in the picture each visible outline is: left, top, width and height.
+MARKS = """const marks = [...document.querySelectorAll('#stage .worst')];
+return marks.filter(m => m.offsetParent).map(m => {
+  const all = m.parentElement.querySelector('img.own').getBoundingClientRect();
+  const own = m.getBoundingClientRect();
+  return [(own.left - all.left) / all.width, (own.top - all.top) / all.height,
+          own.width / all.width, own.height / all.height]; })"""
+
 
 class Pages(unittest.TestCase):
     """One page for each state, with pictures of noise."""
@@ -126,6 +134,17 @@ class Pages(unittest.TestCase):
                 "return [...document.querySelectorAll('#amounts input')].map(i => +i.value)")
             self.assertEqual(values, [20, 90])
             self.assertNotEqual(browser.script(places), before)
+
+    def test_the_worst_tile_is_outlined_in_every_view(self) -> None:
+        with Browser(self.write("both")) as browser:
+            for choice in browser.driver.find_elements(
+                    By.CSS_SELECTOR, "input[name=mode], input[name=zoom]"):
+                browser.script("arguments[0].click()", choice)
+                for place in browser.script(MARKS):
+                    for part, wanted in zip(place, (64 / 320, 0, 64 / 320, 64 / 180)):
+                        self.assertAlmostEqual(part, wanted, 2, choice.get_attribute("value"))
+            browser.script("document.querySelector('input[name=worst][value=off]').click()")
+            self.assertEqual(browser.script(MARKS), [])
 
     def test_a_phone_scrolls_only_downwards(self) -> None:
         with Browser(self.write("both"), phone=True) as browser:

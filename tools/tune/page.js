@@ -21,10 +21,18 @@
     return result;
   }
 
+  // Every layer shows where each filter's worst tile is, so that all can be compared there.
   function layer(name, picture, base) {
     const result = make("div", "layer");
-    if (base) result.append(image(base, "base"));
-    result.append(image(picture, "own"));
+    const pane = make("div", "pane");
+    if (base) pane.append(image(base, "base"));
+    pane.append(image(picture, "own"));
+    for (const one of scaled().filter((s) => s.place)) {
+      const mark = make("span", "worst");
+      mark.style.cssText = one.place;
+      pane.append(mark);
+    }
+    result.append(pane);
     const tag = make("span", "tag");
     tag.textContent = name;
     result.append(tag);
@@ -99,6 +107,11 @@
       showGain();
     }
     showZoom();
+    showMarks();
+  }
+
+  function showMarks() {
+    stage.classList.toggle("marked", chosen("worst") === "on");
   }
 
   // With the slider all lie on each other and the viewport scrolls; else each scrolls
@@ -108,7 +121,7 @@
     const slider = chosen("mode") === "slider";
     const width = zoom === "fit" ? "100%" : `${data.width * Number(zoom) / window.devicePixelRatio}px`;
     stage.style.width = slider ? width : "100%";
-    stage.querySelectorAll("img").forEach((one) => one.style.width = slider ? "100%" : width);
+    stage.querySelectorAll(".pane").forEach((one) => one.style.width = slider ? "100%" : width);
     stage.classList.toggle("pixels", zoom !== "fit");
   }
 
@@ -120,7 +133,8 @@
     move(away.indexOf(Math.min(...away)), value);
   }
 
-  for (const [names, show] of [[["factor", "frame"], showPictures], [["mode"], showMode], [["zoom"], showZoom]])
+  for (const [names, show] of [[["factor", "frame"], showPictures], [["mode"], showMode], [["zoom"], showZoom],
+    [["worst"], showMarks]])
     for (const name of names)
       document.querySelectorAll(`input[name=${name}]`).forEach((i) => i.addEventListener("change", show));
   stage.addEventListener("pointerdown", drag);

@@ -84,10 +84,10 @@ the next frame is not in it."""
 PICTURES = f"""All compare with the native picture of the same frame, and the picture that does
 worst counts. SSIM: structure. Resized: the SSIM that the native picture keeps when it is merely
 resized to the render size and back; a scaled picture that stays far below it was drawn wrongly.
-Worst tile: the square of {quality.TILE} pixels that keeps least SSIM, and its upper left corner.
-PSNR: mean error. Butteraugli (3-norm): how far a person sees a difference; up to about 1 nobody
-does. Flicker: by how many levels of 255 the picture changes to the next frame beyond what the
-native one changes."""
+Worst tile: the square of {quality.TILE} pixels that keeps least SSIM, and its upper left corner;
+the pictures outline it. PSNR: mean error. Butteraugli (3-norm): how far a person sees a difference;
+up to about 1 nobody does. Flicker: by how many levels of 255 the picture changes to the next frame
+beyond what the native one changes."""
 
 ESTIMATES = """Estimated from sizes alone, not measured: 4 bytes for a pixel, on a GPU that draws
 in tiles, where depth never reaches memory and each texel of the target is read from it once."""

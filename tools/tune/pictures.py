@@ -11,7 +11,8 @@ from typing import Any
 from PIL import Image
 
 from tools.common.texts import decibels
-from tools.tune.quality import Comparison
+from tools.common.sizes import Size
+from tools.tune.quality import TILE, Comparison, Tile
 from tools.tune.results import Result
 
 # Bytes of all pictures together before they are written as text.
@@ -25,6 +26,7 @@ class Still:
     name: str
     image: str
     text: str
+    place: str = ""  # of its worst tile, see _place()
 
 
 @dataclass(frozen=True)
@@ -64,6 +66,16 @@ def _text(c: Comparison) -> str:
     return ", ".join(parts)
 
 
+def _place(tile: Tile | None, window: Size) -> str:
+    """Of the tile in the picture, as a style; empty where there is none."""
+    if tile is None:
+        return ""
+    width, height = window
+    return (f"left:{100 * tile.left / width:.3f}%;top:{100 * tile.top / height:.3f}%;"
+            f"width:{100 * min(TILE, width - tile.left) / width:.3f}%;"
+            f"height:{100 * min(TILE, height - tile.top) / height:.3f}%")
+
+
 def _name(result: Result) -> str:
     return result.setting.filter or f"factor {result.setting.size_title}"
 
@@ -96,11 +108,11 @@ def collect(results: Sequence[Result], shown: Result | None) -> Pictures | None:
         data["frames"].append(frame)
         data["native"][frame] = "#still-0" if first else _uri(native)
         for (r, c), encoded in zip(own, images):
-            uri = _uri(encoded)
+            uri, place = _uri(encoded), _place(c.worst, r.window)
             if first and r.setting.size_title == still:
-                stills.append(Still(r.setting.title, uri, _text(c)))
+                stills.append(Still(r.setting.title, uri, _text(c), place))
                 uri = f"#still-{len(stills) - 1}"
             data["scaled"][r.setting.size_title].setdefault(frame, []).append(
-                {"name": _name(r), "image": uri, "text": _text(c)})
+                {"name": _name(r), "image": uri, "text": _text(c), "place": place})
     data["frames"].sort()
     return Pictures(stills, frames[0], data)

@@ -25,9 +25,10 @@ def _choices(name: str, label: str, values: Sequence[tuple[object, str]],
 def _stills(shown: Pictures) -> Iterable[str]:
     for index, still in enumerate(shown.stills):
         about = f": {still.text}" if still.text else f", frame {shown.frame}"
-        yield (f'<figure><img id="still-{index}" src="{still.image}" '
-               f'alt="{html.escape(still.name)}"><figcaption>{html.escape(still.name + about)}'
-               "</figcaption></figure>")
+        mark = f'<span class="worst" style="{still.place}"></span>' if still.place else ""
+        yield (f'<figure><div class="pane"><img id="still-{index}" src="{still.image}" '
+               f'alt="{html.escape(still.name)}">{mark}</div>'
+               f"<figcaption>{html.escape(still.name + about)}</figcaption></figure>")
 
 
 def draw(shown: Pictures | None) -> str:
@@ -39,13 +40,17 @@ def draw(shown: Pictures | None) -> str:
     factors = [(size, size) for size in data["scaled"]]
     frames = [(frame, str(frame)) for frame in data["frames"]]
     modes = [("slider", "slider"), ("side", "side by side"), ("difference", "difference")]
+    marked = any(p["place"] for shots in data["scaled"].values()
+                 for pictures in shots.values() for p in pictures)
+    marks = [("on", "outlined"), ("off", "not outlined")] if marked else []
     zooms = [("fit", "fit"), ("1", "1:1"), ("3", "3:1")]
     # Data in a script element must not be able to end it.
     carried = json.dumps(data).replace("<", "\\u003c")
     return f"""<div class="stills">{"".join(_stills(shown))}</div>
 <div id="viewer" hidden><div class="choices">{_choices("factor", "factor", factors, first)}
 {_choices("frame", "frame", frames, shown.frame)}
-{_choices("mode", "view", modes, "slider")}{_choices("zoom", "zoom", zooms, "fit")}</div>
+{_choices("mode", "view", modes, "slider")}{_choices("zoom", "zoom", zooms, "fit")}
+{_choices("worst", "worst tile", marks, "on")}</div>
 <div id="viewport"><div id="stage"></div></div>
 <div id="amounts"></div>
 <p id="caption"></p></div>
