@@ -41,7 +41,7 @@ public:
 float lobeStrength(float scale, const FilterChoice& choice) {
     constexpr float kLossless = 0.75f;
     const float wanted = 0.85f + 0.003f * static_cast<float>(choice.sharpness);
-    return wanted - 0.5f * std::max(scale - kLossless, 0.0f);
+    return wanted - 0.35f * std::max(scale - kLossless, 0.0f);
 }
 
 }  // namespace

@@ -79,32 +79,25 @@ constexpr char kExtremes[] = R"(
 #define HIGH(a, b) (0.5 * ((a) + (b) + abs((a) - (b))))
 )";
 
-// Cubic convolution with a = -1/2: R. Keys, "Cubic convolution interpolation for digital
-// image processing", IEEE Transactions on Acoustics, Speech, and Signal Processing 29
-// (1981). The driver's bilinear samples make five of its sixteen pixels' products; those
-// of the corners, which are small, are left out. The result stays between the samples.
+// A cubic kernel three pixels wide, one degree above N. A. Dodgson's quadratic one
+// ("Quadratic interpolation for image resampling", IEEE Transactions on Image Processing 6,
+// 1997). With s as the distance from the nearest pixel, the pixel behind it weighs
+// -s (1/2 - s) (1 + s), which keeps the kernel continuous; the other two weights follow,
+// since it passes through the pixels and keeps straight lines straight. One bilinear
+// sample makes four of the products, one more each the two at the sides; the corner
+// counts as what the others let expect. The division keeps hard edges from ringing much.
 constexpr char kBicubic[] = R"(
 void main() {
-    vec2 first = floor(at - 0.5);
-    vec2 f = at - 0.5 - first;
-    vec2 w0 = f * (f * (1.0 - 0.5 * f) - 0.5);
-    vec2 w2 = f * (f * (2.0 - 1.5 * f) + 0.5);
-    vec2 w3 = f * f * (0.5 * f - 0.5);
-    vec2 outer = w0 + w3;
-    vec2 inner = 1.0 - outer;
-    vec2 middle = first + 0.5 + w2 / inner;
+    vec2 nearest = floor(at) + 0.5;
+    vec2 way = sign(at - nearest);
+    vec2 s = abs(at - nearest);
+    vec2 lobe = s * (0.5 - s) * (1.0 + s);
+    vec2 middle = nearest + way * (s - lobe) / (1.0 + lobe);
     COLOR m = OF(SAMPLE(middle));
-    COLOR l = OF(SAMPLE(vec2(first.x - 0.5, middle.y)));
-    COLOR r = OF(SAMPLE(vec2(first.x + 2.5, middle.y)));
-    COLOR b = OF(SAMPLE(vec2(middle.x, first.y - 0.5)));
-    COLOR t = OF(SAMPLE(vec2(middle.x, first.y + 2.5)));
-    inner /= 1.0 - outer.x * outer.y;
-    vec2 x = inner.y * vec2(w0.x, w3.x);
-    vec2 y = inner.x * vec2(w0.y, w3.y);
-    COLOR color = (1.0 - x.x - x.y - y.x - y.y) * m + x.x * l + x.y * r + y.x * b + y.y * t;
-    COLOR least = LOW(m, LOW(LOW(l, r), LOW(b, t)));
-    COLOR most = HIGH(m, HIGH(HIGH(l, r), HIGH(b, t)));
-    RESULT(LOW(HIGH(color, least), most));
+    COLOR x = OF(SAMPLE(vec2(nearest.x - way.x, middle.y)));
+    COLOR y = OF(SAMPLE(vec2(middle.x, nearest.y - way.y)));
+    COLOR more = lobe.x * (m - x) + lobe.y * (m - y);
+    RESULT(m + more / (1.0 + 6.0 * abs(more)));
 }
 )";
 

@@ -8,7 +8,7 @@ from functools import cached_property
 from pathlib import Path
 from typing import Any
 
-from tools.bench import counts, filters, frames, marks, process, times
+from tools.bench import counts, filters, frames, marks, precision, process, times
 from tools.bench.progress import say
 from tools.common import cli, machine
 from tools.common.errors import EXIT_FAILED, CannotRun
@@ -79,7 +79,8 @@ class Parts:
     def filters(self) -> dict[str, Any]:
         quick = self._options.quick
         return {"times": filters.times(self._build, self._options.rounds, self._environment),
-                "quality": filters.quality(self._build, self._options.out / "filters", quick)}
+                "quality": filters.quality(self._build, self._options.out / "filters", quick),
+                "precision": precision.errors()}
 
     def process(self) -> dict[str, Any]:
         say("loading the library")

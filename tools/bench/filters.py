@@ -23,8 +23,11 @@ QUICK_FRAMES = 3
 SHOWN = "scene"
 DETAILS = {"native": "native", "bilinear, factor 50": "bilinear-50", "sharp, factor 50": "sharp-50"}
 STEPPED = ("--driver", "llvmpipe", "--clock", "step:16.667", "--log", "error")
-LOVE = ("env", "LOVE_GRAPHICS_USE_OPENGLES=1", "ALSOFT_DRIVERS=null", "SDL_VIDEODRIVER=x11",
-        "SDL_VIDEO_X11_FORCE_EGL=1", "SDL_AUDIODRIVER=dummy")
+SDL = ("env", "SDL_VIDEODRIVER=x11", "SDL_VIDEO_X11_FORCE_EGL=1",
+       "SDL_RENDER_DRIVER=opengles2", "SDL_AUDIODRIVER=dummy")
+# Its first demonstration: a recorded fight.
+DOOM = ("-iwad", "/usr/share/games/doom/freedoom1.wad", "-nosound", "-window", "-geometry",
+        "640x480", "-nogui", "-playdemo", "demo1")
 
 
 @dataclass(frozen=True)
@@ -40,12 +43,11 @@ def programs(launcher: Launcher, quick: bool) -> list[Program]:
     if quick:
         return [scene]
     glmark2 = find_program("glmark2-es2", "glmark2-es2-x11")
-    love = find_program("love", "love")
+    doom = find_program("/usr/games/chocolate-doom", "chocolate-doom freedoom")
     return [scene,
             *(Program(name, (glmark2, "-s", "640x480", "-b", name))
               for name in ("terrain", "refract", "jellyfish")),
-            Program("mrrescue", (*LOVE, love, "/usr/share/games/mrrescue/mrrescue.love"),
-                    first=100)]
+            Program("chocolate-doom", (*SDL, doom, *DOOM), first=100)]
 
 
 class Pictures:

@@ -122,6 +122,10 @@ def filters(table: Table, result: Mapping[str, Any]) -> None:
         if row["filter"] == "sharp" and row["ssim"] < max(beside, wanted or 0):
             table.missed.append(f"{name}: SSIM {row['ssim']:.4f}, not >= "
                                 f"{max(beside, wanted or 0):.4f}")
+    table.heading("Filters: where they read in a window of 2400 pixels, off by pixels",
+                  ["worst", "mean"])
+    for row in result["precision"]:
+        table.row(row["coordinates"], [f"{row['worst']:.5f}", f"{row['mean']:.5f}"])
 
 
 def process(table: Table, result: Mapping[str, Any]) -> None:
