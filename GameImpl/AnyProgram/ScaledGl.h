@@ -176,6 +176,7 @@ private:
     GLuint createProgram(GLenum kind, int count, Strings strings, Create create);
     void keepInPipelines(GLuint program);
     void setShaderScale(GLuint program, PixelProgram& pixels);
+    void putShaderScale(GLuint program, const PixelProgram& pixels);
     GLint driverLocation(GLuint program, GLint location);
     GLint driverLocation(GLint location);
     GLint programLocation(GLuint program, const char* name, GLint location);

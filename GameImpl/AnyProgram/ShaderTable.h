@@ -80,6 +80,7 @@ public:
     // It has been linked again, or is gone.
     void removeProgram(GLuint name);
     std::set<GLuint> pixelShaders;  // that name what is in window pixels
+    std::set<GLuint> uncompiled;    // since they were given their text
     std::set<GLuint> capturesPointSize;
     std::set<GLuint> unmarked;  // programs from binaries that came from elsewhere
 

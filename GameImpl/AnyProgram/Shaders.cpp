@@ -37,6 +37,17 @@ bool namesPixels(const std::string& text) {
            text.find("gl_PointSize") != std::string::npos;
 }
 
+// Points get their size from the last stage before the fragments.
+GLenum pointStage(const std::vector<ShaderText>& texts) {
+    for (const GLenum kind : {GL_GEOMETRY_SHADER, GL_TESS_EVALUATION_SHADER}) {
+        const bool isThere = std::any_of(texts.begin(), texts.end(), [=](const ShaderText& shader) {
+            return shader.kind == kind;
+        });
+        if (isThere) return kind;
+    }
+    return GL_VERTEX_SHADER;
+}
+
 }  // namespace
 
 // Of OpenGL ES 2 fragment shaders, which need not have the precision that a
@@ -55,11 +66,19 @@ void ScaledGl::glShaderSource(GLuint shader, GLsizei count, const GLchar* const*
     if (!served || count <= 0 || strings == nullptr) return;
     const bool isPixel = namesPixels(joined(count, strings, lengths));
     const Lock lock(group->shaders.mutex);
+    group->shaders.uncompiled.insert(shader);
     if (isPixel) {
         group->shaders.pixelShaders.insert(shader);
     } else {
         group->shaders.pixelShaders.erase(shader);
     }
+}
+
+void ScaledGl::glCompileShader(GLuint shader) {
+    gl().glCompileShader(shader);
+    if (!served) return;
+    const Lock lock(group->shaders.mutex);
+    group->shaders.uncompiled.erase(shader);
 }
 
 void ScaledGl::glTransformFeedbackVaryings(GLuint program, GLsizei count,
@@ -85,20 +104,24 @@ void ScaledGl::glLinkProgram(GLuint program) {
     learnProgram(program, attachedTexts(program));
 }
 
-// Empty where none of them names what is in window pixels, or they are not linked.
+// Empty where none of them names what is in window pixels, where they are not linked, or
+// where they are not what is linked.
 std::vector<ShaderText> ScaledGl::attachedTexts(GLuint program) {
     constexpr int kMostShaders = 8;
-    const std::set<GLuint>& pixelShaders = group->shaders.pixelShaders;
+    const ShaderTable& table = group->shaders;
     std::vector<ShaderText> texts;
-    if (pixelShaders.empty() || !gl().glIsProgram(program)) return texts;
-    GLint linked = 0;
-    gl().glGetProgramiv(program, GL_LINK_STATUS, &linked);
+    if (table.pixelShaders.empty() || !gl().glIsProgram(program)) return texts;
     GLuint shaders[kMostShaders] = {};
     GLsizei count = 0;
     gl().glGetAttachedShaders(program, kMostShaders, &count, shaders);
-    const bool isPixel = std::any_of(
-        shaders, shaders + count, [&](GLuint shader) { return pixelShaders.count(shader) != 0; });
-    for (int i = 0; i < count && isPixel && linked; ++i) {
+    const auto haveAny = [&](const std::set<GLuint>& some) {
+        return std::any_of(shaders, shaders + count,
+                           [&](GLuint shader) { return some.count(shader) != 0; });
+    };
+    if (!haveAny(table.pixelShaders) || haveAny(table.uncompiled)) return texts;
+    GLint linked = 0;  // asked last: drivers that link in the background are waited for
+    gl().glGetProgramiv(program, GL_LINK_STATUS, &linked);
+    for (int i = 0; i < count && linked; ++i) {
         GLint kind = 0;
         GLint size = 0;
         gl().glGetShaderiv(shaders[i], GL_SHADER_TYPE, &kind);
@@ -124,17 +147,18 @@ void ScaledGl::learnProgram(GLuint program, std::vector<ShaderText> texts) {
     activation->refresh();
     if (activation->percent() == 100) return;
     workInPixels(program, *made, false);
-    if (program == usedProgram) setShaderScale(program, *made);
+    if (program == usedProgram) putShaderScale(program, *made);
 }
 
 // Links it from texts in window pixels. The lock is held.
 void ScaledGl::workInPixels(GLuint program, PixelProgram& pixels, bool hasValues) {
     if (pixels.added != nullptr || pixels.leftAlone || pixels.texts.empty()) return;
     const bool capturesPoints = group->shaders.capturesPointSize.count(program) != 0;
+    const GLenum points = capturesPoints ? GL_NONE : pointStage(pixels.texts);
     std::vector<ShaderText> texts = pixels.texts;
     bool changed = false;
     for (ShaderText& shader : texts) {
-        if (capturesPoints && shader.kind != GL_FRAGMENT_SHADER) continue;
+        if (shader.kind != GL_FRAGMENT_SHADER && shader.kind != points) continue;
         auto other = inWindowPixels(shader.text, shader.kind, scalePrecision(shader.kind));
         if (!other) continue;
         shader.text = std::move(*other);
@@ -146,12 +170,10 @@ void ScaledGl::workInPixels(GLuint program, PixelProgram& pixels, bool hasValues
     Relinking relinking(gl(), program, hasValues);
     const bool linked = relinking.link(texts);
     if (errors.failed()) return;  // while its vertices are captured, say
-    if (linked) {
-        learnAdded(program, pixels, relinking.movedUniforms());
-    } else {
-        pixels.leftAlone = true;
-        relinking.link(pixels.texts);
-    }
+    if (linked) learnAdded(program, pixels, relinking.movedUniforms());
+    // Nor is there anything to set where the texts name it and do not use it.
+    pixels.leftAlone = pixels.added == nullptr;
+    if (!linked) relinking.link(pixels.texts);
     if (!hasValues) return;
     if (program != usedProgram) gl().glUseProgram(program);
     relinking.restoreValues();
@@ -253,28 +275,37 @@ void ScaledGl::applyShaderScale() {
 }
 
 void ScaledGl::setShaderScale(GLuint program, PixelProgram& pixels) {
+    if (coordinatesAreScaled() && pixels.added.load(std::memory_order_acquire) == nullptr &&
+        !pixels.leftAlone) {
+        const Lock lock(group->shaders.mutex);
+        workInPixels(program, pixels, true);
+    }
+    putShaderScale(program, pixels);
+}
+
+// In a program that works in window pixels already; nothing in any other.
+void ScaledGl::putShaderScale(GLuint program, const PixelProgram& pixels) {
+    AddedUniforms* const added = pixels.added.load(std::memory_order_acquire);
     float scales[3] = {};
     if (coordinatesAreScaled()) {
         scales[0] = 1 / scale().horizontal() - 1;
         scales[1] = 1 / scale().vertical() - 1;
         scales[2] = scale().vertical() - 1;
-        if (pixels.added.load(std::memory_order_acquire) == nullptr && !pixels.leftAlone) {
-            const std::unique_lock lock(group->shaders.mutex);
-            workInPixels(program, pixels, true);
-        }
     }
-    AddedUniforms* const added = pixels.added.load(std::memory_order_acquire);
     if (added == nullptr || std::equal(scales, scales + 3, added->scales)) return;
     std::copy(scales, scales + 3, added->scales);
     const int fragment = added->locations[0];
     const int point = added->locations[1];
-    if (hasES31) {
-        if (fragment >= 0) gl().glProgramUniform2f(program, fragment, scales[0], scales[1]);
-        if (point >= 0) gl().glProgramUniform1f(program, point, scales[2]);
-    } else {
+    if (!hasES31 && program == usedProgram) {
         if (fragment >= 0) gl().glUniform2f(fragment, scales[0], scales[1]);
         if (point >= 0) gl().glUniform1f(point, scales[2]);
+        return;
     }
+    const auto& table = gl();  // before OpenGL ES 3.1 pipelines come with the extension
+    const auto setTwo = hasES31 ? table.glProgramUniform2f : table.glProgramUniform2fEXT;
+    const auto setOne = hasES31 ? table.glProgramUniform1f : table.glProgramUniform1fEXT;
+    if (fragment >= 0) setTwo(program, fragment, scales[0], scales[1]);
+    if (point >= 0) setOne(program, point, scales[2]);
 }
 
 }  // namespace android::any

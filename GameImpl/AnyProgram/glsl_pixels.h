@@ -12,9 +12,9 @@ namespace android::any {
 constexpr char kFragmentScale[] = "vsk_fragmentScale";  // vec2, of gl_FragCoord
 constexpr char kPointScale[] = "vsk_pointScale";        // float, of gl_PointSize
 
-// `text` with gl_FragCoord or gl_PointSize in window pixels, on the same lines unless
-// the first one that counts is within an #if: then on the next ones. None where it uses neither, or
-// in a way that is not understood. `kind` is the shader's, `precision` what its uniforms are
+// `text` with gl_FragCoord or gl_PointSize in window pixels, on the same lines, or on the next
+// ones from an #if on that has to follow a declaration. None where it uses neither, or in a
+// way that is not understood. `kind` is the shader's, `precision` what its uniforms are
 // declared with. Allocates; never fails on any text.
 std::optional<std::string> inWindowPixels(std::string_view text, unsigned kind,
                                           const char* precision);

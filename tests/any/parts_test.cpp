@@ -73,6 +73,17 @@ TEST(AnyShaders, AreRewrittenOnTheSameLines) {
         EXPECT_EQ(text(unchanged), "as it was") << unchanged;
     }
     EXPECT_EQ(text("gl_PointSize", GL_COMPUTE_SHADER), "as it was");
+
+    // What is declared follows every #extension: it comes right before the first use.
+    const auto before = [&](const char* head, const char* rest) {
+        const std::string made = text((std::string(head) + rest + "gl_FragCoord;}").c_str());
+        EXPECT_EQ(made.find(declared), strlen(head)) << made;
+    };
+    before("#ifdef A\n#extension B : enable\nfloat a;\n#endif\nstruct S{int i;} s;", "void f(){");
+    before("#if A\n#extension B : enable\nfloat f(){}\n#endif\n", "#if B\nvoid f(){");
+    before("#if A\n#extension B : enable\n", "void f(){");
+    before("#define A \\\r\n float a;\r\n", "A void f(){");
+    before("", "float f(){\n#if A\n}\n#else\n}\n#endif\nvoid main(){");
 }
 
 // Nothing is asked, nothing is cleared, no pass is opened but the program's two and the blit's;
@@ -117,6 +128,40 @@ TEST(AnyFrames, MakeNoOtherCalls) {
          "glBindFramebuffer"});
     EXPECT_EQ(loader.calls, expected);
     EXPECT_EQ(p.gl.glGetError(), 0u);
+}
+
+// What names a pixel's place and does not use it has nothing to be given: it is linked again
+// once, even while it is in use. A text that is not what is linked is not linked again.
+TEST(AnyShaders, AreLinkedAgainOnce) {
+    Loader& loader = Loader::instance();
+    ASSERT_TRUE(loader.driver.ok());
+    loader.ask(50);
+    loader.beforeSwap = [] {};
+    Record record;
+    Player p(loader.gl(true), loader.platform(true), loader.driver.display, {}, record);
+    const unsigned made =
+        p.program("attribute vec4 place; void main() { gl_Position = place; }",
+                  "precision mediump float; vec4 unused() { return gl_FragCoord; }\n"
+                  "void main() { gl_FragColor = vec4(1.0); }");
+    p.gl.glUseProgram(made);
+    p.gl.glLinkProgram(made);
+    const auto linkings = [&](const std::function<void()>& call) {
+        loader.calls.clear();
+        loader.records = true;
+        call();
+        loader.records = false;
+        return std::count(loader.calls.begin(), loader.calls.end(), "glLinkProgram");
+    };
+    EXPECT_EQ(linkings([&] {
+                  for (const unsigned used : {0u, made, 0u, made}) p.gl.glUseProgram(used);
+              }),
+              0);
+    const char* other = "void main() { gl_FragColor = gl_FragCoord; }";
+    unsigned shaders[2] = {};
+    p.gl.glGetAttachedShaders(made, 2, nullptr, shaders);
+    p.gl.glShaderSource(shaders[1], 1, &other, nullptr);
+    EXPECT_EQ(linkings([&] { p.gl.glLinkProgram(made); }), 1);
+    loader.calls.clear();
 }
 
 // It is tried again as soon as the factor changes, and said once.

@@ -187,7 +187,8 @@ void shadersInWindowPixels(Player& p) {
     static const char kVertex[] =
         "attribute vec4 place;\nvoid main() { gl_Position = place; gl_PointSize = 16.0; }\n";
     static const char kFragment[] =
-        "precision mediump float; uniform float lift;\n"
+        "#ifdef GL_ES\n#extension GL_OES_standard_derivatives : enable\n"
+        "precision mediump float;\n#endif\nuniform float lift;\n"
         "void main() { vec2 at = floor(gl_FragCoord.xy / 8.0);\n"
         "  gl_FragColor = vec4(mod(at.x + at.y, 2.0), gl_FragCoord.x / 96.0, gl_FragCoord.y / "
         "64.0, "
