@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <new>
 
 #include "GameImpl/AnyProgram/ScaledGl.h"
 #include "interception/egl_hooks.h"
@@ -15,146 +14,9 @@ namespace android::any {
 
 namespace {
 
-ScaledEgl* idle = nullptr;  // serves threads without a context
-Binding* idleBinding = nullptr;
-
 Surfaces& surfaces() { return Surfaces::instance(); }
 
 using Lock = std::lock_guard<std::mutex>;
-
-}  // namespace
-
-Activation* ScaledEgl::activation = nullptr;
-
-Binding* ScaledEgl::start(Activation& asked) {
-    static std::mutex mutex;
-    const Lock lock(mutex);
-    if (idleBinding == nullptr) {
-        activation = &asked;
-        idle = new (std::nothrow) ScaledEgl;
-        idleBinding = idle != nullptr ? newBinding(idle) : nullptr;
-    }
-    return idleBinding;
-}
-
-// The thread is bound to its new context before the driver hears of it, since the
-// loader hands over the driver's table meanwhile.
-unsigned ScaledEgl::eglMakeCurrent(void* display, void* draw, void* read, void* context) {
-    platform_impl_t& egl = *getEGLPlatformImpl();
-    ScaledGl* const old = currentContext();
-    ScaledGl* next = nullptr;
-    std::shared_ptr<Surface> drawn;
-    std::shared_ptr<Surface> readFrom;
-    if (context != EGL_NO_CONTEXT) {
-        const Lock lock(surfaces().mutex);
-        next = surfaces().context(display, context);
-    }
-    if (old != nullptr && (old != next || !old->drawsTo(draw))) old->beforeLeaving();
-    if (next != nullptr) handOver(display, draw, *next);
-    bindThread(next != nullptr ? next->threadBinding() : idleBinding);
-    const EGLBoolean made = egl.eglMakeCurrent(display, draw, read, context);
-    if (!made) {
-        bindThread(old != nullptr ? old->threadBinding() : idleBinding);
-        return made;
-    }
-    if (old != nullptr && old != next) old->leave();
-    if (next != nullptr) next->setCurrent();
-    if (next != nullptr && isES(display, context)) {
-        {
-            const Lock lock(surfaces().mutex);
-            drawn = surfaces().find(display, draw, egl);
-            readFrom = surfaces().find(display, read, egl);
-        }
-        next->enter(display, context, drawn, readFrom);
-    }
-    if (next != nullptr && !next->isServed()) {
-        passThrough(*next);
-        drawsToWindow(display, draw);
-    }
-    return made;
-}
-
-// From now on a context that is not served does, so the window has the contents.
-void ScaledEgl::drawsToWindow(void* display, void* draw) {
-    if (draw == EGL_NO_SURFACE) return;
-    const Lock lock(surfaces().mutex);
-    const std::shared_ptr<Surface> drawn = surfaces().find(display, draw, *getEGLPlatformImpl());
-    drawn->holder.reset();
-    drawn->manyGroups = true;
-}
-
-// The context's calls go on as in a process that has not asked.
-void ScaledEgl::passThrough(ScaledGl& context) {
-    idle->setGLDriverImpl(context.getGLDriverImpl());
-    bindThread(idleBinding);
-    context.leave();
-}
-
-bool ScaledEgl::isES(void* display, void* context) {
-    EGLint type = EGL_OPENGL_ES_API;
-    EGLint version = 2;
-    getEGLPlatformImpl()->eglQueryContext(display, context, EGL_CONTEXT_CLIENT_TYPE, &type);
-    getEGLPlatformImpl()->eglQueryContext(display, context, EGL_CONTEXT_CLIENT_VERSION, &version);
-    return type == EGL_OPENGL_ES_API && version >= 2;
-}
-
-// What a context of another group has drawn to the surface goes into the window
-// itself, from where `next` takes it.
-void ScaledEgl::handOver(void* display, void* draw, ScaledGl& next) {
-    platform_impl_t& egl = *getEGLPlatformImpl();
-    if (draw == EGL_NO_SURFACE) return;
-    std::shared_ptr<Surface> surface;
-    std::shared_ptr<ShareGroup> holder;
-    ScaledGl* before = nullptr;
-    EGLContext drawnBy = nullptr;
-    {
-        const Lock lock(surfaces().mutex);
-        surface = surfaces().find(display, draw, egl);
-        holder = surface->holder.lock();
-        if (holder == nullptr || holder == next.shareGroup()) return;
-        drawnBy = surface->drawnBy;
-        before = surfaces().known(display, drawnBy);
-    }
-    const bool leftThere = surface->manyGroups;
-    // One that was destroyed while it was current takes no turns with others.
-    if (before != nullptr) surface->manyGroups = true;
-    ScaledGl* const here = currentContext();
-    if (here != nullptr && here->drawsTo(draw)) {
-        here->leaveInWindow();
-    } else if (!leftThere && before != nullptr && !before->isCurrent()) {
-        // The thread has its old context back only if that is where it is going.
-        bindThread(before->threadBinding());
-        if (!egl.eglMakeCurrent(display, draw, draw, drawnBy)) return;
-        before->setCurrent();
-        before->enter(display, drawnBy, surface, surface);
-        if (before->drawsTo(draw)) before->leaveInWindow();
-        before->leave();
-        if (here != nullptr) here->leave();
-    }
-}
-
-unsigned ScaledEgl::eglReleaseThread() {
-    ScaledGl* const old = currentContext();
-    if (old != nullptr) old->beforeLeaving();
-    const EGLBoolean done = getEGLPlatformImpl()->eglReleaseThread();
-    if (done && old != nullptr) {
-        bindThread(idleBinding);
-        old->leave();
-    }
-    return done;
-}
-
-// What is current stays so until the threads release it.
-unsigned ScaledEgl::eglTerminate(void* display) {
-    const EGLBoolean done = getEGLPlatformImpl()->eglTerminate(display);
-    if (done) {
-        const Lock lock(surfaces().mutex);
-        surfaces().removeAll(display);
-    }
-    return done;
-}
-
-namespace {
 
 // What the frame's last call does once the picture is in the window.
 template <class Swap>
@@ -227,6 +89,15 @@ unsigned ScaledEgl::eglCopyBuffers(void* display, void* surface, egl_native_pixm
 unsigned ScaledEgl::eglBindTexImage(void* display, void* surface, int buffer) {
     showPixels(surface);
     return getEGLPlatformImpl()->eglBindTexImage(display, surface, buffer);
+}
+
+// The whole window is drawn to at the swap, whatever part of it the program draws.
+unsigned ScaledEgl::eglSetDamageRegionKHR(void* display, void* surface, int* rectangles,
+                                          int count) {
+    ScaledGl* const gl = currentContext();
+    const bool isWhole = gl != nullptr && gl->drawsTo(surface);
+    return getEGLPlatformImpl()->eglSetDamageRegionKHR(display, surface, rectangles,
+                                                       isWhole ? std::min(count, 0) : count);
 }
 
 unsigned ScaledEgl::eglWaitClient() {

@@ -30,6 +30,7 @@ public:
                                          int count) override;
     unsigned eglCopyBuffers(void* display, void* surface, egl_native_pixmap_t* target) override;
     unsigned eglBindTexImage(void* display, void* surface, int buffer) override;
+    unsigned eglSetDamageRegionKHR(void* display, void* surface, int* rects, int count) override;
     unsigned eglWaitClient() override;
     unsigned eglWaitGL() override;
     unsigned eglSurfaceAttrib(void* display, void* surface, int attribute, int value) override;
@@ -61,8 +62,11 @@ protected:
 
 private:
     bool isES(void* display, void* context);
+    std::shared_ptr<Surface> foreignTo(const ScaledGl& next, void* display, void* draw);
+    bool handOver(const std::shared_ptr<Surface>& surface, bool isInWindow);
+    void leaveInWindow(const std::shared_ptr<Surface>& surface, ScaledGl& before);
+    void begin(ScaledGl& next, void* display, void* draw, void* read, void* context);
     void passThrough(ScaledGl& context);
-    void handOver(void* display, void* draw, ScaledGl& next);
     void drawsToWindow(void* display, void* draw);
     void showPixels(void* surface);
     void showAtOnce();

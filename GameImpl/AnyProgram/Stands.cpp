@@ -78,11 +78,13 @@ void ScaledGl::beforeLeaving() {
 }
 
 void ScaledGl::leave() {
+    const std::lock_guard<std::mutex> lock(Surfaces::instance().mutex);
     current = false;
     if (abandoned) abandon();
 }
 
 void ScaledGl::rebuild() {
+    std::fill(std::begin(triedSizes), std::end(triedSizes), Size{});
     const bool drewOwn = drawStand.exists();
     stand(drawStand, std::shared_ptr<Surface>(drawStand.surface), kDrawn);
     if (!separateRead) readStand = drawStand;

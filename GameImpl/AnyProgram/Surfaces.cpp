@@ -16,14 +16,18 @@ auto findRecord(std::vector<Record>& records, EGLDisplay display, void* handle) 
     });
 }
 
-// EGL_LARGEST_PBUFFER is left alone by the query of any other surface.
+// EGL_LARGEST_PBUFFER is left alone by the query of any other surface. A pixmap has a
+// single buffer; a window with one is taken for a pixmap, and is the driver's own.
 SurfaceKind askKind(EGLDisplay display, EGLSurface handle, platform_impl_t& egl) {
     constexpr EGLint kUntouched = -7;
     EGLint largest = kUntouched;
+    EGLint buffer = EGL_SINGLE_BUFFER;
     if (!egl.eglQuerySurface(display, handle, EGL_LARGEST_PBUFFER, &largest)) {
         return SurfaceKind::Other;
     }
-    return largest == kUntouched ? SurfaceKind::Window : SurfaceKind::Pbuffer;
+    if (largest != kUntouched) return SurfaceKind::Pbuffer;
+    egl.eglQuerySurface(display, handle, EGL_RENDER_BUFFER, &buffer);
+    return buffer == EGL_SINGLE_BUFFER ? SurfaceKind::Other : SurfaceKind::Window;
 }
 
 }  // namespace
