@@ -65,8 +65,10 @@ bool DrawState::mayChange(const gl_hooks_t::gl_t& gl, const DrawContext& context
     gl.glGetIntegerv(GL_CURRENT_PROGRAM, &used);
     if (used != 0) {
         GLint deleted = GL_FALSE;
+        GLint linked = GL_FALSE;
         gl.glGetProgramiv(static_cast<GLuint>(used), GL_DELETE_STATUS, &deleted);
-        if (deleted != GL_FALSE) return false;
+        gl.glGetProgramiv(static_cast<GLuint>(used), GL_LINK_STATUS, &linked);
+        if (deleted != GL_FALSE || linked == GL_FALSE) return false;
     }
     if (context.has(DrawContext::kShadingRate)) {
         GLint rate = GL_SHADING_RATE_1X1_PIXELS_QCOM;

@@ -15,8 +15,9 @@ namespace android {
 class DrawState {
 public:
     // Whether a draw could go unnoticed at all: not while the program in use has been
-    // deleted, since nothing can bring that back, nor while a query counts what is drawn or
-    // pixels are shaded at a coarser rate, for which the loader's table has no entry.
+    // deleted or has failed to link again, since nothing can bring that back, nor while a
+    // query counts what is drawn or pixels are shaded at a coarser rate, for which the
+    // loader's table has no entry.
     static bool mayChange(const gl_hooks_t::gl_t& gl, const DrawContext& context);
 
     // Only the scissor test is on afterwards. The caller may use programs and bind to the

@@ -294,6 +294,12 @@ void stateAtASwap(Player& p) {
     p.gl.glEndConditionalRenderNV();
     p.error("condition");
     p.swap();
+    const char* nothing = "nothing";
+    p.gl.glTransformFeedbackVaryings(used, 1, &nothing, GL_INTERLEAVED_ATTRIBS);
+    p.gl.glLinkProgram(used);  // fails: what was linked stays in use
+    p.swap();
+    p.note("still used", p.ask(GL_CURRENT_PROGRAM));
+    p.error("still used");
 }
 
 void objectsOfShaders(Player& p) {
