@@ -78,7 +78,7 @@ void ScaledGl::eachShifted(int n, const unsigned* names, unsigned offset, Call c
     for (int done = 0; done < n; done += kPart) {
         const int count = std::min(kPart, n - done);
         std::transform(names + done, names + done + count, shifted,
-                       [offset](unsigned name) { return name != 0 ? name + offset : 0; });
+                       [offset](unsigned name) { return ScaledGl::shifted(name, offset); });
         call(count, shifted);
     }
 }
@@ -192,6 +192,25 @@ GLboolean ScaledGl::glIsRenderbufferOES(unsigned name) {
 COPY_IMAGE(glCopyImageSubData)
 COPY_IMAGE(glCopyImageSubDataEXT)
 COPY_IMAGE(glCopyImageSubDataOES)
+
+void ScaledGl::glFramebufferFoveationConfigQCOM(GLuint framebuffer, GLuint layers, GLuint points,
+                                                GLuint features, GLuint* provided) {
+    gl().glFramebufferFoveationConfigQCOM(driverFramebuffer(framebuffer), layers, points, features,
+                                          provided);
+}
+
+void ScaledGl::glFramebufferFoveationParametersQCOM(GLuint framebuffer, GLuint layer, GLuint point,
+                                                    GLfloat x, GLfloat y, GLfloat gainX,
+                                                    GLfloat gainY, GLfloat area) {
+    gl().glFramebufferFoveationParametersQCOM(driverFramebuffer(framebuffer), layer, point, x, y,
+                                              gainX, gainY, area);
+}
+
+void ScaledGl::glNamedFramebufferSampleLocationsfvNV(GLuint framebuffer, GLuint start,
+                                                     GLsizei count, const GLfloat* locations) {
+    gl().glNamedFramebufferSampleLocationsfvNV(driverFramebuffer(framebuffer), start, count,
+                                               locations);
+}
 
 GLuint ScaledGl::driverName(GLenum kind, GLuint name) const {
     if (kind == GL_FRAMEBUFFER) return driverFramebuffer(name);

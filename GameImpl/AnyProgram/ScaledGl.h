@@ -66,9 +66,7 @@ public:
     const Scale& scale() const { return group->targets[drawStand.target].scale; }
     // Null where the window that is drawn to is the driver's own, or there is none.
     const Scale* windowScale() const { return drawStand.exists() ? &scale() : nullptr; }
-    GLuint driverRenderbuffer(GLuint name) const {
-        return name != 0 ? name + group->nameOffset : 0;
-    }
+    GLuint driverRenderbuffer(GLuint name) const { return shifted(name, group->nameOffset); }
 
 #include "GameImpl/AnyProgram/overrides.in"
 #include "GameImpl/AnyProgram/shader_overrides.in"
@@ -96,9 +94,12 @@ private:
     Target& drawTarget() const { return group->targets[drawStand.target]; }
     Target& readTarget() const { return group->targets[readStand.target]; }
 
-    // Names: the program's and the driver's.
+    // Names: the program's and the driver's. What is beyond all names is none of ours.
+    static GLuint shifted(GLuint name, GLuint offset) {
+        return name != 0 && name <= ~offset ? name + offset : name;
+    }
     GLuint own(OwnFramebuffer which) const { return firstFramebuffer + which; }
-    GLuint driverFramebuffer(GLuint name) const { return name != 0 ? name + framebufferOffset : 0; }
+    GLuint driverFramebuffer(GLuint name) const { return shifted(name, framebufferOffset); }
     GLuint driverName(GLenum kind, GLuint name) const;
     template <class Call>
     void eachShifted(int n, const unsigned* names, unsigned offset, Call call);
