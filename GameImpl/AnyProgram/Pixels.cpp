@@ -125,8 +125,11 @@ void ScaledGl::blit(const int (&source)[4], const int (&drawn)[4], unsigned mask
         return;
     }
     const Scale& s = scale();
-    const bool sameSize = std::abs(source[2] - source[0]) == std::abs(drawn[2] - drawn[0]) &&
-                          std::abs(source[3] - source[1]) == std::abs(drawn[3] - drawn[1]);
+    const auto length = [](const int(&edges)[4], int first) {
+        return std::abs(static_cast<long long>(edges[first + 2]) - edges[first]);
+    };
+    const bool sameSize =
+        length(source, 0) == length(drawn, 0) && length(source, 1) == length(drawn, 1);
     const int scaled[] = {s.x(drawn[0]), s.y(drawn[1]), s.x(drawn[2]), s.y(drawn[3])};
     if (fromWindow && separateRead) {
         const WindowToRead window(*this, {}, mask, GL_LINEAR);
@@ -144,8 +147,8 @@ void ScaledGl::blit(const int (&source)[4], const int (&drawn)[4], unsigned mask
     const Box& scissor = coordinates.scissor();
     gl().glScissor(scissor.x, scissor.y, scissor.width, scissor.height);
     pass(drawn);
-    copyFromWindow(drawTarget(), part, mask);
     applyScissor();
+    copyFromWindow(drawTarget(), part, mask);
 }
 
 // Whether the framebuffer that is read, one of the program's, is multisampled.

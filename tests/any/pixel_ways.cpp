@@ -140,13 +140,17 @@ void blitsToTheWindow(Player& p) {
         blit("mirrored", 0, 0, 40, 30, 44, 33, 4, 3, GL_COLOR_BUFFER_BIT, GL_NEAREST);
         blit("depth", 0, 0, kWidth, kHeight, 0, 0, kWidth, kHeight, GL_DEPTH_BUFFER_BIT,
              GL_NEAREST);
+        p.gl.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, source);
+        p.fill(0, 0, kWidth, kHeight, 1, 1, samples == 0 ? 1 : 0);
+        p.gl.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
         p.gl.glEnable(GL_SCISSOR_TEST);
-        p.gl.glScissor(30, 20, 11, 13);
+        p.gl.glScissor(56, 36, 32, 24);
         blit("all, scissored", 0, 0, kWidth, kHeight, 0, 0, kWidth, kHeight, GL_COLOR_BUFFER_BIT,
              GL_NEAREST);
         p.gl.glDisable(GL_SCISSOR_TEST);
         p.gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
         p.picture("blitted");
+        p.picture("scissored", 56, 36, 32, 24);
         blit("onto itself", 0, 0, 20, 20, 40, 40, 60, 60, GL_COLOR_BUFFER_BIT, GL_NEAREST);
         blit("over itself", 0, 0, 20, 20, 4, 4, 24, 24, GL_COLOR_BUFFER_BIT, GL_NEAREST);
         p.picture("onto itself");
