@@ -58,7 +58,7 @@ void ScaledGl::present(bool last) {
     static constexpr GLenum kColor[] = {GL_COLOR_ATTACHMENT0};
     static constexpr GLenum kWindows[] = {GL_DEPTH, GL_STENCIL, GL_COLOR};
     const Target& target = drawTarget();
-    const bool ends = last && target.surface->kind == SurfaceKind::Window;
+    const bool ends = last && target.surface->isSwapped();
     if (separateRead || readBound != 0) {
         gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kDrawn));
     }
@@ -66,11 +66,7 @@ void ScaledGl::present(bool last) {
         gl().glInvalidateFramebuffer(GL_READ_FRAMEBUFFER, 2, kAncillary);
     }
     gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
-    // Where contents count, the program may have told the driver which part it will draw.
-    if (ends) {
-        const int invalid = target.surface->contentsCount ? 2 : 3;
-        gl().glInvalidateFramebuffer(GL_DRAW_FRAMEBUFFER, invalid, kWindows);
-    }
+    if (ends) gl().glInvalidateFramebuffer(GL_DRAW_FRAMEBUFFER, 3, kWindows);
     drawWindowFrom(target, whole(target.scale.window), GL_COLOR_BUFFER_BIT);
     if (ends && !target.surface->contentsCount) {
         gl().glInvalidateFramebuffer(GL_READ_FRAMEBUFFER, 1, kColor);
@@ -131,9 +127,8 @@ void ScaledGl::copyToWindow(const Box& part, unsigned mask, GLenum filter) {
     gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
 }
 
-// Into what stands in for the window that is drawn to, which is bound afterwards,
-// as is what the program reads from. The scissor box does not matter: nothing
-// beyond it has changed, or it is off.
+// Into what stands in for the window that is drawn to, which is bound afterwards, as is
+// what the program reads from. Within the scissor box, which is the target's.
 void ScaledGl::copyFromWindow(const Target& target, const Box& part, unsigned mask) {
     static constexpr GLenum kColor = GL_COLOR_ATTACHMENT0;
     static constexpr GLenum kNone = GL_NONE;

@@ -46,10 +46,9 @@ void ScaledGl::bindScratch(int index) {
                                    window.height);
         gl().glBindRenderbuffer(GL_RENDERBUFFER, static_cast<GLuint>(bound));
         target.scratch = window;
-        attached[kScratch] = -1;
     }
-    if (attached[kScratch] == index) return;
-    attached[kScratch] = index;
+    if (attached[kScratch] == target.made) return;
+    attached[kScratch] = target.made;
     gl().glFramebufferRenderbuffer(GL_DRAW_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_RENDERBUFFER,
                                    group->nameOf(index, Target::kScratch));
 }

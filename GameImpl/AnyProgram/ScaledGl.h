@@ -223,8 +223,8 @@ private:
     Stand drawStand;
     Stand readStand;
     bool separateRead = false;
-    bool tried = false;  // bindings were changed to make a target
-    int attached[kOwnCount] = {-1, -1, -1};
+    bool tried = false;                 // bindings were changed to make a target
+    unsigned attached[kOwnCount] = {};  // images of which making; 0: none
 
     GLuint drawBound = 0;  // as the program named them
     GLuint readBound = 0;

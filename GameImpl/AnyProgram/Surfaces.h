@@ -27,6 +27,8 @@ struct Surface {
     bool contentsCount = false;   // of the past frame: preserved, or asked for their age
     bool singleBuffered = false;  // shown at a flush
     bool bufferingChanges = false;
+    // A frame ends with a swap.
+    bool isSwapped() const { return kind == SurfaceKind::Window && !singleBuffered; }
 
     // Why it is the driver's own, null where it is not; until its size or the factor
     // is another. Each reason is logged once.
@@ -56,6 +58,7 @@ struct Target {
     GLbitfield needed = 0;     // which buffers there are
     GLbitfield copied = 0;     // which of them blits between it and the window can copy
     Size scratch;
+    unsigned made = 0;  // of which of the group's makings its images are
 
     // Not where contexts of several groups would lose each other's contents.
     bool mayDraw() const { return !surface->manyGroups || copied == needed; }
@@ -74,6 +77,7 @@ struct ShareGroup {
     GLuint firstName = 0;   // of ours; 0: none are taken yet
     GLuint nameOffset = 0;  // the program's names are the driver's less this
     std::array<Target, kMostTargets> targets;
+    unsigned makings = 0;
     // Of those targets whose colours have ever been in one; else 0. The driver's next
     // names: each that is taken shifts those that the program gets afterwards.
     std::array<GLuint, kMostTargets> textures = {};

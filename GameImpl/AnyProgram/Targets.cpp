@@ -13,8 +13,9 @@ namespace android::any {
 namespace {
 
 // Not in the headers of every system.
-constexpr GLenum kFlipY = 0x8BBB;    // GL_FRAMEBUFFER_FLIP_Y_MESA
-constexpr GLenum kDepth32 = 0x81A7;  // GL_DEPTH_COMPONENT32_OES
+constexpr GLenum kFlipY = 0x8BBB;             // GL_FRAMEBUFFER_FLIP_Y_MESA
+constexpr GLenum kDepth32 = 0x81A7;           // GL_DEPTH_COMPONENT32_OES
+constexpr EGLint kProtectedContent = 0x32C0;  // EGL_PROTECTED_CONTENT_EXT
 constexpr GLenum kFloatComponents = GL_FLOAT;
 
 constexpr char kNoSize[] = "it has no size yet";
@@ -23,6 +24,7 @@ constexpr char kNothingAlike[] = "no framebuffer is like it";
 // disagree on what is read from samples, and depths that cannot be copied may be lost.
 constexpr char kExactAlone[] = "only the driver's own is the same";
 constexpr char kManyContexts[] = "several contexts draw to it, and depths cannot be copied";
+constexpr char kProtected[] = "what it shows is protected";
 constexpr char kNoMemory[] = "there is no memory for its images";
 
 constexpr GLuint kNamesOfNobody = 0xFFFFFE00;
@@ -134,6 +136,17 @@ void ScaledGl::learnContext() {
     takeNames();
 }
 
+namespace {
+
+// Drivers without protected contents do not know the question.
+bool isProtected(const Surface& surface, platform_impl_t& egl) {
+    EGLint value = EGL_FALSE;
+    egl.eglQuerySurface(surface.display, surface.handle, kProtectedContent, &value);
+    return value != EGL_FALSE;
+}
+
+}  // namespace
+
 Size ScaledGl::sizeOf(const Surface& surface) {
     Size size;
     platform_impl_t* egl = getEGLPlatformImpl();
@@ -186,6 +199,7 @@ const char* ScaledGl::describeWindow(Target& target, GLenum side) {
 
 void ScaledGl::allocate(int index) {
     Target& target = group->targets[index];
+    target.made = ++group->makings;
     GLint bound = 0;
     gl().glGetIntegerv(GL_RENDERBUFFER_BINDING, &bound);
     const auto image = [&](Target::Image which, GLenum format) {
@@ -209,9 +223,9 @@ void ScaledGl::allocate(int index) {
 // Leaves the framebuffer bound for drawing.
 void ScaledGl::attach(int index, OwnFramebuffer framebuffer) {
     gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, own(framebuffer));
-    if (attached[framebuffer] == index) return;
-    attached[framebuffer] = index;
     const Target& target = group->targets[index];
+    if (attached[framebuffer] == target.made) return;
+    attached[framebuffer] = target.made;
     const auto put = [&](GLenum attachment, GLuint name) {
         gl().glFramebufferRenderbuffer(GL_DRAW_FRAMEBUFFER, attachment, GL_RENDERBUFFER, name);
     };
@@ -297,13 +311,11 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
         allocate(index);
         if (errors.failed()) return kNoMemory;
     }
-    attached[framebuffer] = -1;
     attach(index, framebuffer);
     if (!isLikeTheWindow(framebuffer)) {
         if (!target.hasTexture || target.samples > 0) return kNothingAlike;
         target.textureRefused = true;
         allocate(index);
-        attached[framebuffer] = -1;
         attach(index, framebuffer);
         if (errors.failed() || !isLikeTheWindow(framebuffer)) return kNothingAlike;
     }
@@ -312,6 +324,7 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
     if (!learnCopies(target, errors)) return kManyContexts;
     if (target.copied != target.needed && target.scale.isIdentity()) return kExactAlone;
     takeOverWindow(index);
+    if (target.samples > 0 && !painter.serves(Filter::Bilinear)) return "it cannot be drawn to";
     return errors.failed() ? "it cannot be copied" : nullptr;
 }
 
@@ -324,7 +337,8 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
                                    [&](const Target& t) { return t.surface == surface; });
     const bool known = same != targets.end();
     if (!known) activation->refresh();
-    Size window = sizeOf(*surface);
+    const bool mayScale = known || !isProtected(*surface, *getEGLPlatformImpl());
+    Size window = sizeOf(*surface);  // also makes the last EGL call a good one
     const bool hasSize = window.width > 0 && window.height > 0;
     if (known && !hasSize) window = same->scale.window;
     const Scale scale{window, scaledBy(window, activation->percent())};
@@ -337,6 +351,7 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
     tried = true;
     const int index = known ? static_cast<int>(same - targets.begin()) : freeTarget();
     const char* why = index < 0 ? "the process has too many windows" : nullptr;
+    if (!mayScale) why = kProtected;
     if (why == nullptr) {
         Target& target = targets[index];
         const bool fits =
@@ -344,7 +359,10 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
         const bool holds = known && surface->holder.lock() == group;
         gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
         if (!fits) {
-            if (!known) target.textureRefused = false;
+            if (!known) {
+                target.textureRefused = false;
+                target.scratch = {};
+            }
             target.surface = surface;
             target.scale = scale;
             why = build(index, framebuffer);
@@ -361,7 +379,6 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
     surface->refusal = why;
     if (why == nullptr) return index;
     surface->refusedScale = scale;
-    attached[framebuffer] = -1;
     if (why != surface->loggedRefusal && why != kExactAlone) {
         HOOK_LOG(ERROR, "a window of %d x %d is not scaled: %s", window.width, window.height, why);
     }

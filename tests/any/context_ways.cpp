@@ -18,8 +18,13 @@ void makesCurrentEveryFrame(Player& p) {
 
 void sharesASurface(Player& p, a::EGLContext shared) {
     const a::EGLContext second = p.newContext(shared);
+    const a::EGLSurface other = p.newSurface(8, 8);
     p.fill(0, 0, kWidth, kHeight, 1, 0, 0);
     p.scene(1);
+    p.use(nullptr, nullptr, nullptr);
+    p.note("refused", p.use(p.surface, nullptr, second));
+    p.note("none is current", p.egl.eglGetCurrentContext() == nullptr);
+    p.use(other, other, p.context);
     p.use(p.surface, p.surface, second);
     p.asks("second", {GL_VIEWPORT, GL_SCISSOR_BOX, GL_FRAMEBUFFER_BINDING});
     p.picture("of the first");
@@ -37,6 +42,9 @@ void sharesASurface(Player& p, a::EGLContext shared) {
     unsigned name = 0;
     p.gl.glGenRenderbuffers(1, &name);
     p.note("name", name);
+    p.fill(0, 0, kWidth, kHeight, 0, 1, 0);
+    p.picture("after a swap of the other");
+    p.swap();
 }
 
 void sharesItWithinAGroup(Player& p) { sharesASurface(p, p.context); }
@@ -236,6 +244,7 @@ void terminatesWhileCurrent(Player& p) {
 const std::vector<Way> kContextWays = {
     {"MakesCurrentEveryFrame", {}, makesCurrentEveryFrame, 8},
     {"SharesASurfaceWithinAGroup", {}, sharesItWithinAGroup, 14},
+    {"SharesSamplesWithinAGroup", {8, 8, 8, 8, 24, 8, 4}, sharesItWithinAGroup, 18},
     {"SharesASurfaceBetweenGroups", {}, sharesItBetweenGroups, 14},
     {"DrawsHereReadsThere", {}, drawsHereReadsThere, 14},
     {"DrawsSamplesReadsThere", {8, 8, 8, 8, 24, 8, 4}, drawsHereReadsThere, 14},
