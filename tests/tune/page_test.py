@@ -4,7 +4,6 @@ desktop, on a phone, without JavaScript, and on paper.
 import base64
 import dataclasses
 import subprocess
-import tempfile
 import unittest
 from pathlib import Path
 from typing import Any
@@ -13,6 +12,7 @@ import numpy as np
 from PIL import Image
 from selenium.webdriver.common.by import By
 
+from tests.support.folder import InFolder
 from tests.tune.browser import Browser
 from tools.tune import page
 from tools.tune import settings as s
@@ -39,16 +39,12 @@ return marks.filter(m => m.offsetParent).map(m => {
           own.width / all.width, own.height / all.height]; })"""
 
 
-class Pages(unittest.TestCase):
+class Pages(InFolder):
     """One page for each state, with pictures of noise."""
-
-    folder: Path
 
     @classmethod
     def setUpClass(cls) -> None:
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.folder = Path(folder.name)
+        super().setUpClass()
         random = np.random.default_rng(1)
         for name in ("native", "75-bilinear", "75-sharp", "50-bilinear", "50-sharp", "75"):
             for frame in (5, 9):

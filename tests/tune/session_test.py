@@ -11,7 +11,6 @@ import shutil
 import signal
 import subprocess
 import sys
-import tempfile
 import unittest
 from pathlib import Path
 from statistics import median
@@ -19,6 +18,7 @@ from typing import Any
 
 from selenium.webdriver.common.by import By
 
+from tests.support.folder import InFolder
 from tests.support.rig import need_rig
 from tests.tune.browser import Browser
 from tools.tune.options import EXIT_OFF
@@ -27,15 +27,7 @@ TOOL = (sys.executable, "-m", "tools.tune")
 BUILD = PROBE = ""
 
 
-class Session(unittest.TestCase):
-    folder: Path
-
-    @classmethod
-    def setUpClass(cls) -> None:
-        folder = tempfile.TemporaryDirectory()
-        cls.addClassCleanup(folder.cleanup)
-        cls.folder = Path(folder.name)
-
+class Session(InFolder):
     def start(self, out: str, *arguments: str | Path) -> subprocess.Popen[str]:
         environment = {**os.environ, "XDG_CONFIG_HOME": str(self.folder)}
         return subprocess.Popen(
