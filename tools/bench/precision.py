@@ -20,7 +20,8 @@ def _normalised(kind: type[np.floating[Any]]) -> Values:
 def _in_pixels(kind: type[np.floating[Any]]) -> Values:
     """The filters: a place in the target's pixels, and a sample at 1 / size of it."""
     at = (PLACES * TARGET).astype(kind)
-    return (at * kind(1 / TARGET)).astype(np.float64)
+    read: Values = (at * kind(1 / TARGET)).astype(np.float64)
+    return read
 
 
 def errors() -> list[dict[str, Any]]:
