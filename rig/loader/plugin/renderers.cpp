@@ -83,6 +83,9 @@ void observeAny(const android::Impl& bound, PluginState& state) {
 }
 
 std::string whyAnyDoesNotScale(const PluginState& s) {
+    if (!s.redirected && s.factor == kFullSize) {
+        return "the window is the driver's own, as nothing is to be scaled (--set FB0Factor=75)";
+    }
     if (!s.redirected) return "the window is the driver's own (the plug-in's log says why)";
     const bool full = s.render.width == s.window.width && s.render.height == s.window.height;
     return full ? "it draws at the window's size (--set FB0Factor=75)" : "";
