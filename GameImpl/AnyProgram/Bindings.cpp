@@ -29,9 +29,12 @@ void ScaledGl::bindRead() {
                            windowIsRead() ? readFramebuffer() : driverFramebuffer(readBound));
 }
 
-// Boxes count for the window in other pixels than for the program's framebuffers.
+// Boxes count for the window in other pixels than for the program's framebuffers, and alpha
+// may count for these alone.
 void ScaledGl::drawnFramebufferChanged() {
-    if (drawStand.exists() && !scale().isIdentity()) applyCoordinates();
+    if (!drawStand.exists() || scale().isIdentity()) return;
+    applyCoordinates();
+    if (drawTarget().hidesAlpha) applyColorMask();
 }
 
 void ScaledGl::glBindFramebuffer(unsigned target, unsigned name) {

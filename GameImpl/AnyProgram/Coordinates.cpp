@@ -18,6 +18,10 @@ void copyBox(T (&to)[4], const T* from) {
     std::copy(from, from + 4, to);
 }
 
+GLbitfield keptInTiles(GLbitfield kept, bool hidesAlpha) {
+    return hidesAlpha ? kept | GL_COLOR_BUFFER_BIT0_QCOM : kept;
+}
+
 }  // namespace
 
 void ScaledGl::applyCoordinates() {
@@ -111,7 +115,11 @@ void ScaledGl::glStartTilingQCOM(GLuint x, GLuint y, GLuint width, GLuint height
         width = static_cast<GLuint>(box.width + 2);
         height = static_cast<GLuint>(box.height + 2);
     }
-    gl().glStartTilingQCOM(x, y, width, height, kept);
+    gl().glStartTilingQCOM(x, y, width, height, keptInTiles(kept, alphaIsHidden()));
+}
+
+void ScaledGl::glEndTilingQCOM(GLbitfield kept) {
+    gl().glEndTilingQCOM(keptInTiles(kept, alphaIsHidden()));
 }
 
 // Boxes set by their index. False where the driver is to have them as they are,

@@ -121,19 +121,24 @@ void ScaledGl::glReadBufferIndexedEXT(GLenum source, GLint index) {
     gl().glReadBufferIndexedEXT(source, index);
 }
 
-// False where the driver is to say what is wrong, or where there is nothing to
-// translate.
-bool ScaledGl::translateAttachments(int n, const unsigned* attachments, unsigned* own) const {
-    if (n <= 0 || n > kMostAttachments) return false;
-    std::transform(attachments, attachments + n, own, ownAttachment);
-    return std::find(own, own + n, 0u) == own + n;
+// -1 where the driver is to say what is wrong, or where there is nothing to translate.
+// Colours with hidden alpha are left out: it must stay what it is.
+int ScaledGl::translateAttachments(int sides, int n, const unsigned* attachments,
+                                   unsigned* own) const {
+    if (sides == kNoSide || n <= 0 || n > kMostAttachments) return -1;
+    unsigned* end = std::transform(attachments, attachments + n, own, ownAttachment);
+    if (std::find(own, end, 0u) != end) return -1;
+    const Target& target = sides == kReadSide ? readTarget() : drawTarget();
+    if (target.hidesAlpha) end = std::remove(own, end, unsigned{GL_COLOR_ATTACHMENT0});
+    return static_cast<int>(end - own);
 }
 
 void ScaledGl::glInvalidateFramebuffer(GLenum target, GLsizei n, const GLenum* attachments) {
     const int sides = windowSides(target);
     unsigned own[kMostAttachments] = {};
-    if (sides != kNoSide && translateAttachments(n, attachments, own)) {
-        gl().glInvalidateFramebuffer(target, n, own);
+    const int count = translateAttachments(sides, n, attachments, own);
+    if (count >= 0) {
+        gl().glInvalidateFramebuffer(target, count, own);
         return;
     }
     const WindowBound window(*this, sides);
@@ -143,8 +148,9 @@ void ScaledGl::glInvalidateFramebuffer(GLenum target, GLsizei n, const GLenum* a
 void ScaledGl::glDiscardFramebufferEXT(GLenum target, GLsizei n, const GLenum* attachments) {
     const int sides = windowSides(target);
     unsigned own[kMostAttachments] = {};
-    if (sides != kNoSide && translateAttachments(n, attachments, own)) {
-        gl().glDiscardFramebufferEXT(target, n, own);
+    const int count = translateAttachments(sides, n, attachments, own);
+    if (count >= 0) {
+        gl().glDiscardFramebufferEXT(target, count, own);
         return;
     }
     const WindowBound window(*this, sides);
@@ -156,14 +162,14 @@ void ScaledGl::glInvalidateSubFramebuffer(GLenum target, GLsizei n, const GLenum
                                           GLint x, GLint y, GLsizei width, GLsizei height) {
     const int sides = windowSides(target);
     unsigned own[kMostAttachments] = {};
-    if (sides != kNoSide && width >= 0 && height >= 0 &&
-        translateAttachments(n, attachments, own)) {
+    const int count = translateAttachments(sides, n, attachments, own);
+    if (count >= 0 && width >= 0 && height >= 0) {
         const Scale& s = sides == kReadSide ? readTarget().scale : scale();
         Box box = s.box({x, y, width, height});
         if (!s.isIdentity()) {
             box = {box.x + 1, box.y + 1, std::max(box.width - 2, 0), std::max(box.height - 2, 0)};
         }
-        gl().glInvalidateSubFramebuffer(target, n, own, box.x, box.y, box.width, box.height);
+        gl().glInvalidateSubFramebuffer(target, count, own, box.x, box.y, box.width, box.height);
         return;
     }
     const WindowBound window(*this, sides);

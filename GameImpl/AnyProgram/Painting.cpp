@@ -85,20 +85,35 @@ bool ScaledGl::wantsPainting(const Target& target) const {
 // The window is bound for drawing, the scissor box set, and no condition of rendering is
 // in force. False where it is left to a blit.
 bool ScaledGl::paintWindowFrom(const Target& target) {
-    return (target.samples > 0 || painter.mayPaint(gl())) && paint(target, target.scale.window);
+    return (target.samples > 0 || painter.mayPaint(gl())) &&
+           paint(pictureOf(target), target.scale.window, activation->filterChoice());
 }
 
-// What the texture holds over all of the bound framebuffer, which has this size.
-bool ScaledGl::paint(const Target& target, const Size& size) {
-    const WindowPainter::Picture picture{textureOf(indexOf(target)), target.scale.target.width,
-                                         target.scale.target.height, setFlip != nullptr,
-                                         hasAlpha(target.colorFormat)};
+// What the target's texture holds.
+WindowPainter::Picture ScaledGl::pictureOf(const Target& target) const {
+    return {textureOf(indexOf(target)), target.scale.target.width, target.scale.target.height,
+            setFlip != nullptr, hasAlpha(target.colorFormat) && !target.hidesAlpha};
+}
+
+// Over all of the bound framebuffer, which has this size.
+bool ScaledGl::paint(const WindowPainter::Picture& picture, const Size& size,
+                     const FilterChoice& choice) {
     const ErrorsKept errors(*this);
     gl().glViewport(0, 0, size.width, size.height);
-    const bool painted =
-        painter.paint(gl(), picture, size.width, size.height, activation->filterChoice());
+    const bool painted = painter.paint(gl(), picture, size.width, size.height, choice);
     applyViewport();
     return painted;
+}
+
+// In the target's texture, which has to be allocated again. The window is bound for reading.
+WindowPainter::Picture ScaledGl::copyToTexture(int index) {
+    const Size& window = group->targets[index].scale.window;
+    GLint bound = 0;
+    gl().glGetIntegerv(GL_TEXTURE_BINDING_2D, &bound);
+    gl().glBindTexture(GL_TEXTURE_2D, textureOf(index));
+    gl().glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, 0, 0, window.width, window.height, 0);
+    gl().glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(bound));
+    return {textureOf(index), window.width, window.height, false, false};
 }
 
 }  // namespace android::any

@@ -56,6 +56,26 @@ WindowToRead::WindowToRead(ScaledGl& context, const Box& part, unsigned mask, GL
                               mask, filter);                                                     \
     gl().call;
 
+// What is read in place of the window has alpha that the window has not.
+bool ScaledGl::copyHasAlpha() const {
+    return windowIsRead() && readTarget().hidesAlpha && (separateRead || readTarget().samples > 0);
+}
+
+// So the driver is to copy from the window first: which formats go together is for that to say.
+// False where it refused.
+template <class Call>
+bool ScaledGl::windowAllows(Call call) {
+    if (!copyHasAlpha()) return true;
+    const ErrorsKept errors(*this);
+    {
+        const WindowBound window(*this, kReadSide);
+        call();
+    }
+    const GLenum error = errors.error();
+    errors.hand(error);
+    return error == GL_NO_ERROR;
+}
+
 void ScaledGl::glReadPixels(GLint x, GLint y, GLsizei width, GLsizei height, GLenum format,
                             GLenum type, void* pixels){
     READ_WINDOW(buffersOf(format), GL_NEAREST,
@@ -68,29 +88,36 @@ void ScaledGl::glReadPixels(GLint x, GLint y, GLsizei width, GLsizei height, GLe
     }
 READ_N_PIXELS(glReadnPixels) READ_N_PIXELS(glReadnPixelsEXT) READ_N_PIXELS(glReadnPixelsKHR)
 
+#define COPY_WINDOW(call)                          \
+    if (!windowAllows([&] { gl().call; })) return; \
+    READ_WINDOW(GL_COLOR_BUFFER_BIT, GL_LINEAR, call)
+
     void ScaledGl::glCopyTexImage2D(GLenum target, GLint level, GLenum format, GLint x, GLint y,
                                     GLsizei width, GLsizei height, GLint border) {
+    if (copyHasAlpha()) {  // the image is made as from the window, and filled again
+        const bool made = windowAllows(
+            [&] { gl().glCopyTexImage2D(target, level, format, x, y, width, height, border); });
+        if (made) glCopyTexSubImage2D(target, level, 0, 0, x, y, width, height);
+        return;
+    }
     READ_WINDOW(GL_COLOR_BUFFER_BIT, GL_LINEAR,
                 glCopyTexImage2D(target, level, format, x, y, width, height, border))
 }
 
 void ScaledGl::glCopyTexSubImage2D(GLenum target, GLint level, GLint drawnX, GLint drawnY, GLint x,
                                    GLint y, GLsizei width, GLsizei height) {
-    READ_WINDOW(GL_COLOR_BUFFER_BIT, GL_LINEAR,
-                glCopyTexSubImage2D(target, level, drawnX, drawnY, x, y, width, height))
+    COPY_WINDOW(glCopyTexSubImage2D(target, level, drawnX, drawnY, x, y, width, height))
 }
 
 void ScaledGl::glCopyTexSubImage3D(GLenum target, GLint level, GLint drawnX, GLint drawnY,
                                    GLint layer, GLint x, GLint y, GLsizei width, GLsizei height) {
-    READ_WINDOW(GL_COLOR_BUFFER_BIT, GL_LINEAR,
-                glCopyTexSubImage3D(target, level, drawnX, drawnY, layer, x, y, width, height))
+    COPY_WINDOW(glCopyTexSubImage3D(target, level, drawnX, drawnY, layer, x, y, width, height))
 }
 
 void ScaledGl::glCopyTexSubImage3DOES(GLenum target, GLint level, GLint drawnX, GLint drawnY,
                                       GLint layer, GLint x, GLint y, GLsizei width,
                                       GLsizei height) {
-    READ_WINDOW(GL_COLOR_BUFFER_BIT, GL_LINEAR,
-                glCopyTexSubImage3DOES(target, level, drawnX, drawnY, layer, x, y, width, height))
+    COPY_WINDOW(glCopyTexSubImage3DOES(target, level, drawnX, drawnY, layer, x, y, width, height))
 }
 
 // Into the window goes straight into the target, with scaled edges. What the
@@ -131,13 +158,17 @@ void ScaledGl::blit(const int (&source)[4], const int (&drawn)[4], unsigned mask
     const bool sameSize =
         length(source, 0) == length(drawn, 0) && length(source, 1) == length(drawn, 1);
     const int scaled[] = {s.x(drawn[0]), s.y(drawn[1]), s.x(drawn[2]), s.y(drawn[3])};
+    const auto passScaled = [&] {
+        pass(scaled);
+        if (drawTarget().hidesAlpha && (mask & GL_COLOR_BUFFER_BIT) != 0) makeOpaque(drawTarget());
+    };
     if (fromWindow && separateRead) {
         const WindowToRead window(*this, {}, mask, GL_LINEAR);
-        pass(scaled);
+        passScaled();
         return;
     }
     if (!fromWindow && (s.isIdentity() || !sameSize || !readsSamples())) {
-        pass(scaled);
+        passScaled();
         return;
     }
     const Box part = clipped(drawn[0], drawn[1], drawn[2], drawn[3], s.window);

@@ -17,28 +17,6 @@ void ScaledGl::setCopyScissor(const Box& box) {
     }
 }
 
-namespace {
-
-// No condition of the program's, as long as it lives.
-class Unconditional {
-public:
-    Unconditional(const gl_hooks_t::gl_t& table, GLuint suspended, GLenum conditionMode)
-        : gl(table), query(suspended), mode(conditionMode) {
-        if (query != 0) gl.glEndConditionalRenderNV();
-    }
-    ~Unconditional() {
-        if (query != 0) gl.glBeginConditionalRenderNV(query, mode);
-    }
-    Unconditional(const Unconditional&) = delete;
-
-private:
-    const gl_hooks_t::gl_t& gl;
-    const GLuint query;
-    const GLenum mode;
-};
-
-}  // namespace
-
 void ScaledGl::copyImages(const Box& from, const Box& to, unsigned mask, GLenum filter) {
     const bool sameSize = from.width == to.width && from.height == to.height;
     const auto copy = [&](unsigned part, GLenum stretched) {
@@ -68,7 +46,7 @@ void ScaledGl::present(bool last) {
     gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
     if (ends) gl().glInvalidateFramebuffer(GL_DRAW_FRAMEBUFFER, 3, kWindows);
     drawWindowFrom(target, whole(target.scale.window), GL_COLOR_BUFFER_BIT);
-    if (ends && !target.surface->contentsCount) {
+    if (ends && !target.surface->contentsCount && !target.hidesAlpha) {
         gl().glInvalidateFramebuffer(GL_READ_FRAMEBUFFER, 1, kColor);
     }
     bindDraw();

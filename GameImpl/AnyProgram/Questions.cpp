@@ -69,6 +69,9 @@ void ScaledGl::get(unsigned name, T* values, void (*ask)(unsigned, T*)) {
         case GL_SCISSOR_BOX:
             if (getBox(name, 0, values)) return;
             break;
+        case GL_COLOR_WRITEMASK:
+            if (getColorMask(values)) return;
+            break;
         case GL_LINE_WIDTH:
             if (!coordinatesAreScaled()) break;
             *values = fromFloat<T>(coordinates.lineWidth);
@@ -106,6 +109,14 @@ bool ScaledGl::getBox(unsigned name, unsigned index, T* values) {
     return true;
 }
 
+// False where the driver has the mask as the program set it.
+template <class T>
+bool ScaledGl::getColorMask(T* values) const {
+    if (!alphaIsHidden()) return false;
+    for (int i = 0; i < 4; ++i) values[i] = as<T>(colorMask[i]);
+    return true;
+}
+
 #define GET(entry, type) \
     void ScaledGl::entry(GLenum name, type* values) { get(name, values, gl().entry); }
 GET(glGetBooleanv, GLboolean)
@@ -118,6 +129,8 @@ GET(glGetInteger64vAPPLE, GLint64)
     void ScaledGl::entry(GLenum name, GLuint index, type* values) {            \
         const bool isBox = name == GL_VIEWPORT || name == GL_SCISSOR_BOX;      \
         if (isBox && hasViewportArrays && getBox(name, index, values)) return; \
+        const bool isMask = name == GL_COLOR_WRITEMASK && index == 0;          \
+        if (isMask && setFirstMask != nullptr && getColorMask(values)) return; \
         gl().entry(name, index, values);                                       \
     }
 GET_INDEXED(glGetBooleani_v, GLboolean)

@@ -74,11 +74,8 @@ void ScaledGl::copyToScratch(GLenum filter) {
     if (scaled) gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(kScratch));
 }
 
-// What the window has held is drawn, since blits cannot draw to samples either. Its
-// depths are lost.
-void ScaledGl::takeOverSamples(int index) {
-    static constexpr GLenum kColor = GL_COLOR_ATTACHMENT0;
-    static constexpr GLenum kNone = GL_NONE;
+// Into the target's texture.
+void ScaledGl::resolveWindow(int index) {
     const Target& target = group->targets[index];
     const Box window = whole(target.scale.window);
     bindScratch(index);
@@ -89,10 +86,27 @@ void ScaledGl::takeOverSamples(int index) {
     attach(index, kResolved);
     setCopyScissor(whole(target.scale.target));
     copyImages(window, whole(target.scale.target), GL_COLOR_BUFFER_BIT);
+}
+
+// What the window has held is drawn, since blits cannot draw to samples either. Its
+// depths are lost.
+void ScaledGl::takeOverSamples(int index) {
+    static constexpr GLenum kColor = GL_COLOR_ATTACHMENT0;
+    static constexpr GLenum kNone = GL_NONE;
+    const Target& target = group->targets[index];
+    WindowPainter::Picture picture = pictureOf(target);
+    if (target.hidesAlpha) {  // samples are resolved to images of their own format alone
+        gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+        picture = copyToTexture(index);
+        setCopyScissor(whole(target.scale.target));
+    } else {
+        resolveWindow(index);
+    }
     gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, own(kDrawn));
     if (drawnToNone) gl().glDrawBuffers(1, &kColor);
-    paint(target, target.scale.target);
+    paint(picture, target.scale.target, {});
     if (drawnToNone) gl().glDrawBuffers(1, &kNone);
+    if (target.hidesAlpha) allocateTexture(index);
     bindRead();
     applyScissor();
 }

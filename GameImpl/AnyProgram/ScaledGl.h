@@ -116,6 +116,7 @@ private:
 
     // Coordinates.
     bool coordinatesAreScaled() const { return windowIsDrawn() && !scale().isIdentity(); }
+    bool alphaIsHidden() const { return windowIsDrawn() && drawTarget().hidesAlpha; }
     void applyCoordinates();
     void applyViewport();
     void applyScissor();
@@ -127,21 +128,32 @@ private:
     bool keepViewports(unsigned first, int count, const float* boxes);
     bool keepScissors(unsigned first, int count, const int* boxes);
 
+    // Alpha that the window has not.
+    void learnColorMask();
+    void keepColorMask(GLboolean red, GLboolean green, GLboolean blue, GLboolean alpha);
+    void setColorMask(GLboolean red, GLboolean green, GLboolean blue, GLboolean alpha);
+    void applyColorMask();
+    void makeOpaque(const Target& target);
+
     // The window's state.
     int sideAsked(unsigned name) const;
     template <class T>
     void get(unsigned name, T* values, void (*ask)(unsigned, T*));
     template <class T>
     bool getBox(unsigned name, unsigned index, T* values);
+    template <class T>
+    bool getColorMask(T* values) const;
     void setDrawBuffers(int n, const unsigned* buffers, void (*set)(int, const unsigned*));
     void chooseDrawBuffer();
-    bool translateAttachments(int n, const unsigned* attachments, unsigned* own) const;
+    int translateAttachments(int sides, int n, const unsigned* attachments, unsigned* own) const;
 
     // Pixels.
     void setCopyScissor(const Box& box);
     bool wantsPainting(const Target& target) const;
     bool paintWindowFrom(const Target& target);
-    bool paint(const Target& target, const Size& size);
+    WindowPainter::Picture pictureOf(const Target& target) const;
+    bool paint(const WindowPainter::Picture& picture, const Size& size, const FilterChoice& choice);
+    WindowPainter::Picture copyToTexture(int index);
     void copyImages(const Box& from, const Box& to, unsigned mask, GLenum filter = GL_LINEAR);
     void drawWindowFrom(const Target& target, const Box& part, unsigned mask,
                         GLenum filter = GL_LINEAR);
@@ -149,6 +161,7 @@ private:
     void copyToScratch(GLenum filter);
     void bindScratch(int index);
     void resolve(int index, GLuint from);
+    void resolveWindow(int index);
     void takeOverSamples(int index);
     void copyFromWindow(const Target& target, const Box& part, unsigned mask);
     void takeOverWindow(int index);
@@ -158,6 +171,9 @@ private:
     void blit(const int (&source)[4], const int (&drawn)[4], unsigned mask, unsigned filter,
               decltype(gl_hooks_t::gl_t::glBlitFramebuffer) call);
     bool readsSamples();
+    bool copyHasAlpha() const;
+    template <class Call>
+    bool windowAllows(Call call);
 
     // Shaders.
     const char* scalePrecision(GLenum kind);
@@ -198,7 +214,7 @@ private:
     bool allocateTexture(int index);
     void attach(int index, OwnFramebuffer framebuffer);
     void release(int index);
-    bool isLikeTheWindow(OwnFramebuffer framebuffer);
+    bool isLikeTheWindow(const Target& target, OwnFramebuffer framebuffer);
     Size sizeOf(const Surface& surface);
     void windowMayHaveChanged(const Box& viewport);
     void learnBuffering();
@@ -232,6 +248,10 @@ private:
     GLuint conditionalQuery = 0;
     GLenum conditionalMode = 0;
     GLenum keptError = 0;
+    bool discards = false;        // GL_RASTERIZER_DISCARD
+    bool keepsColorMask = false;  // false: the driver has the program's
+    GLboolean colorMask[4] = {GL_TRUE, GL_TRUE, GL_TRUE, GL_TRUE};  // of draw buffer 0
+    void (*setFirstMask)(GLuint, GLboolean, GLboolean, GLboolean, GLboolean) = nullptr;
     GLuint usedProgram = 0;
     const AddedUniforms* usedUniforms = nullptr;  // of that program
 

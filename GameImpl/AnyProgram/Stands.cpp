@@ -71,6 +71,8 @@ void ScaledGl::bindStands(bool drewOwn) {
     }
     bindDraw();
     bindRead();
+    if (drawStand.exists() && drawTarget().hidesAlpha) learnColorMask();
+    if (keepsColorMask) applyColorMask();
 }
 
 void ScaledGl::beforeLeaving() {

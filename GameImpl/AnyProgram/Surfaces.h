@@ -50,6 +50,7 @@ struct Target {
     std::shared_ptr<Surface> surface;  // null: free
     Scale scale;
     GLenum colorFormat = 0;
+    bool hidesAlpha = false;  // which the window has not: it is always 1. Only of another size
     bool hasTexture = false;  // its colours are in a texture, as filters need them
     bool textureRefused = false;
     GLenum depthFormat = 0;    // 0: none

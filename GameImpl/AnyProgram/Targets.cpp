@@ -21,11 +21,13 @@ constexpr GLenum kFloatComponents = GL_FLOAT;
 constexpr char kNoSize[] = "it has no size yet";
 constexpr char kNothingAlike[] = "no framebuffer is like it";
 // Nothing has to be scaled, and programs might notice what stands in for it: drivers
-// disagree on what is read from samples, and depths that cannot be copied may be lost.
+// disagree on what is read from samples, blending by alpha is rounded otherwise where there
+// is some, and depths that cannot be copied may be lost.
 constexpr char kExactAlone[] = "only the driver's own is the same";
 constexpr char kManyContexts[] = "several contexts draw to it, and depths cannot be copied";
 constexpr char kProtected[] = "what it shows is protected";
 constexpr char kNoMemory[] = "there is no memory for its images";
+constexpr char kNoSuchImages[] = "the driver makes no images of its format";
 
 constexpr GLuint kNamesOfNobody = 0xFFFFFE00;
 
@@ -34,14 +36,21 @@ struct ColorFormat {
     GLenum encoding;
     bool isFloat;
     GLenum format;
+    bool hidesAlpha = false;  // of the image; none without alpha can be drawn to
 };
 
 constexpr ColorFormat kColorFormats[] = {
-    {8, 8, 8, 8, GL_LINEAR, false, GL_RGBA8},       {8, 8, 8, 0, GL_LINEAR, false, GL_RGB8},
-    {8, 8, 8, 8, GL_SRGB, false, GL_SRGB8_ALPHA8},  {5, 6, 5, 0, GL_LINEAR, false, GL_RGB565},
-    {5, 5, 5, 1, GL_LINEAR, false, GL_RGB5_A1},     {4, 4, 4, 4, GL_LINEAR, false, GL_RGBA4},
-    {10, 10, 10, 2, GL_LINEAR, false, GL_RGB10_A2}, {16, 16, 16, 16, GL_LINEAR, true, GL_RGBA16F},
+    {8, 8, 8, 8, GL_LINEAR, false, GL_RGBA8},
+    {8, 8, 8, 0, GL_LINEAR, false, GL_RGB8},
+    {8, 8, 8, 8, GL_SRGB, false, GL_SRGB8_ALPHA8},
+    {5, 6, 5, 0, GL_LINEAR, false, GL_RGB565},
+    {5, 5, 5, 1, GL_LINEAR, false, GL_RGB5_A1},
+    {4, 4, 4, 4, GL_LINEAR, false, GL_RGBA4},
+    {10, 10, 10, 2, GL_LINEAR, false, GL_RGB10_A2},
+    {16, 16, 16, 16, GL_LINEAR, true, GL_RGBA16F},
     {16, 16, 16, 0, GL_LINEAR, true, GL_RGB16F},
+    {10, 10, 10, 0, GL_LINEAR, false, GL_RGB10_A2, true},
+    {8, 8, 8, 0, GL_SRGB, false, GL_SRGB8_ALPHA8, true},
 };
 
 struct DepthFormat {
@@ -68,6 +77,8 @@ bool hasStencil(GLenum depthFormat) {
 
 constexpr GLenum kSizes[] = {GL_RED_BITS,   GL_GREEN_BITS,   GL_BLUE_BITS, GL_ALPHA_BITS,
                              GL_DEPTH_BITS, GL_STENCIL_BITS, GL_SAMPLES};
+constexpr size_t kAlphaSize = 3;
+static_assert(kSizes[kAlphaSize] == GL_ALPHA_BITS);
 
 template <size_t N>
 bool isContiguous(const GLuint (&names)[N], GLuint first) {
@@ -191,6 +202,7 @@ const char* ScaledGl::describeWindow(Target& target, GLenum side) {
         });
     if (found == std::end(kDepthFormats)) return "there is no image of its depth format";
     target.colorFormat = color->format;
+    target.hidesAlpha = color->hidesAlpha;
     target.depthFormat = found->format;
     target.stencilFormat = found->stencilFormat;
     target.samples = samplesOf(*target.surface, side);
@@ -250,7 +262,7 @@ void ScaledGl::attach(int index, OwnFramebuffer framebuffer) {
 
 // Whether the framebuffer, bound for drawing, is complete and answers as the
 // window does, where that is drawn to as well.
-bool ScaledGl::isLikeTheWindow(OwnFramebuffer framebuffer) {
+bool ScaledGl::isLikeTheWindow(const Target& target, OwnFramebuffer framebuffer) {
     if (gl().glCheckFramebufferStatus(GL_DRAW_FRAMEBUFFER) != GL_FRAMEBUFFER_COMPLETE) return false;
     if (framebuffer == kReadFrom) return true;
     constexpr size_t kCount = std::size(kSizes);
@@ -263,6 +275,7 @@ bool ScaledGl::isLikeTheWindow(OwnFramebuffer framebuffer) {
     gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
     ask(windows);
     gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, own(framebuffer));
+    if (target.hidesAlpha) ours[kAlphaSize] = 0;
     return std::equal(ours, ours + kCount, windows);
 }
 
@@ -301,24 +314,26 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
     gl().glBindFramebuffer(side, 0);
     if (const char* why = describeWindow(target, side)) return why;
     if (errors.failed()) return "its format cannot be asked for";
-    if (target.samples > 0 && target.scale.isIdentity()) return kExactAlone;
+    if ((target.samples > 0 || target.hidesAlpha) && target.scale.isIdentity()) return kExactAlone;
     allocate(index);
-    if (errors.failed()) {
-        // Few drivers have the first, which their windows may have. The other is no
-        // coarser than what depths are computed with.
-        if (target.depthFormat != kDepth32) return kNoMemory;
+    GLenum error = errors.error();
+    if (error != GL_NO_ERROR && target.depthFormat == kDepth32) {
+        // Few drivers have it, which their windows may have. The other is no coarser than
+        // what depths are computed with.
         target.depthFormat = GL_DEPTH_COMPONENT32F;
         allocate(index);
-        if (errors.failed()) return kNoMemory;
+        error = errors.error();
     }
+    if (error != GL_NO_ERROR) return error == GL_OUT_OF_MEMORY ? kNoMemory : kNoSuchImages;
     attach(index, framebuffer);
-    if (!isLikeTheWindow(framebuffer)) {
+    if (!isLikeTheWindow(target, framebuffer)) {
         if (!target.hasTexture || target.samples > 0) return kNothingAlike;
         target.textureRefused = true;
         allocate(index);
         attach(index, framebuffer);
-        if (errors.failed() || !isLikeTheWindow(framebuffer)) return kNothingAlike;
+        if (errors.failed() || !isLikeTheWindow(target, framebuffer)) return kNothingAlike;
     }
+    if (target.hidesAlpha) makeOpaque(target);
     target.copied = target.needed = GL_COLOR_BUFFER_BIT;
     if (separateRead) return nullptr;
     if (!learnCopies(target, errors)) return kManyContexts;

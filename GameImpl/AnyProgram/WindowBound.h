@@ -36,27 +36,46 @@ private:
     ScaledGl& gl;
 };
 
+// No condition of the program's, as long as it lives.
+class Unconditional {
+public:
+    Unconditional(const gl_hooks_t::gl_t& table, GLuint suspended, GLenum conditionMode)
+        : gl(table), query(suspended), mode(conditionMode) {
+        if (query != 0) gl.glEndConditionalRenderNV();
+    }
+    ~Unconditional() {
+        if (query != 0) gl.glBeginConditionalRenderNV(query, mode);
+    }
+    Unconditional(const Unconditional&) = delete;
+
+private:
+    const gl_hooks_t::gl_t& gl;
+    const GLuint query;
+    const GLenum mode;
+};
+
 // Calls in between may fail without the program hearing of it, and leave it the
 // error that it has not asked for yet.
 class ErrorsKept {
 public:
-    explicit ErrorsKept(ScaledGl& context) : gl(context) {
-        const GLenum pending = gl.gl().glGetError();
-        if (gl.keptError == GL_NO_ERROR) gl.keptError = pending;
-    }
-    ~ErrorsKept() { drain(); }
+    explicit ErrorsKept(ScaledGl& context) : gl(context) { hand(gl.gl().glGetError()); }
+    ~ErrorsKept() { error(); }
     ErrorsKept(const ErrorsKept&) = delete;
-    bool failed() const { return drain(); }
+    // The first since it was last asked for. A lost context has one pending for ever.
+    GLenum error() const {
+        constexpr int kMostErrors = 8;
+        const GLenum first = gl.gl().glGetError();
+        GLenum next = first;
+        for (int i = 1; i < kMostErrors && next != GL_NO_ERROR; ++i) next = gl.gl().glGetError();
+        return first;
+    }
+    bool failed() const { return error() != GL_NO_ERROR; }
+    // The program is to hear of it.
+    void hand(GLenum given) const {
+        if (gl.keptError == GL_NO_ERROR) gl.keptError = given;
+    }
 
 private:
-    // A lost context has an error pending for ever.
-    bool drain() const {
-        constexpr int kMostErrors = 8;
-        int errors = 0;
-        while (errors < kMostErrors && gl.gl().glGetError() != GL_NO_ERROR) ++errors;
-        return errors != 0;
-    }
-
     ScaledGl& gl;
 };
 

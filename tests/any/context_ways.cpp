@@ -58,10 +58,18 @@ void drawsHereReadsThere(Player& p) {
     p.use(p.surface, other, p.context);
     p.fill(0, 0, kWidth, kHeight, 0, 0, 1);
     p.picture("read");
+    unsigned texture = 0;
+    p.gl.glGenTextures(1, &texture);
+    p.gl.glBindTexture(GL_TEXTURE_2D, texture);
+    for (const unsigned format : {GL_RGBA, GL_RGB}) {
+        p.gl.glCopyTexImage2D(GL_TEXTURE_2D, 0, format, 0, 0, kWidth, kHeight, 0);
+        p.error("copy");
+    }
     p.gl.glBlitFramebuffer(0, 0, kWidth, kHeight, 20, 10, 60, 50, GL_COLOR_BUFFER_BIT, GL_LINEAR);
     p.error("blit");
     p.gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
     p.picture("read again");
+    p.scene(2);
     p.use();
     p.picture("drawn");
     p.swap();
@@ -247,6 +255,8 @@ const std::vector<Way> kContextWays = {
     {"SharesSamplesWithinAGroup", {8, 8, 8, 8, 24, 8, 4}, sharesItWithinAGroup, 18},
     {"SharesASurfaceBetweenGroups", {}, sharesItBetweenGroups, 14},
     {"DrawsHereReadsThere", {}, drawsHereReadsThere, 14},
+    {"DrawsTenBitsReadsThere", kTenBits, drawsHereReadsThere, 14},
+    {"SharesATenBitSurfaceBetweenGroups", kTenBits, sharesItBetweenGroups, 14},
     {"DrawsSamplesReadsThere", {8, 8, 8, 8, 24, 8, 4}, drawsHereReadsThere, 14},
     {"GoesToOtherSurfaces", {}, goesToOtherSurfaces, 14},
     {"StartsWithoutASurface", {}, startsWithoutASurface},

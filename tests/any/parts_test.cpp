@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <climits>
+#include <utility>
 
 #include "GameImpl/AnyProgram/geometry.h"
 #include "GameImpl/AnyProgram/glsl_pixels.h"
@@ -88,46 +89,78 @@ TEST(AnyShaders, AreRewrittenOnTheSameLines) {
 
 // Nothing is asked, nothing is cleared, no pass is opened but the program's two and the blit's;
 // what is not needed is given up before the target's pass ends and before the window would be
-// loaded.
+// loaded. Alpha that the window has not is masked, and not given up with the colours.
 TEST(AnyFrames, MakeNoOtherCalls) {
     Loader& loader = Loader::instance();
     ASSERT_TRUE(loader.driver.ok());
-    loader.ask(50);
     loader.beforeSwap = [] {};
-    Record record;
-    Player p(loader.gl(true), loader.platform(true), loader.driver.display, {}, record);
-    const int size[] = {EGL_WIDTH, 64, EGL_HEIGHT, 32, EGL_NONE};
-    p.surfaces.push_back(p.egl.eglCreateWindowSurface(p.display, p.eglConfig, nullptr, size));
-    const unsigned other = p.framebuffer(8, 8);
-    p.use(p.surfaces.back(), p.surfaces.back(), p.context);
-    for (int frame = 0; frame < 4; ++frame) {
-        loader.records = frame == 3;
-        p.gl.glBindFramebuffer(GL_FRAMEBUFFER, other);
-        p.gl.glClear(GL_COLOR_BUFFER_BIT);
-        p.gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
-        p.gl.glViewport(0, 0, 64, 32);
-        p.gl.glClear(GL_COLOR_BUFFER_BIT);
-        p.egl.eglSwapBuffers(p.display, p.surfaces.back());
+    constexpr unsigned kColorAndDepth[] = {GL_COLOR, GL_DEPTH};
+    for (const Config& config : {Config{}, kTenBits}) {
+        const bool hidesAlpha = config.alpha == 0;
+        loader.ask(50);
+        Record record;
+        Player p(loader.gl(true), loader.platform(true), loader.driver.display, config, record);
+        if (p.eglConfig == nullptr) continue;  // of ten bits
+        const int size[] = {EGL_WIDTH, 64, EGL_HEIGHT, 32, EGL_NONE};
+        p.surfaces.push_back(p.egl.eglCreateWindowSurface(p.display, p.eglConfig, nullptr, size));
+        const unsigned other = p.framebuffer(8, 8);
+        p.use(p.surfaces.back(), p.surfaces.back(), p.context);
+        loader.calls.clear();
+        for (int frame = 0; frame < 4; ++frame) {
+            loader.records = frame == 3;
+            p.gl.glBindFramebuffer(GL_FRAMEBUFFER, other);
+            p.gl.glClear(GL_COLOR_BUFFER_BIT);
+            p.gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
+            p.gl.glInvalidateFramebuffer(GL_FRAMEBUFFER, 2, kColorAndDepth);
+            p.gl.glViewport(0, 0, 64, 32);
+            p.gl.glClear(GL_COLOR_BUFFER_BIT);
+            p.egl.eglSwapBuffers(p.display, p.surfaces.back());
+        }
+        loader.records = false;
+        std::vector<std::string> bound = {"glBindFramebuffer", "glViewport", "glScissor"};
+        if (hidesAlpha) bound.emplace_back("glColorMaski");
+        std::vector<std::string> expected = bound;
+        expected.emplace_back("glClear");
+        expected.insert(expected.end(), bound.begin(), bound.end());
+        const auto invalidated = [](std::initializer_list<unsigned> attachments) {
+            std::string text = "glInvalidateFramebuffer";
+            for (const unsigned each : attachments) text += " " + std::to_string(each);
+            return text;
+        };
+        expected.push_back(hidesAlpha ? invalidated({GL_DEPTH_ATTACHMENT})
+                                      : invalidated({GL_COLOR_ATTACHMENT0, GL_DEPTH_ATTACHMENT}));
+        expected.insert(
+            expected.end(),
+            {"glViewport", "glClear", invalidated({GL_DEPTH_ATTACHMENT, GL_STENCIL_ATTACHMENT}),
+             "glBindFramebuffer", invalidated({GL_COLOR, GL_DEPTH, GL_STENCIL}), "glScissor",
+             "glBlitFramebuffer", "glScissor"});
+        if (!hidesAlpha) expected.push_back(invalidated({GL_COLOR_ATTACHMENT0}));
+        expected.emplace_back("glBindFramebuffer");
+        EXPECT_EQ(loader.calls, expected);
+        EXPECT_EQ(p.gl.glGetError(), 0u);
     }
-    loader.records = false;
-    const std::vector<std::string> boxes = {"glViewport", "glScissor"};
-    std::vector<std::string> expected = {"glBindFramebuffer"};
-    expected.insert(expected.end(), boxes.begin(), boxes.end());
-    expected.insert(expected.end(), {"glClear", "glBindFramebuffer"});
-    expected.insert(expected.end(), boxes.begin(), boxes.end());
-    const auto invalidated = [](std::initializer_list<unsigned> attachments) {
-        std::string text = "glInvalidateFramebuffer";
-        for (const unsigned each : attachments) text += " " + std::to_string(each);
-        return text;
-    };
-    expected.insert(
-        expected.end(),
-        {"glViewport", "glClear", invalidated({GL_DEPTH_ATTACHMENT, GL_STENCIL_ATTACHMENT}),
-         "glBindFramebuffer", invalidated({GL_COLOR, GL_DEPTH, GL_STENCIL}), "glScissor",
-         "glBlitFramebuffer", "glScissor", invalidated({GL_COLOR_ATTACHMENT0}),
-         "glBindFramebuffer"});
-    EXPECT_EQ(loader.calls, expected);
-    EXPECT_EQ(p.gl.glGetError(), 0u);
+}
+
+TEST(AnyFrames, AreLeftAloneForTheReasonThatIsLogged) {
+    Loader& loader = Loader::instance();
+    ASSERT_TRUE(loader.driver.ok());
+    static unsigned raised = 0;
+    static bool refuses = false;
+    const auto makes = loader.recorded.gl.glRenderbufferStorage;
+    const auto asks = loader.recorded.gl.glGetError;
+    loader.recorded.gl.glRenderbufferStorage = [](unsigned, unsigned, int, int) { refuses = true; };
+    loader.recorded.gl.glGetError = [] { return std::exchange(refuses, false) ? raised : 0u; };
+    for (const auto& [error, reason] : {std::pair(GL_OUT_OF_MEMORY, "no memory for its images"),
+                                        std::pair(GL_INVALID_ENUM, "no images of its format")}) {
+        raised = error;
+        host::takeLog();
+        loader.ask(50);
+        Record record;
+        const Player p(loader.gl(true), loader.platform(true), loader.driver.display, {}, record);
+        EXPECT_NE(host::takeLog().find(reason), std::string::npos) << reason;
+    }
+    loader.recorded.gl.glRenderbufferStorage = makes;
+    loader.recorded.gl.glGetError = asks;
 }
 
 // What names a pixel's place and does not use it has nothing to be given: it is linked again

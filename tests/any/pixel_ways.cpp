@@ -72,6 +72,14 @@ void copiesToTextures(Player& p) {
     p.gl.glBindTexture(GL_TEXTURE_2D, textures[0]);
     p.gl.glCopyTexImage2D(GL_TEXTURE_2D, 0, GL_RGB, 0, 0, kWidth, kHeight, 0);
     p.error("image");
+    for (const unsigned format : {GL_RGBA, GL_ALPHA, GL_RGB8, GL_RGB10_A2}) {
+        p.gl.glBindTexture(GL_TEXTURE_2D, textures[1]);
+        p.gl.glCopyTexImage2D(GL_TEXTURE_2D, 0, format, 0, 0, 8, 8, 0);
+        p.error("another image");
+    }
+    p.gl.glDeleteTextures(1, &textures[1]);
+    p.gl.glGenTextures(1, &textures[1]);
+    p.gl.glBindTexture(GL_TEXTURE_2D, textures[0]);
     p.gl.glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 3, 4, 30, 20, 40, 30);
     p.error("part");
     p.gl.glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 90, 60, 0, 0, 40, 30);
@@ -172,6 +180,78 @@ void alphaOfTheWindow(Player& p) {
     p.swap();
 }
 
+void asksMasks(Player& p) {
+    p.asks("mask", {GL_COLOR_WRITEMASK});
+    for (unsigned i = 0; i < 3; ++i) {
+        unsigned char flags[4] = {77, 77, 77, 77};
+        int whole[4] = {-77, -77, -77, -77};
+        p.gl.glGetBooleani_v(GL_COLOR_WRITEMASK, i, flags);
+        p.gl.glGetIntegeri_v(GL_COLOR_WRITEMASK, i, whole);
+        for (int k = 0; k < 4; ++k) p.note("indexed mask", flags[k] * 1000 + whole[k]);
+        p.error("indexed mask");
+    }
+}
+
+// All of it is one colour, which tells alpha as blending finds it.
+void addsByAlpha(Player& p, const std::string& name) {
+    const unsigned used = p.program(
+        "#version 300 es\nvoid main() { vec2 at = vec2(gl_VertexID & 1, gl_VertexID >> 1);\n"
+        "  gl_Position = vec4(at * 4.0 - 1.0, 0.0, 1.0); }\n",
+        "#version 300 es\nprecision mediump float; out vec4 made;\n"
+        "void main() { made = vec4(0.2, 0.3, 0.4, 0.5); }\n");
+    p.gl.glUseProgram(used);
+    p.gl.glEnable(GL_BLEND);
+    p.gl.glBlendFunc(GL_DST_ALPHA, GL_ONE);
+    p.gl.glDrawArrays(GL_TRIANGLES, 0, 3);
+    p.gl.glDisable(GL_BLEND);
+    p.gl.glUseProgram(0);
+    p.gl.glDeleteProgram(used);
+    p.picture(name);
+}
+
+void alphaOfBlends(Player& p) {
+    addsByAlpha(p, "at first");
+    p.fill(0, 0, kWidth, kHeight, 0, 0.3f, 0.2f, 0);
+    addsByAlpha(p, "cleared");
+    asksMasks(p);
+    const unsigned other = p.framebuffer(kWidth, kHeight);
+    p.fill(0, 0, kWidth, kHeight, 0.1f, 0.2f, 0.3f, 0.25f);
+    p.picture("its own");
+    // A blit writes whatever the masks are, also where clears are discarded.
+    for (const unsigned capability : {GL_DITHER, GL_RASTERIZER_DISCARD}) {
+        p.gl.glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+        p.gl.glEnable(capability);
+        p.gl.glBlitFramebuffer(0, 0, kWidth, kHeight, 0, 0, kWidth, kHeight, GL_COLOR_BUFFER_BIT,
+                               GL_NEAREST);
+        p.error("blit");
+        p.gl.glDisable(capability);
+        p.gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+        addsByAlpha(p, "blitted");
+        p.gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, other);
+    }
+    p.gl.glColorMaski(0, 1, 0, 1, 77);
+    p.gl.glColorMaski(1, 0, 1, 0, 1);
+    asksMasks(p);
+    p.fill(0, 0, kWidth, kHeight, 0.3f, 0.6f, 0.3f, 0);
+    p.gl.glBindFramebuffer(GL_FRAMEBUFFER, other);
+    asksMasks(p);
+    p.fill(0, 0, kWidth, kHeight, 0.6f, 0.6f, 0.6f, 0.6f);
+    p.picture("masked");
+    p.gl.glBindFramebuffer(GL_FRAMEBUFFER, 0);
+    addsByAlpha(p, "masked window");
+    const unsigned color = GL_COLOR;
+    p.gl.glInvalidateFramebuffer(GL_FRAMEBUFFER, 1, &color);
+    p.gl.glColorMask(1, 1, 1, 0);
+    asksMasks(p);
+    p.fill(0, 0, kWidth, kHeight, 0, 0.3f, 0.6f);
+    p.gl.glColorMask(1, 1, 1, 1);
+    addsByAlpha(p, "invalidated");
+    p.swap();
+    p.fill(0, 0, kWidth, kHeight, 0.3f, 0.1f, 0, 0);
+    addsByAlpha(p, "next frame");
+    p.swap();
+}
+
 void sRGBControl(Player& p) {
     constexpr unsigned kFramebufferSRGB = 0x8DB9;
     p.fill(0, 0, kWidth, kHeight, 0.2f, 0.4f, 0.6f, 0.3f);
@@ -238,21 +318,29 @@ const std::vector<Way> kPixelWays = {
     {"Draws", {}, draws, 12},
     {"DrawsToA565Window", {5, 6, 5, 0, 24, 8}, draws, 12},
     {"DrawsToATenBitWindow", {10, 10, 10, 2, 24, 8}, draws, 12},
+    {"DrawsToATenBitWindowWithoutAlpha", kTenBits, draws, 12},
     {"DrawsToAFloatWindow", {16, 16, 16, 16, 24, 8, 0, true}, draws, 12},
     {"DrawsWithDepthOf16Bits", {8, 8, 8, 8, 16, 0}, draws, 12},
     {"DrawsWithDepthOf32Bits", {8, 8, 8, 8, 32, 0}, draws, 12},
     {"DrawsWithoutDepth", {8, 8, 8, 8, 0, 0}, draws, 12},
     {"ReadsBoxes", {}, readsBoxes, 20},
     {"CopiesToTextures", {}, copiesToTextures, 14},
+    {"CopiesFromATenBitWindow", kTenBits, copiesToTextures, 14},
     {"BlitsFromTheWindow", {}, blitsFromTheWindow, 16},
     {"BlitsToTheWindow", {}, blitsToTheWindow, 14},
     {"AlphaOfTheWindow", {}, alphaOfTheWindow, 12},
     {"AlphaOfAWindowWithout", {8, 8, 8, 0, 24, 8}, alphaOfTheWindow, 12},
     {"AlphaOfA565Window", {5, 6, 5, 0, 24, 8}, alphaOfTheWindow, 12},
+    {"AlphaOfBlends", {}, alphaOfBlends, 2},
+    {"AlphaOfBlendsWithTenBits", kTenBits, alphaOfBlends, 2},
+    {"AlphaOfBlendsWithTenBitSamples", kTenBitSamples, alphaOfBlends, 2},
+    {"AlphaOfBlendsWithSRGB", {8, 8, 8, 0, 24, 8, 0, false, true}, alphaOfBlends, 2},
     {"SRGBWindow", {8, 8, 8, 8, 24, 8, 0, false, true}, sRGBControl, 12},
+    {"SRGBWindowWithoutAlpha", {8, 8, 8, 0, 24, 8, 0, false, true}, sRGBControl, 12},
     {"MultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, draws, 12},
     {"ReadsAMultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, readsBoxes, 20},
     {"CopiesFromAMultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, copiesToTextures, 14},
+    {"CopiesFromATenBitMultisampledWindow", kTenBitSamples, copiesToTextures, 14},
     {"BlitsFromAMultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, blitsFromTheWindow, 18},
     {"BlitsToAMultisampledWindow", {8, 8, 8, 8, 24, 8, 4}, blitsToTheWindow, 14},
     {"ShadersInWindowPixels", {}, shadersInWindowPixels, 12},

@@ -39,6 +39,9 @@ struct Config {
     int version = 3;
 };
 
+constexpr Config kTenBits = {10, 10, 10, 0, 24, 8};
+constexpr Config kTenBitSamples = {10, 10, 10, 0, 24, 8, 4};
+
 class Player {
 public:
     // Calls go to these tables. A context and a surface are current.
