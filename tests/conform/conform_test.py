@@ -138,8 +138,7 @@ class FakePlays:
 
 class Programs(unittest.TestCase):
     def problems(self, scaled: Picture | None, **left: str) -> list[str]:
-        program = Program("case", "its-package", 20, {X11: (left.pop("command", "true"),)},
-                          left=(X11,) if left.pop("listed", "") else ())
+        program = Program("case", "its-package", 20, {X11: (left.pop("command", "true"),)})
         with tempfile.TemporaryDirectory() as folder:
             played = Played(FakePlays(Path(folder), scaled, **left), program, X11, Path(), None)
             return [v.problem for v in played.check()]
@@ -151,7 +150,6 @@ class Programs(unittest.TestCase):
         cases: list[tuple[Picture | None, dict[str, str], tuple[str, str]]] = [
             (native, {"why": "it is the driver's"}, ("", "it is the driver's")),
             (native, {"drawn": "100"}, ("", "nothing at the scaled size")),
-            (native, {"why": "as listed", "listed": "left"}, ("though listed as left alone", "")),
             (native, {"code": "4"}, ("", missing)),
             (native, {"code": "139"}, ("", "exit code 139")),
             (None, {}, ("there is no picture",) * 2),

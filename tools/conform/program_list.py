@@ -18,10 +18,7 @@ class Program:
     small: tuple[str, ...] = ()  # the displays of the short form
     # Its picture is too dark and fine for any comparison: that it is scaled is all that is told.
     plain: bool = False
-    # Displays on which its window is left to the driver, which must be so.
-    left: tuple[str, ...] = ()
-    # Why that is so, or why it is not played on a display.
-    note: str = ""
+    note: str = ""  # why it is not played on a display
 
 
 def everywhere(*command: str) -> Mapping[str, tuple[str, ...]]:
@@ -36,7 +33,6 @@ SDL = {"SDL_AUDIODRIVER": "dummy"}
 SDL_RENDERER = {**SDL, "SDL_RENDER_DRIVER": "opengles2"}
 GLMARK2 = "glmark2-es2-x11 glmark2-es2-wayland"
 FRAME = 20
-TEN_BITS = "its window on Wayland, of 10 bits per colour, is left to the driver"
 MPV = ("mpv", "--no-config", "--no-terminal", "--no-audio", "--vo=gpu", "--opengl-es=yes",
        # Each frame of the film once, however fast the machine is.
        "--untimed", "--framedrop=no", "--geometry=640x360")
@@ -81,15 +77,13 @@ PROGRAMS = (
     Program("SDL renderer: starfighter", "starfighter", 60,
             everywhere("/usr/games/starfighter"), SDL_RENDERER),
     Program("mpv", "mpv ffmpeg", 30, {X11: (*MPV, "--gpu-context=x11egl", CLIP),
-                                      WAYLAND: (*MPV, "--gpu-context=wayland", CLIP)},
-            left=(WAYLAND,), note=TEN_BITS),
+                                      WAYLAND: (*MPV, "--gpu-context=wayland", CLIP)}),
     Program("weston-simple-egl", "weston", FRAME, {WAYLAND: ("weston-simple-egl",)},
             note="it is a client of Wayland only"),
     Program("Warzone 2100", "warzone2100", 40, everywhere(
         "/usr/games/warzone2100", "--gfxbackend=opengles", "--window", "--resolution=640x480",
         "--nosound"), SDL),
     Program("es2gears", "mesa-utils", FRAME,
-            {X11: ("es2gears_x11",), WAYLAND: ("es2gears_wayland",)}, small=(X11,),
-            left=(WAYLAND,), note=TEN_BITS),
+            {X11: ("es2gears_x11",), WAYLAND: ("es2gears_wayland",)}, small=(X11, WAYLAND)),
     *map(_glmark2, SCENES),
 )

@@ -119,13 +119,11 @@ class Played:
             return self._verdict(factor, problem)
         found = likeness.compare(measure.load(picture), measure.load(native))
         problem = "" if self._program.plain else found.problem
-        problem = problem or self._why_not_as_listed(frame, factor)
+        problem = problem or self._why_not_scaled(frame, factor)
         return Verdict(self._program, self._display, factor, problem,
                        f"{frame.window[0]}x{frame.window[1]}", found.worst, found.bound, picture)
 
-    def _why_not_as_listed(self, frame: stats.Frame, factor: int) -> str:
-        if self._display in self._program.left:
-            return "" if frame.why_not_scaled else "it is scaled, though listed as left alone"
+    def _why_not_scaled(self, frame: stats.Frame, factor: int) -> str:
         if frame.why_not_scaled:
             return frame.why_not_scaled
         drawn = rounded(frame.window, factor) in frame.offscreen
@@ -150,7 +148,7 @@ def _row(program: Program, verdicts: Mapping[tuple[str, int], Verdict]) -> str:
         for factor in FACTORS:
             v = verdicts.get((display, factor))
             cells.append("" if v is None else "FAILED" if v.problem else
-                         "left" if display in program.left else f"{v.worst:.1f}")
+                         f"{v.worst:.1f}")
     problems = sorted({f"{v.display} at {v.factor}: {v.problem}" for v in own if v.problem})
     words = "; ".join(problems) or ("scaled; too plain to compare" if program.plain else "alike")
     note = f" ({program.note})" if program.note else ""
