@@ -15,6 +15,7 @@
 #include "rig/run/argv.h"
 #include "rig/run/control.h"
 #include "rig/run/display.h"
+#include "rig/run/exit_code_of.h"
 #include "rig/run/exit_codes.h"
 #include "rig/run/paths.h"
 #include "rig/run/sandbox.h"
@@ -172,14 +173,7 @@ int run(Plan plan) {
 }  // namespace
 
 int launch(Plan plan) {
-    try {
-        return run(std::move(plan));
-    } catch (const EndedEarly& ended) {
-        return 128 + ended.signal;
-    } catch (const std::exception& error) {
-        fprintf(stderr, "vesko-run: %s\n", error.what());
-        return kExitDevice;
-    }
+    return exitCodeOf([&] { return run(std::move(plan)); });
 }
 
 }  // namespace rig

@@ -20,6 +20,7 @@
 #include "rig/device/parameter_node.h"
 #include "rig/device/run_outcome.h"
 #include "rig/run/control.h"
+#include "rig/run/exit_code_of.h"
 #include "rig/run/exit_codes.h"
 #include "rig/run/node_input.h"
 #include "rig/run/plan.h"
@@ -226,7 +227,7 @@ Plan readPlan(int file) {
 }  // namespace
 
 int supervise(int control, int planFile) {
-    try {
+    return exitCodeOf([&] {
         fcntl(control, F_SETFD, FD_CLOEXEC);
         adoptOrphans();
         Inbox inbox(control);
@@ -234,12 +235,7 @@ int supervise(int control, int planFile) {
         Plan plan = readPlan(planFile);
         inbox.begin();
         return runPlan(std::move(plan), inbox);
-    } catch (const EndedEarly& ended) {
-        return 128 + ended.signal;
-    } catch (const std::exception& error) {
-        fprintf(stderr, "vesko-run: %s\n", error.what());
-        return kExitDevice;
-    }
+    });
 }
 
 }  // namespace rig
