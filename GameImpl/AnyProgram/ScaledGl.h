@@ -203,7 +203,7 @@ private:
     void stand(Stand& side, const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer);
     int targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer);
     int freeTarget();
-    bool learnCopies(Target& target, const ErrorsKept& errors);
+    const char* learnCopies(Target& target, const ErrorsKept& errors);
     const char* build(int index, OwnFramebuffer framebuffer);
     const char* describeWindow(Target& target, GLenum side);
     GLint samplesOf(const Surface& surface, GLenum side);

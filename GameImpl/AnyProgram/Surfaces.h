@@ -58,6 +58,7 @@ struct Target {
     GLint samples = 0;         // of each image but the texture and the scratch one
     GLbitfield needed = 0;     // which buffers there are
     GLbitfield copied = 0;     // which of them blits between it and the window can copy
+    bool copiesKnown = false;  // else it has only been read while another one was drawn to
     Size scratch;
     unsigned made = 0;  // of which of the group's makings its images are
 

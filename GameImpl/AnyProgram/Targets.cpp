@@ -288,10 +288,9 @@ int ScaledGl::freeTarget() {
     return -1;
 }
 
-// Whether depths and stencils can be copied too. Contexts that draw to the window in
-// turn need them to be.
-bool ScaledGl::learnCopies(Target& target, const ErrorsKept& errors) {
-    target.copied = target.needed = GL_COLOR_BUFFER_BIT;
+// Whether depths and stencils can be copied too, from what is bound for reading to what is
+// bound for drawing. Where they are needed and cannot be, the reason why not, else null.
+const char* ScaledGl::learnCopies(Target& target, const ErrorsKept& errors) {
     const auto probe = [&](bool exists, GLbitfield part) {
         if (!exists) return;
         target.needed |= part;
@@ -301,7 +300,9 @@ bool ScaledGl::learnCopies(Target& target, const ErrorsKept& errors) {
     };
     probe(target.depthFormat != 0, GL_DEPTH_BUFFER_BIT);
     probe(target.stencilFormat != 0 || hasStencil(target.depthFormat), GL_STENCIL_BUFFER_BIT);
-    return target.mayDraw();
+    target.copiesKnown = true;
+    if (!target.mayDraw()) return kManyContexts;
+    return target.copied != target.needed && target.scale.isIdentity() ? kExactAlone : nullptr;
 }
 
 // The reason why not, or null. The window is bound for reading; leaves the
@@ -335,9 +336,9 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
     }
     if (target.hidesAlpha) makeOpaque(target);
     target.copied = target.needed = GL_COLOR_BUFFER_BIT;
+    target.copiesKnown = false;
     if (separateRead) return nullptr;
-    if (!learnCopies(target, errors)) return kManyContexts;
-    if (target.copied != target.needed && target.scale.isIdentity()) return kExactAlone;
+    if (const char* why = learnCopies(target, errors)) return why;
     takeOverWindow(index);
     if (target.samples > 0 && !painter.serves(Filter::Bilinear)) return "it cannot be drawn to";
     return errors.failed() ? "it cannot be copied" : nullptr;
@@ -385,6 +386,12 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
             why = kManyContexts;
         } else {
             attach(index, framebuffer);
+            if (!separateRead && !target.copiesKnown) {
+                const ErrorsKept errors(*this);
+                gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(framebuffer));
+                gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+                why = learnCopies(target, errors);
+            }
             if (!holds && !separateRead) takeOverWindow(index);
         }
         surface->holder = group;

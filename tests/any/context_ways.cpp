@@ -75,6 +75,25 @@ void drawsHereReadsThere(Player& p) {
     p.swap();
 }
 
+void readsThereAtFirst(Player& p) {
+    const a::EGLSurface one = p.newSurface(kWidth, kHeight);
+    const a::EGLContext fresh = p.newContext();
+    p.use(one, p.surface, fresh);
+    p.use(one, one, fresh);
+    p.gl.glClearDepthf(0.25f);
+    p.gl.glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+    p.framebuffer(kWidth, kHeight);
+    p.gl.glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+    p.gl.glBlitFramebuffer(0, 0, kWidth, kHeight, 0, 0, kWidth, kHeight, GL_DEPTH_BUFFER_BIT,
+                           GL_NEAREST);
+    p.error("depth");
+    p.gl.glBindFramebuffer(GL_READ_FRAMEBUFFER,
+                           static_cast<unsigned>(p.ask(GL_DRAW_FRAMEBUFFER_BINDING)));
+    p.gl.glClear(GL_COLOR_BUFFER_BIT);
+    p.scene(1);
+    p.picture("against the depths");
+}
+
 void goesToOtherSurfaces(Player& p) {
     const a::EGLSurface small = p.newSurface(31, 23);
     p.scene(2);
@@ -258,6 +277,7 @@ const std::vector<Way> kContextWays = {
     {"DrawsTenBitsReadsThere", kTenBits, drawsHereReadsThere, 14},
     {"SharesATenBitSurfaceBetweenGroups", kTenBits, sharesItBetweenGroups, 14},
     {"DrawsSamplesReadsThere", {8, 8, 8, 8, 24, 8, 4}, drawsHereReadsThere, 14},
+    {"ReadsThereAtFirst", {}, readsThereAtFirst, 14},
     {"GoesToOtherSurfaces", {}, goesToOtherSurfaces, 14},
     {"StartsWithoutASurface", {}, startsWithoutASurface},
     {"MovesBetweenThreads", {}, movesBetweenThreads, 14},
