@@ -104,6 +104,7 @@ struct Way {
 
 extern const std::vector<Way> kPixelWays;
 extern const std::vector<Way> kStateWays;
+extern const std::vector<Way> kShaderWays;
 extern const std::vector<Way> kContextWays;
 
 }  // namespace any_test

@@ -302,115 +302,6 @@ void stateAtASwap(Player& p) {
     p.error("still used");
 }
 
-void objectsOfShaders(Player& p) {
-    static const char kVertex[] =
-        "attribute vec4 place; uniform vec4 moved;\n"
-        "void main() { gl_Position = place + moved; gl_PointSize = 20.0; }\n";
-    static const char kFragment[] =
-        "precision mediump float; uniform vec4 tint[2]; uniform vec2 size; uniform mat2 turn;\n"
-        "uniform sampler2D image;\n"
-        "void main() { gl_FragColor = tint[0] + tint[1] + texture2D(image, vec2(0.0)) +\n"
-        "  vec4(turn * gl_FragCoord.xy / size, 0.0, 1.0); }\n";
-    const unsigned made = p.program(kVertex, kFragment);
-    int active = 0, longest = 0;
-    p.gl.glGetProgramiv(made, GL_ACTIVE_UNIFORMS, &active);
-    p.gl.glGetProgramiv(made, GL_ACTIVE_UNIFORM_MAX_LENGTH, &longest);
-    p.note("active", active * 1000 + longest);
-    for (int i = 0; i < active + 1; ++i) {
-        char name[64] = {};
-        int length = -77, size = -77;
-        unsigned type = 77;
-        p.gl.glGetActiveUniform(made, static_cast<unsigned>(i), sizeof(name), &length, &size, &type,
-                                name);
-        p.note(name, length * 100000 + size * 77 + static_cast<int>(type));
-        p.note("location", p.gl.glGetUniformLocation(made, name));
-        p.error("uniform");
-        const auto index = static_cast<unsigned>(i);
-        int offset = -77;
-        p.gl.glGetActiveUniformsiv(made, 1, &index, GL_UNIFORM_NAME_LENGTH, &offset);
-        p.note("name length", offset);
-        p.error("uniforms");
-        char resource[64] = {};
-        p.gl.glGetProgramResourceName(made, GL_UNIFORM, index, sizeof(resource), nullptr, resource);
-        p.note("resource", resource);
-        p.error("resource");
-    }
-    int count = -77, length = -77;
-    p.gl.glGetProgramInterfaceiv(made, GL_UNIFORM, GL_ACTIVE_RESOURCES, &count);
-    p.gl.glGetProgramInterfaceiv(made, GL_UNIFORM, GL_MAX_NAME_LENGTH, &length);
-    p.note("interface", count * 1000 + length);
-    const char* names[] = {"tint[0]", "size", "moved", "turn", "image", "tint[1]", "place"};
-    constexpr int kNames = 7;
-    unsigned indices[kNames] = {};
-    p.gl.glGetUniformIndices(made, kNames, names, indices);
-    for (unsigned index : indices) p.note("index", index);
-    for (const char* name : names) {
-        p.note("resource index", p.gl.glGetProgramResourceIndex(made, GL_UNIFORM, name));
-        p.note("location", p.gl.glGetUniformLocation(made, name));
-        p.note("resource location", p.gl.glGetProgramResourceLocation(made, GL_UNIFORM, name));
-    }
-    unsigned shaders[4] = {};
-    int attached = 0;
-    p.gl.glGetAttachedShaders(made, 4, &attached, shaders);
-    for (int i = 0; i < attached; ++i) {
-        char text[1024] = {};
-        int size = -77;
-        p.gl.glGetShaderiv(shaders[i], GL_SHADER_SOURCE_LENGTH, &size);
-        p.gl.glGetShaderSource(shaders[i], sizeof(text), &length, text);
-        p.note(text, size * 10000 + length);
-        p.gl.glGetShaderSource(shaders[i], 20, &length, text);
-        p.note(text, length);
-    }
-    p.note("used", p.ask(GL_CURRENT_PROGRAM));
-    p.gl.glUseProgram(made);
-    const float tints[] = {0.1f, 0.2f, 0.3f, 0.4f, 0, 0.1f, 0, 0.2f};
-    const float turned[] = {0.9f, 0.1f, -0.1f, 0.8f};
-    p.gl.glUniform2f(p.gl.glGetUniformLocation(made, "size"), 100, 70);
-    p.gl.glUniform4fv(p.gl.glGetUniformLocation(made, "tint"), 2, tints);
-    p.gl.glUniformMatrix2fv(p.gl.glGetUniformLocation(made, "turn"), 1, GL_FALSE, turned);
-    p.gl.glUniform1i(p.gl.glGetUniformLocation(made, "image"), 3);
-    static const float kPlaces[] = {-1, -1, 3, -1, -1, 3};
-    p.gl.glVertexAttribPointer(0, 2, GL_FLOAT, GL_FALSE, 0, kPlaces);
-    p.gl.glEnableVertexAttribArray(0);
-    const auto draws = [&] {
-        p.gl.glDrawArrays(GL_TRIANGLES, 0, 3);
-        p.gl.glDrawArrays(GL_POINTS, 0, 3);
-        p.picture("shaded");
-        for (const char* name : names) {
-            float values[4] = {-77, -77, -77, -77};
-            p.gl.glGetUniformfv(made, p.gl.glGetUniformLocation(made, name), values);
-            for (const float value : values) p.note(name, std::to_string(value));
-            p.error(name);
-        }
-        p.note("place", p.gl.glGetAttribLocation(made, "place"));
-        p.gl.glGetAttachedShaders(made, 4, &attached, shaders);
-        p.note("attached", attached * 10000 + static_cast<int>(shaders[0] * 100 + shaders[1]));
-    };
-    draws();
-    p.swap();
-    draws();
-    p.gl.glUniform4f(p.gl.glGetUniformLocation(made, "moved"), 0.3f, 0.2f, 0, 0);
-    draws();
-    int size = 0;
-    unsigned format = 0;
-    p.gl.glGetProgramiv(made, GL_PROGRAM_BINARY_LENGTH, &size);
-    std::vector<unsigned char> binary(static_cast<size_t>(size) + 1);
-    p.gl.glGetProgramBinary(made, size - 1, nullptr, &format, binary.data());
-    p.error("too small");
-    p.gl.glGetProgramBinary(made, size, &size, &format, binary.data());
-    p.note("rest", static_cast<long long>(binary.size()) - size);
-    const unsigned again = p.gl.glCreateProgram();
-    p.gl.glProgramBinary(again, format, binary.data(), size);
-    p.gl.glUseProgram(again);
-    p.gl.glUniform2f(p.gl.glGetUniformLocation(again, "size"), 100, 70);
-    p.gl.glGetProgramiv(again, GL_ACTIVE_UNIFORMS, &active);
-    p.note("active again", active);
-    p.error("binary");
-    p.gl.glDrawArrays(GL_TRIANGLES, 0, 3);
-    p.picture("from the binary");
-    p.swap();
-}
-
 }  // namespace
 
 const std::vector<Way> kStateWays = {
@@ -427,8 +318,6 @@ const std::vector<Way> kStateWays = {
     {"Boxes", {}, boxes, 14},
     {"StateAtASwap", {}, stateAtASwap},
     {"StateAtASwapOfATenBitWindow", kTenBits, stateAtASwap},
-    {"ObjectsOfShaders", {}, objectsOfShaders},
-    {"OpenGLES2", {8, 8, 8, 8, 24, 8, 0, false, false, 2}, objectsOfShaders},
 };
 
 }  // namespace any_test

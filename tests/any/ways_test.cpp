@@ -99,6 +99,7 @@ std::string nameOf(const ::testing::TestParamInfo<Way>& info) { return info.para
 
 INSTANTIATE_TEST_SUITE_P(Pixels, Ways, ::testing::ValuesIn(kPixelWays), nameOf);
 INSTANTIATE_TEST_SUITE_P(State, Ways, ::testing::ValuesIn(kStateWays), nameOf);
+INSTANTIATE_TEST_SUITE_P(Shaders, Ways, ::testing::ValuesIn(kShaderWays), nameOf);
 INSTANTIATE_TEST_SUITE_P(Contexts, Ways, ::testing::ValuesIn(kContextWays), nameOf);
 
 }  // namespace
