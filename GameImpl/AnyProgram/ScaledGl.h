@@ -202,6 +202,8 @@ private:
     void learnContext();
     void stand(Stand& side, const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer);
     int targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer);
+    const char* prepare(int index, const std::shared_ptr<Surface>& surface, const Scale& scale,
+                        OwnFramebuffer framebuffer);
     int freeTarget();
     const char* learnCopies(Target& target, const ErrorsKept& errors);
     const char* build(int index, OwnFramebuffer framebuffer);

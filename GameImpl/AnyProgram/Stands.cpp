@@ -101,7 +101,7 @@ void ScaledGl::retry(EGLSurface surface) {
     if (drawn->refusal == nullptr) return;
     activation->refresh();
     const Size window = sizeOf(*drawn);
-    if (!(drawn->refusedScale == Scale{window, scaledBy(window, activation->percent())})) rebuild();
+    if (drawn->refusedScale != Scale{window, scaledBy(window, activation->percent())}) rebuild();
 }
 
 }  // namespace android::any

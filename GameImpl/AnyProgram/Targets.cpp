@@ -1,7 +1,6 @@
 // ScaledGl: what stands in for the window of the context: of which format, and how it
 // is made.
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 #include "GameImpl/AnyProgram/WindowBound.h"
@@ -28,8 +27,6 @@ constexpr char kManyContexts[] = "several contexts draw to it, and depths cannot
 constexpr char kProtected[] = "what it shows is protected";
 constexpr char kNoMemory[] = "there is no memory for its images";
 constexpr char kNoSuchImages[] = "the driver makes no images of its format";
-
-constexpr GLuint kNamesOfNobody = 0xFFFFFE00;
 
 struct ColorFormat {
     int red, green, blue, alpha;
@@ -80,77 +77,12 @@ constexpr GLenum kSizes[] = {GL_RED_BITS,   GL_GREEN_BITS,   GL_BLUE_BITS, GL_AL
 constexpr size_t kAlphaSize = 3;
 static_assert(kSizes[kAlphaSize] == GL_ALPHA_BITS);
 
-template <size_t N>
-bool isContiguous(const GLuint (&names)[N], GLuint first) {
-    for (size_t i = 0; i < N; ++i) {
-        if (names[i] != first + i) return false;
-    }
-    return true;
-}
-
-// Our names come first where the driver hands out 1, 2, 3, ...; the program's are
-// then told without them. Of another driver we take names that it hands out last.
-template <size_t N>
-void takeFirstNames(void (*generate)(int, unsigned*), void (*remove)(int, const unsigned*),
-                    GLuint& first, GLuint& offset) {
-    GLuint names[N] = {};
-    generate(N, names);
-    if (isContiguous(names, 1)) {
-        first = 1;
-        offset = N;
-    } else {
-        remove(N, names);
-        first = kNamesOfNobody;
-        offset = 0;
-    }
-}
-
-}  // namespace
-
-// Needs the lock of the surfaces: the renderbuffers' names are the whole group's.
-void ScaledGl::takeNames() {
-    takeFirstNames<kOwnCount>(gl().glGenFramebuffers, gl().glDeleteFramebuffers, firstFramebuffer,
-                              framebufferOffset);
-    if (group->firstName != 0) return;
-    takeFirstNames<ShareGroup::kOwnNames>(gl().glGenRenderbuffers, gl().glDeleteRenderbuffers,
-                                          group->firstName, group->nameOffset);
-}
-
-// What does not change in the context's life. Anything before OpenGL ES 3.0 is
-// served as it is: it cannot blit.
-void ScaledGl::learnContext() {
-    learnt = true;
-    const auto* version = reinterpret_cast<const char*>(gl().glGetString(GL_VERSION));
-    int major = 0;
-    int minor = 0;
-    if (version == nullptr || sscanf(version, "OpenGL ES %d.%d", &major, &minor) != 2) return;
-    if (major < 3) {
-        HOOK_LOG(INFO, "not scaled: %s has no glBlitFramebuffer", version);
-        return;
-    }
-    served = true;
-    hasES31 = major > 3 || minor >= 1;
-    const auto* extensions = reinterpret_cast<const char*>(gl().glGetString(GL_EXTENSIONS));
-    const auto has = [extensions](const char* name) {
-        return extensions != nullptr && strstr(extensions, name) != nullptr;
-    };
-    hasViewportArrays = has("GL_OES_viewport_array") || has("GL_NV_viewport_array");
-    coordinates.boxCount = hasViewportArrays ? Coordinates::kMostBoxes : 1;
-    if (has("GL_MESA_framebuffer_flip_y")) {
-        setFlip = reinterpret_cast<decltype(setFlip)>(
-            getEGLPlatformImpl()->eglGetProcAddress("glFramebufferParameteriMESA"));
-    }
-    gl().glGetIntegerv(GL_MAX_VIEWPORT_DIMS, coordinates.mostViewportSize);
-    if (hasViewportArrays) {
-        gl().glGetFloatv(GL_VIEWPORT_BOUNDS_RANGE_OES, coordinates.viewportRange);
-    }
-    takeNames();
-}
-
-namespace {
-
-// Drivers without protected contents do not know the question.
+// Other drivers call the question an error.
 bool isProtected(const Surface& surface, platform_impl_t& egl) {
+    const char* extensions = egl.eglQueryString(surface.display, EGL_EXTENSIONS);
+    if (extensions == nullptr || strstr(extensions, "EGL_EXT_protected_content") == nullptr) {
+        return false;
+    }
     EGLint value = EGL_FALSE;
     egl.eglQuerySurface(surface.display, surface.handle, kProtectedContent, &value);
     return value != EGL_FALSE;
@@ -344,8 +276,38 @@ const char* ScaledGl::build(int index, OwnFramebuffer framebuffer) {
     return errors.failed() ? "it cannot be copied" : nullptr;
 }
 
-// The target of the surface, made or changed as need be; -1 where the window stays
-// the driver's own, and the reason in the log.
+// Made or changed as need be, and attached. The reason why not, or null.
+const char* ScaledGl::prepare(int index, const std::shared_ptr<Surface>& surface,
+                              const Scale& scale, OwnFramebuffer framebuffer) {
+    Target& target = group->targets[index];
+    const bool known = target.surface == surface;
+    const bool holds = known && surface->holder.lock() == group;
+    gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
+    if (!known) {
+        target.textureRefused = false;
+        target.scratch = {};
+    }
+    if (!known || target.scale != scale || (!target.hasTexture && needsTexture(target))) {
+        target.surface = surface;
+        target.scale = scale;
+        return build(index, framebuffer);
+    }
+    if (!target.mayDraw()) return kManyContexts;
+    attach(index, framebuffer);
+    if (separateRead) return nullptr;
+    const char* why = nullptr;
+    if (!target.copiesKnown) {
+        const ErrorsKept errors(*this);
+        gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(framebuffer));
+        gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
+        why = learnCopies(target, errors);
+    }
+    if (!holds) takeOverWindow(index);
+    return why;
+}
+
+// The target of the surface; -1 where the window stays the driver's own, and the reason in
+// the log.
 int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer framebuffer) {
     const std::lock_guard<std::mutex> lock(Surfaces::instance().mutex);
     auto& targets = group->targets;
@@ -354,7 +316,7 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
     const bool known = same != targets.end();
     if (!known) activation->refresh();
     const bool mayScale = known || !isProtected(*surface, *getEGLPlatformImpl());
-    Size window = sizeOf(*surface);  // also makes the last EGL call a good one
+    Size window = sizeOf(*surface);
     const bool hasSize = window.width > 0 && window.height > 0;
     if (known && !hasSize) window = same->scale.window;
     const Scale scale{window, scaledBy(window, activation->percent())};
@@ -369,31 +331,7 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
     const char* why = index < 0 ? "the process has too many windows" : nullptr;
     if (!mayScale) why = kProtected;
     if (why == nullptr) {
-        Target& target = targets[index];
-        const bool fits =
-            known && target.scale == scale && (target.hasTexture || !needsTexture(target));
-        const bool holds = known && surface->holder.lock() == group;
-        gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, 0);
-        if (!fits) {
-            if (!known) {
-                target.textureRefused = false;
-                target.scratch = {};
-            }
-            target.surface = surface;
-            target.scale = scale;
-            why = build(index, framebuffer);
-        } else if (!target.mayDraw()) {
-            why = kManyContexts;
-        } else {
-            attach(index, framebuffer);
-            if (!separateRead && !target.copiesKnown) {
-                const ErrorsKept errors(*this);
-                gl().glBindFramebuffer(GL_READ_FRAMEBUFFER, own(framebuffer));
-                gl().glBindFramebuffer(GL_DRAW_FRAMEBUFFER, 0);
-                why = learnCopies(target, errors);
-            }
-            if (!holds && !separateRead) takeOverWindow(index);
-        }
+        why = prepare(index, surface, scale, framebuffer);
         surface->holder = group;
         surface->drawnBy = handle;
         if (why != nullptr) release(index);

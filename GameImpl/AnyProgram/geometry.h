@@ -43,6 +43,7 @@ struct Scale {
     bool operator==(const Scale& other) const {
         return window == other.window && target == other.target;
     }
+    bool operator!=(const Scale& other) const { return !(*this == other); }
     bool isIdentity() const { return window == target; }
     int x(long long edge) const { return scaledEdge(edge, window.width, target.width); }
     int y(long long edge) const { return scaledEdge(edge, window.height, target.height); }
