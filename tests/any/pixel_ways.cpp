@@ -252,6 +252,17 @@ void alphaOfBlends(Player& p) {
     p.swap();
 }
 
+// Of a window whose first frame is drawn while another window is read.
+void alphaBesideAnother(Player& p) {
+    p.fill(0, 0, kWidth, kHeight, 0.5f, 0.2f, 0.1f, 0.7f);
+    const a::EGLSurface drawn = p.newSurface(kWidth, kHeight);
+    p.use(drawn, p.surface, p.context);
+    p.fill(0, 0, kWidth, kHeight, 0, 0.3f, 0.2f, 0);
+    addsByAlpha(p, "read");
+    p.use(drawn, drawn, p.context);
+    p.picture("drawn");
+}
+
 void sRGBControl(Player& p) {
     constexpr unsigned kFramebufferSRGB = 0x8DB9;
     p.fill(0, 0, kWidth, kHeight, 0.2f, 0.4f, 0.6f, 0.3f);
@@ -334,6 +345,7 @@ const std::vector<Way> kPixelWays = {
     {"AlphaOfBlends", {}, alphaOfBlends, 2},
     {"AlphaOfBlendsWithTenBits", kTenBits, alphaOfBlends, 2},
     {"AlphaOfBlendsWithTenBitSamples", kTenBitSamples, alphaOfBlends, 2},
+    {"AlphaOfBlendsBesideAnotherWindow", kTenBits, alphaBesideAnother, 2},
     {"AlphaOfBlendsWithSRGB", {8, 8, 8, 0, 24, 8, 0, false, true}, alphaOfBlends, 2},
     {"SRGBWindow", {8, 8, 8, 8, 24, 8, 0, false, true}, sRGBControl, 12},
     {"SRGBWindowWithoutAlpha", {8, 8, 8, 0, 24, 8, 0, false, true}, sRGBControl, 12},
