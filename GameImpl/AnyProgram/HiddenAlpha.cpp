@@ -2,7 +2,6 @@
 // format can be drawn to. It is 1, as it reads and blends from the window: colour masks
 // keep it so while the window is drawn to, and a clear follows what masks do not hold back.
 #include "GameImpl/AnyProgram/WindowBound.h"
-#include "GameImpl/Filter/DrawContext.h"
 #include "platform/loader/gl_constants.h"
 
 namespace android::any {
@@ -13,9 +12,9 @@ void ScaledGl::learnColorMask() {
     if (keepsColorMask) return;
     keepsColorMask = true;
     gl().glGetBooleanv(GL_COLOR_WRITEMASK, colorMask);
-    DrawContext offered;
-    if (offered.learn(gl()) && offered.has(DrawContext::kIndexedBlend)) {
-        setFirstMask = offered.colorMaskIndexed;
+    const DrawContext* offered = painter.contextOf(gl());
+    if (offered != nullptr && offered->has(DrawContext::kIndexedBlend)) {
+        setFirstMask = offered->colorMaskIndexed;
     }
 }
 

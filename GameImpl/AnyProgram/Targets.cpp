@@ -315,7 +315,6 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
                                    [&](const Target& t) { return t.surface == surface; });
     const bool known = same != targets.end();
     if (!known) activation->refresh();
-    const bool mayScale = known || !isProtected(*surface, *getEGLPlatformImpl());
     Size window = sizeOf(*surface);
     const bool hasSize = window.width > 0 && window.height > 0;
     if (known && !hasSize) window = same->scale.window;
@@ -329,7 +328,7 @@ int ScaledGl::targetFor(const std::shared_ptr<Surface>& surface, OwnFramebuffer 
     tried = true;
     const int index = known ? static_cast<int>(same - targets.begin()) : freeTarget();
     const char* why = index < 0 ? "the process has too many windows" : nullptr;
-    if (!mayScale) why = kProtected;
+    if (!known && isProtected(*surface, *getEGLPlatformImpl())) why = kProtected;
     if (why == nullptr) {
         why = prepare(index, surface, scale, framebuffer);
         surface->holder = group;

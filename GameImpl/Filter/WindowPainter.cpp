@@ -47,8 +47,13 @@ float lobeStrength(float scale, const FilterChoice& choice) {
 }  // namespace
 
 bool WindowPainter::mayPaint(const gl_hooks_t::gl_t& gl) {
+    const DrawContext* offered = contextOf(gl);
+    return offered != nullptr && DrawState::mayChange(gl, *offered);
+}
+
+const DrawContext* WindowPainter::contextOf(const gl_hooks_t::gl_t& gl) {
     if (!learnt) learnt = context.learn(gl);
-    return learnt && DrawState::mayChange(gl, context);
+    return learnt ? &context : nullptr;
 }
 
 bool WindowPainter::build(const gl_hooks_t::gl_t& gl, Filter filter, bool hasAlpha,
@@ -95,8 +100,7 @@ const WindowPainter::Program* WindowPainter::programFor(const gl_hooks_t::gl_t& 
 
 bool WindowPainter::paint(const gl_hooks_t::gl_t& gl, const Picture& picture, int width, int height,
                           const FilterChoice& choice) {
-    if (!learnt) learnt = context.learn(gl);
-    if (!learnt) return false;
+    if (contextOf(gl) == nullptr) return false;
     const bool copies = picture.width == width && picture.height == height;
     const Filter filter = copies ? Filter::Bilinear : choice.filter;
     const Program* program = programFor(gl, filter, picture.hasAlpha);

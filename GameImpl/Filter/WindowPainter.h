@@ -30,6 +30,9 @@ public:
     // Whether the filter can still be had.
     bool serves(Filter filter) const { return !refused[static_cast<int>(filter)]; }
 
+    // What the current context offers, asked once; null where it says no version.
+    const DrawContext* contextOf(const gl_hooks_t::gl_t& gl);
+
     // Whether a draw can go unnoticed now; see DrawState. Callers that have no other way
     // need not ask.
     bool mayPaint(const gl_hooks_t::gl_t& gl);
